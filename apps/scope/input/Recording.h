@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace scope {
+
+/// What is wrong with a file, in one line: "FILE: line 7: expected a number, found 'abc'".
+class InputError : public std::runtime_error {
+public:
+    /// where  place inside the file, such as "line 7, column 2" or "byte 44"; empty for the file as a whole
+    InputError(const std::string& path, const std::string& where, const std::string& message);
+};
+
+struct Channel {
+    std::string name;
+    std::string unit; ///< empty when the file does not tell
+};
+
+struct RecordingInfo {
+    std::string path;
+    std::string format; ///< for people: "WAV, 16 bit signed PCM", "CSV", "SigMF cu8"
+    std::vector<Channel> channels;
+    bool complex = false;              ///< every channel carries in-phase and quadrature parts
+    std::optional<double> rate;        ///< steps per second; none when the file gives a time for each step
+    std::optional<std::uint64_t> steps; ///< none when only reading to the end would tell
+    std::optional<double> centerFrequency; ///< Hz, of complex recordings
+};
+
+/// Consecutive time steps. Values lie channel by channel within a step: value(channel c, step i) = real[i * channels + c].
+struct Block {
+    std::vector<double> times; ///< seconds, non-decreasing
+    std::vector<double> real;  ///< NaN where a value is missing
+    std::vector<double> imag;  ///< empty for real recordings
+    std::size_t steps() const { return times.size(); }
+};
+
+struct TimeRange {
+    double first;
+    double last;
+};
+
+/// A recording, read front to back in blocks; memory does not grow with the file. Used by one thread at a time.
+class Recording {
+public:
+    virtual ~Recording() = default;
+    virtual const RecordingInfo& info() const = 0;
+    /// Times of the first and the last step, without reading what lies between. Leaves the read position alone.
+    /// throws  InputError when there are no steps
+    virtual TimeRange range() = 0;
+    /// Goes to the last step before `time` (to the first step when there is none), so that a line drawn from there
+    /// enters the window at `time`.
+    virtual void seek(double time) = 0;
+    /// Reads up to maxSteps steps (at least 1) into `block`, reusing its memory; no steps means the end.
+    /// throws  InputError for whatever is wrong with the data read
+    virtual void read(Block& block, std::size_t maxSteps) = 0;
+};
+
+struct OpenOptions {
+    std::optional<double> rate; ///< steps per second for files that give no times
+};
+
+/// Opens a recording by what it is: .sigmf-meta, .sigmf-data or .sigmf pairs; .csv, .tsv or .txt tables; whatever else
+/// libsndfile reads.
+/// throws  InputError: missing, a directory, empty, unreadable, of an unknown format, damaged
+std::unique_ptr<Recording> openRecording(const std::string& path, const OpenOptions& options);
+
+} // namespace scope

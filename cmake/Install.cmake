@@ -1,0 +1,28 @@
+include(CMakePackageConfigHelpers)
+
+install(
+  TARGETS tracery
+  EXPORT traceryTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/tracery DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PROJECT_BINARY_DIR}/generated/tracery/export.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tracery)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tracery)
+install(
+  EXPORT traceryTargets
+  NAMESPACE tracery::
+  DESTINATION ${package_dir})
+configure_package_config_file(cmake/traceryConfig.cmake.in ${PROJECT_BINARY_DIR}/traceryConfig.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/traceryConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/traceryConfig.cmake ${PROJECT_BINARY_DIR}/traceryConfigVersion.cmake
+        DESTINATION ${package_dir})
+
+configure_file(cmake/tracery.pc.in ${PROJECT_BINARY_DIR}/tracery.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tracery.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+if(TRACERY_BUILD_APPS)
+  install(TARGETS tracery-scope RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <tracery/export.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace tracery {
+
+/// One kind of failure: the component that reports it, its name, and a line for a person to read.
+struct ErrorKind {
+    const char* component;
+    const char* name;
+    const char* text;
+};
+
+/// The failure of an operation. Hosts show identifier(); what() adds the explanation.
+class TRACERY_EXPORT Error : public std::runtime_error {
+public:
+    explicit Error(const ErrorKind& kind);
+    /// `detail` replaces the kind's own explanation.
+    Error(const ErrorKind& kind, const std::string& detail);
+    ~Error() override;
+
+    const char* component() const noexcept { return kind_.component; }
+    const char* name() const noexcept { return kind_.name; }
+    /// Component and name joined by a colon, such as "Cindrel:tracery:InvalidPortID".
+    std::string identifier() const;
+
+private:
+    ErrorKind kind_;
+};
+
+/// Every failure the library reports, with what it means.
+namespace errors {
+inline constexpr const char* kComponent = "Cindrel:tracery";
+
+// clang-format off
+inline constexpr ErrorKind AddComplexDataError{kComponent, "AddComplexDataError", "the port is real and has no ring for imaginary values"};
+inline constexpr ErrorKind AddTimeError{kComponent, "AddTimeError", "times are real doubles"};
+inline constexpr ErrorKind AddValueDataTypeError{kComponent, "AddValueDataTypeError", "values are doubles"};
+inline constexpr ErrorKind AddValueError{kComponent, "AddValueError", "the number of value steps differs from the number of time steps"};
+inline constexpr ErrorKind AddValueInputFormatError{kComponent, "AddValueInputFormatError", "the extents of the values do not fit the port"};
+inline constexpr ErrorKind EmptyInput{kComponent, "EmptyInput", "an array without elements where values are needed"};
+inline constexpr ErrorKind GetComplexDataError{kComponent, "GetComplexDataError", "the imaginary values of the port are not in step with its times"};
+inline constexpr ErrorKind InvalidArray{kComponent, "InvalidArray", "an array of this class or these extents cannot be made or used here"};
+inline constexpr ErrorKind InvalidChannelID{kComponent, "InvalidChannelID", "the channel lies outside the stored values"};
+inline constexpr ErrorKind InvalidComplexityDimension{kComponent, "InvalidComplexityDimension", "one complexity flag a port is needed"};
+inline constexpr ErrorKind InvalidLimits{kComponent, "InvalidLimits", "limits are four doubles: real minimum and maximum, imaginary minimum and maximum"};
+inline constexpr ErrorKind InvalidMaxDimensions{kComponent, "InvalidMaxDimensions", "the maximum extents do not match the ports"};
+inline constexpr ErrorKind InvalidMaxNumTimeStepsChange{kComponent, "InvalidMaxNumTimeStepsChange", "ports that share their times need one capacity"};
+inline constexpr ErrorKind InvalidMaxNumTimeStepsSize{kComponent, "InvalidMaxNumTimeStepsSize", "one capacity is needed, or one a port"};
+inline constexpr ErrorKind InvalidMaxNumTimeStepsValue{kComponent, "InvalidMaxNumTimeStepsValue", "a capacity of 0, or one too large to address"};
+inline constexpr ErrorKind InvalidPortID{kComponent, "InvalidPortID", "there is no such port"};
+inline constexpr ErrorKind InvalidSampleTimes{kComponent, "InvalidSampleTimes", "two sample times a port are needed"};
+// clang-format on
+} // namespace errors
+
+} // namespace tracery

@@ -1,0 +1,385 @@
+#include <tracery/host/Error.h>
+#include <tracery/host/Host.h>
+#include <tracery/host/HostArray.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <span>
+#include <variant>
+#include <vector>
+
+namespace tracery {
+
+namespace {
+
+struct MemoryDeleter {
+    void operator()(void* memory) const noexcept { freeMemory(memory); }
+};
+template <class T>
+using Buffer = std::unique_ptr<T[], MemoryDeleter>;
+
+struct DoubleData {
+    Buffer<double> real;
+    Buffer<double> imag;
+    bool complex = false;
+};
+struct LogicalData {
+    Buffer<std::uint8_t> bytes;
+};
+struct CharData {
+    std::string text;
+};
+struct CellData {
+    std::vector<HostArrayPtr> elements;
+};
+struct ObjectData {
+    std::string className;
+    std::vector<HostObjectRef> elements;
+};
+
+/// Zero-filled; null for no elements. calloc lets large arrays stay untouched pages until they are written.
+template <class T>
+Buffer<T> zeros(std::uint64_t count)
+{
+    if (count == 0)
+        return nullptr;
+    if (count > std::numeric_limits<std::size_t>::max() / sizeof(T) / 2)
+        throw Error(errors::InvalidArray, "the extents need more memory than can be addressed");
+    void* memory = std::calloc(count, sizeof(T));
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return Buffer<T>(static_cast<T*>(memory));
+}
+
+template <class T>
+Buffer<T> copyOf(const T* source, std::uint64_t count)
+{
+    if (source == nullptr || count == 0)
+        return nullptr;
+    Buffer<T> copy(static_cast<T*>(allocateMemory(count * sizeof(T))));
+    std::memcpy(copy.get(), source, count * sizeof(T));
+    return copy;
+}
+
+std::uint64_t product(std::span<const std::uint64_t> extents)
+{
+    // An extent of 0 makes an empty array, however large the others are.
+    for (const std::uint64_t extent : extents)
+        if (extent == 0)
+            return 0;
+    std::uint64_t elements = 1;
+    for (const std::uint64_t extent : extents)
+        if (__builtin_mul_overflow(elements, extent, &elements))
+            throw Error(errors::InvalidArray, "the product of the extents passes 64 bits");
+    return elements;
+}
+
+} // namespace
+
+class HostArray {
+public:
+    using Data = std::variant<DoubleData, LogicalData, CharData, CellData, ObjectData>;
+
+    HostArray(std::size_t numDims, const std::uint64_t* dims) : extents(dims, dims + numDims)
+    {
+        if (extents.empty())
+            throw Error(errors::InvalidArray, "an array needs at least one extent");
+        if (extents.size() == 1)
+            extents.push_back(1);
+        elements = product(extents);
+    }
+
+    std::vector<std::uint64_t> extents;
+    std::uint64_t elements = 0;
+    HostArrayScope scope = HostArrayScope::call;
+    Data data;
+};
+
+namespace {
+
+/// Two extents, for the length of a call.
+struct Extents2 {
+    std::uint64_t values[2];
+    operator const std::uint64_t*() const { return values; } // NOLINT: meant to convert
+};
+
+const HostArray* asConst(HostArray* array) { return array; }
+
+HostArrayPtr makeArray(std::size_t numDims, const std::uint64_t* extents)
+{
+    return HostArrayPtr(new HostArray(numDims, extents));
+}
+
+template <class T, class Array>
+auto* dataOf(Array* array)
+{
+    return std::get_if<T>(&array->data);
+}
+
+template <class T>
+T& requireData(HostArray* array, const char* message)
+{
+    if (T* data = dataOf<T>(array))
+        return *data;
+    throw Error(errors::InvalidArray, message);
+}
+
+HostArrayPtr makeDouble(std::size_t numDims, const std::uint64_t* extents, HostComplexity complexity)
+{
+    HostArrayPtr array = makeArray(numDims, extents);
+    DoubleData data;
+    data.real = zeros<double>(array->elements);
+    data.complex = complexity == HostComplexity::complex;
+    if (data.complex)
+        data.imag = zeros<double>(array->elements);
+    array->data = std::move(data);
+    return array;
+}
+
+struct Duplicator {
+    std::uint64_t count;
+    HostArray::Data operator()(const DoubleData& d) const
+    {
+        DoubleData copy;
+        copy.real = copyOf(d.real.get(), count);
+        copy.imag = copyOf(d.imag.get(), count);
+        copy.complex = d.complex;
+        return copy;
+    }
+    HostArray::Data operator()(const LogicalData& d) const { return LogicalData{copyOf(d.bytes.get(), count)}; }
+    HostArray::Data operator()(const CharData& d) const { return d; }
+    HostArray::Data operator()(const CellData& d) const
+    {
+        CellData copy;
+        copy.elements.reserve(d.elements.size());
+        for (const HostArrayPtr& element : d.elements)
+            copy.elements.emplace_back(element ? duplicateArray(element.get()) : nullptr);
+        return copy;
+    }
+    HostArray::Data operator()(const ObjectData& d) const { return d; }
+};
+
+} // namespace
+
+void destroyArray(HostArray* array) noexcept { delete array; }
+
+HostArray* createDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostComplexity complexity)
+{
+    return makeDouble(2, Extents2{{rows, columns}}, complexity).release();
+}
+
+HostArray* createNumericMatrix(std::uint64_t rows, std::uint64_t columns, HostClassID classId, HostComplexity complexity)
+{
+    return createNumericArray(2, Extents2{{rows, columns}}, classId, complexity);
+}
+
+HostArray* createNumericArray(std::size_t numDims, const std::uint64_t* extents, HostClassID classId,
+                              HostComplexity complexity)
+{
+    if (classId == HostClassID::double_)
+        return makeDouble(numDims, extents, complexity).release();
+    if (classId == HostClassID::logical && complexity == HostComplexity::real)
+        return createLogicalArray(numDims, extents);
+    throw Error(errors::InvalidArray, "numeric arrays are of the double class, or real and logical");
+}
+
+HostArray* createLogicalScalar(bool value)
+{
+    HostArray* array = createLogicalArray(2, Extents2{{1, 1}});
+    getLogicals(array)[0] = value ? 1 : 0;
+    return array;
+}
+
+HostArray* createLogicalArray(std::size_t numDims, const std::uint64_t* extents)
+{
+    HostArrayPtr array = makeArray(numDims, extents);
+    array->data = LogicalData{zeros<std::uint8_t>(array->elements)};
+    return array.release();
+}
+
+HostArray* createCellMatrix(std::uint64_t rows, std::uint64_t columns)
+{
+    return createCellArray(2, Extents2{{rows, columns}});
+}
+
+HostArray* createCellArray(std::size_t numDims, const std::uint64_t* extents)
+{
+    HostArrayPtr array = makeArray(numDims, extents);
+    CellData data;
+    if (array->elements > data.elements.max_size())
+        throw Error(errors::InvalidArray, "the extents need more memory than can be addressed");
+    data.elements.resize(array->elements);
+    array->data = std::move(data);
+    return array.release();
+}
+
+HostArray* createString(const char* text)
+{
+    std::string bytes(text != nullptr ? text : "");
+    HostArrayPtr array = makeArray(2, Extents2{{1, bytes.size()}});
+    array->data = CharData{std::move(bytes)};
+    return array.release();
+}
+
+HostArray* createClassArray(const char* className)
+{
+    Host* host = Host::current();
+    if (className == nullptr || host == nullptr || !host->objects().hasClass(className))
+        return nullptr;
+    return createObjectArray(className, 2, Extents2{{0, 0}});
+}
+
+HostArray* createObjectArray(const char* className, std::size_t numDims, const std::uint64_t* extents)
+{
+    HostArrayPtr array = makeArray(numDims, extents);
+    ObjectData data;
+    if (className == nullptr || array->elements > data.elements.max_size())
+        throw Error(errors::InvalidArray);
+    data.className = className;
+    data.elements.resize(array->elements);
+    array->data = std::move(data);
+    return array.release();
+}
+
+HostArray* duplicateArray(const HostArray* array)
+{
+    HostArrayPtr copy = makeArray(array->extents.size(), array->extents.data());
+    copy->scope = array->scope;
+    copy->data = std::visit(Duplicator{array->elements}, array->data);
+    return copy.release();
+}
+
+HostClassID getClassID(const HostArray* array)
+{
+    constexpr HostClassID kByAlternative[] = {HostClassID::double_, HostClassID::logical, HostClassID::char_,
+                                              HostClassID::cell, HostClassID::object};
+    return kByAlternative[array->data.index()];
+}
+
+std::size_t getNumberOfDimensions(const HostArray* array) { return array->extents.size(); }
+const std::uint64_t* getDimensions(const HostArray* array) { return array->extents.data(); }
+std::uint64_t getN(const HostArray* array) { return product(std::span(array->extents).subspan(1)); }
+std::uint64_t getNumberOfElements(const HostArray* array) { return array->elements; }
+std::uint64_t getNumberOfContainedElements(const HostArray* array) { return array->elements; }
+bool isEmpty(const HostArray* array) { return array->elements == 0; }
+
+bool isComplex(const HostArray* array)
+{
+    const auto* data = dataOf<DoubleData>(array);
+    return data != nullptr && data->complex;
+}
+
+bool isDouble(const HostArray* array) { return dataOf<DoubleData>(array) != nullptr; }
+
+bool isReal2dMatrix(const HostArray* array)
+{
+    return array->extents.size() == 2 && !isComplex(array) &&
+           (isDouble(array) || dataOf<LogicalData>(array) != nullptr);
+}
+
+void setArrayScope(HostArray* array, HostArrayScope scope) { array->scope = scope; }
+HostArrayScope getArrayScope(const HostArray* array) { return array->scope; }
+
+const double* getRealData(const HostArray* array)
+{
+    const auto* data = dataOf<DoubleData>(array);
+    return data != nullptr ? data->real.get() : nullptr;
+}
+double* getRealData(HostArray* array) { return const_cast<double*>(getRealData(asConst(array))); }
+
+const double* getImagData(const HostArray* array)
+{
+    const auto* data = dataOf<DoubleData>(array);
+    return data != nullptr ? data->imag.get() : nullptr;
+}
+double* getImagData(HostArray* array) { return const_cast<double*>(getImagData(asConst(array))); }
+
+const std::uint8_t* getLogicals(const HostArray* array)
+{
+    const auto* data = dataOf<LogicalData>(array);
+    return data != nullptr ? data->bytes.get() : nullptr;
+}
+std::uint8_t* getLogicals(HostArray* array) { return const_cast<std::uint8_t*>(getLogicals(asConst(array))); }
+
+const char* getChars(const HostArray* array)
+{
+    const auto* data = dataOf<CharData>(array);
+    return data != nullptr ? data->text.data() : nullptr;
+}
+
+void setRealData(HostArray* array, double* data)
+{
+    requireData<DoubleData>(array, "only a double array takes real data").real.reset(data);
+}
+
+void setImagData(HostArray* array, double* data)
+{
+    auto& doubles = requireData<DoubleData>(array, "only a double array takes imaginary data");
+    doubles.imag.reset(data);
+    doubles.complex = data != nullptr;
+}
+
+void setCell(HostArray* cell, std::uint64_t index, HostArray* element)
+{
+    auto& data = requireData<CellData>(cell, "only a cell array takes elements");
+    if (index >= data.elements.size() || element == cell)
+        throw Error(errors::InvalidArray, "there is no such element in the cell");
+    if (data.elements[index].get() != element)
+        data.elements[index].reset(element);
+}
+
+const HostArray* getCell(const HostArray* cell, std::uint64_t index)
+{
+    const auto* data = dataOf<CellData>(cell);
+    return data != nullptr && index < data->elements.size() ? data->elements[index].get() : nullptr;
+}
+
+HostObjectRef getObject(const HostArray* array, std::uint64_t index)
+{
+    const auto* data = dataOf<ObjectData>(array);
+    return data != nullptr && index < data->elements.size() ? data->elements[index] : nullptr;
+}
+
+void setObject(HostArray* array, std::uint64_t index, HostObjectRef object)
+{
+    auto& data = requireData<ObjectData>(array, "only an object array takes objects");
+    if (index >= data.elements.size())
+        throw Error(errors::InvalidArray, "there is no such element in the object array");
+    data.elements[index] = std::move(object);
+}
+
+const char* getObjectClassName(const HostArray* array)
+{
+    const auto* data = dataOf<ObjectData>(array);
+    return data != nullptr ? data->className.c_str() : nullptr;
+}
+
+char* arrayToString(const HostArray* array)
+{
+    const auto* data = dataOf<CharData>(array);
+    if (data == nullptr)
+        return nullptr;
+    auto* text = static_cast<char*>(allocateMemory(data->text.size() + 1));
+    std::memcpy(text, data->text.c_str(), data->text.size() + 1);
+    return text;
+}
+
+void* allocateMemory(std::size_t bytes)
+{
+    void* memory = std::malloc(bytes != 0 ? bytes : 1);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void freeMemory(void* memory) noexcept { std::free(memory); }
+
+double getNaN() noexcept { return std::numeric_limits<double>::quiet_NaN(); }
+double getInf() noexcept { return std::numeric_limits<double>::infinity(); }
+bool isNaN(double value) noexcept { return std::isnan(value); }
+bool isInf(double value) noexcept { return std::isinf(value); }
+
+} // namespace tracery
