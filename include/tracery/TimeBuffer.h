@@ -124,7 +124,8 @@ public:
     /// values  in signal units, column-major, product of dims of them; NaN is a gap. Of complex values, the part that
     ///         belongs to the ring is taken.
     /// dims    extents of one step, plus the number of steps when it is not 1; {elements per step, steps} is whole
-    ///         steps end to end. Smaller extents than the maximum are filled up with NaN.
+    ///         steps end to end (unless the port has three or more extents and the last is 1: dims shorter than the
+    ///         port's are then filled up with 1 first). Smaller extents than the maximum are filled up with NaN.
     /// throws  AddComplexDataError (imaginary values for a real port), AddValueInputFormatError (extents that do not
     ///         fit), AddValueError (steps and times would differ)
     void AddValue(const double* values, const Counts& dims, std::uint64_t port, HostComplexity complexity);
@@ -198,6 +199,8 @@ public:
 private:
     struct State;
     class Lock;
+    template <class Find>
+    void read(std::uint64_t port, HostArray*& time, HostArray*& value, Find&& find) const;
     std::unique_ptr<State> state_;
 };
 

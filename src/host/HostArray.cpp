@@ -15,11 +15,8 @@ namespace tracery {
 
 namespace {
 
-struct MemoryDeleter {
-    void operator()(void* memory) const noexcept { freeMemory(memory); }
-};
 template <class T>
-using Buffer = std::unique_ptr<T[], MemoryDeleter>;
+using Buffer = std::unique_ptr<T[], HostMemoryDeleter>;
 
 struct DoubleData {
     Buffer<double> real;
@@ -169,6 +166,19 @@ void destroyArray(HostArray* array) noexcept { delete array; }
 HostArray* createDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostComplexity complexity)
 {
     return makeDouble(2, Extents2{{rows, columns}}, complexity).release();
+}
+
+HostArray* adoptDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostDoubles real, HostDoubles imag)
+{
+    HostArrayPtr array = makeArray(2, Extents2{{rows, columns}});
+    DoubleData data;
+    data.complex = imag != nullptr;
+    if (array->elements > 0) {
+        data.real = std::move(real);
+        data.imag = std::move(imag);
+    }
+    array->data = std::move(data);
+    return array.release();
 }
 
 HostArray* createNumericMatrix(std::uint64_t rows, std::uint64_t columns, HostClassID classId, HostComplexity complexity)

@@ -1,3 +1,5 @@
+#include "support/Expect.h"
+
 #include <tracery/host/Error.h>
 #include <tracery/host/Host.h>
 #include <tracery/host/HostArray.h>
@@ -8,21 +10,11 @@
 #include <string>
 
 using namespace tracery;
+using namespace tracery::test;
 
 namespace {
 
-template <class Call>
-std::string failure(Call&& call)
-{
-    try {
-        call();
-    } catch (const Error& error) {
-        return error.identifier();
-    }
-    return "none";
-}
-
-const std::string kInvalidArray = "Cindrel:tracery:InvalidArray";
+const std::string kInvalidArray = "InvalidArray";
 
 TEST(HostArrayTest, ExtentsAndCountsFollowTheColumnMajorShape)
 {

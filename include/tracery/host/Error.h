@@ -51,6 +51,7 @@ inline constexpr ErrorKind InvalidMaxDimensions{kComponent, "InvalidMaxDimension
 inline constexpr ErrorKind InvalidMaxNumTimeStepsChange{kComponent, "InvalidMaxNumTimeStepsChange", "ports that share their times need one capacity"};
 inline constexpr ErrorKind InvalidMaxNumTimeStepsSize{kComponent, "InvalidMaxNumTimeStepsSize", "one capacity is needed, or one a port"};
 inline constexpr ErrorKind InvalidMaxNumTimeStepsValue{kComponent, "InvalidMaxNumTimeStepsValue", "a capacity of 0, or one too large to address"};
+inline constexpr ErrorKind InvalidNumTimeSteps{kComponent, "InvalidNumTimeSteps", "a number of time steps that cannot be used"};
 inline constexpr ErrorKind InvalidPortID{kComponent, "InvalidPortID", "there is no such port"};
 inline constexpr ErrorKind InvalidSampleTimes{kComponent, "InvalidSampleTimes", "two sample times a port are needed"};
 // clang-format on

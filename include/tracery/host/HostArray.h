@@ -37,10 +37,22 @@ struct HostArrayDeleter {
 /// Owning handle of an array.
 using HostArrayPtr = std::unique_ptr<HostArray, HostArrayDeleter>;
 
+/// Releases what allocateMemory or arrayToString returned; null is ignored.
+TRACERY_EXPORT void freeMemory(void* memory) noexcept;
+
+struct HostMemoryDeleter {
+    void operator()(void* memory) const noexcept { freeMemory(memory); }
+};
+/// Owning handle of doubles from the host's allocator.
+using HostDoubles = std::unique_ptr<double[], HostMemoryDeleter>;
+
 // ---- Creation. Data are zero-filled. Throws InvalidArray when the product of the extents (or the bytes they need)
 // ---- passes 64 bits, when there are no extents, and for a class that an operation does not make.
 
 TRACERY_EXPORT HostArray* createDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostComplexity complexity);
+/// A double matrix that takes over its data, rows x columns doubles each; complex when `imag` is not null.
+TRACERY_EXPORT HostArray* adoptDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostDoubles real,
+                                            HostDoubles imag);
 /// As createDoubleMatrix; `classId` is double_ or (real only) logical.
 TRACERY_EXPORT HostArray* createNumericMatrix(std::uint64_t rows, std::uint64_t columns, HostClassID classId,
                                               HostComplexity complexity);
@@ -118,8 +130,6 @@ TRACERY_EXPORT char* arrayToString(const HostArray* array);
 
 /// Uninitialised bytes from the host's allocator; throws std::bad_alloc.
 TRACERY_EXPORT void* allocateMemory(std::size_t bytes);
-/// Releases what allocateMemory or arrayToString returned; null is ignored.
-TRACERY_EXPORT void freeMemory(void* memory) noexcept;
 /// The quiet NaN.
 TRACERY_EXPORT double getNaN() noexcept;
 /// Positive infinity.

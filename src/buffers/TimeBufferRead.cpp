@@ -1,0 +1,258 @@
+#include <tracery/TimeBuffer.h>
+
+#include "buffers/TimeBufferState.h"
+#include "support/timeSpacing.h"
+
+#include <cmath>
+#include <limits>
+
+namespace tracery {
+
+namespace {
+
+HostDoubles allocateDoubles(std::uint64_t count)
+{
+    return HostDoubles(static_cast<double*>(allocateMemory(count * sizeof(double))));
+}
+
+/// Steps copied out of a port's rings; turned into arrays once the lock is released.
+struct CopiedSteps {
+    std::uint64_t count;
+    std::uint64_t elementsPerStep;
+    HostDoubles times;
+    HostDoubles real;
+    HostDoubles imag;
+
+    HostArrayPtr takeTimes() { return HostArrayPtr(adoptDoubleMatrix(1, count, std::move(times), nullptr)); }
+    HostArrayPtr takeValues()
+    {
+        return HostArrayPtr(adoptDoubleMatrix(elementsPerStep, count, std::move(real), std::move(imag)));
+    }
+};
+
+template <class Range>
+CopiedSteps copySteps(const Ring& times, std::uint64_t elementsPerStep, const Ring& real, const Ring* imag,
+                      const Range& range)
+{
+    const std::uint64_t count = range.count();
+    const auto copy = [&](const Ring& ring, std::uint64_t width) {
+        HostDoubles out = allocateDoubles(count * width);
+        if (width > 0)
+            ring.view().copy(range.first * width, count * width, out.get());
+        return out;
+    };
+    return {count, elementsPerStep, copy(times, 1), copy(real, elementsPerStep),
+            imag != nullptr ? copy(*imag, elementsPerStep) : nullptr};
+}
+
+/// Where one channel's samples lie in a range of steps, and when they were taken.
+struct ChannelLayout {
+    std::uint64_t samplesPerStep;
+    std::uint64_t stride; ///< from one step's block to the next
+    std::uint64_t offset; ///< of the channel in a block
+    double sampleSpacing; ///< seconds
+
+    /// Samples of step i start at `i * stride + offset`. The last of `steps` steps must end inside `available` values.
+    static ChannelLayout of(std::uint64_t channelCount, std::uint64_t channel, bool isFrameBased, double framePeriod,
+                            std::int32_t samplesPerFrame, std::uint64_t steps, std::uint64_t available)
+    {
+        if (isFrameBased && samplesPerFrame < 1)
+            throw Error(errors::InvalidChannelID, "a frame needs at least one sample");
+        const std::uint64_t k = isFrameBased ? static_cast<std::uint64_t>(samplesPerFrame) : 1;
+        const double spacing = isFrameBased && !std::isinf(framePeriod) ? framePeriod / static_cast<double>(k) : 0.0;
+        ChannelLayout layout{k, 0, 0, spacing};
+        std::uint64_t end = 0;
+        bool overflow = __builtin_mul_overflow(k, channelCount, &layout.stride);
+        overflow |= __builtin_mul_overflow(k, channel, &layout.offset);
+        overflow |= __builtin_mul_overflow(steps - 1, layout.stride, &end);
+        overflow |= __builtin_add_overflow(end, layout.offset, &end);
+        overflow |= __builtin_add_overflow(end, k, &end);
+        if (overflow || end > available)
+            throw Error(errors::InvalidChannelID);
+        return layout;
+    }
+};
+
+/// Folds a value into a (minimum, maximum) pair; NaN leaves it alone.
+void fold(double value, double& minimum, double& maximum)
+{
+    if (value < minimum)
+        minimum = value;
+    if (value > maximum)
+        maximum = value;
+}
+
+constexpr double kDegreesPerRadian = 57.29577951308232;
+
+} // namespace
+
+bool TimeBuffer::State::readable(std::uint64_t port) const
+{
+    requirePort(port);
+    const Port& p = ports[port];
+    const TimeLine& line = timesOf(port);
+    if (p.real.steps != line.steps)
+        throw Error(errors::AddValueError);
+    if (line.ring.empty() || p.real.ring.empty())
+        return false;
+    if (!p.imag)
+        return true;
+    if (p.imag->steps != line.steps)
+        throw Error(errors::GetComplexDataError);
+    return !p.imag->ring.empty();
+}
+
+std::optional<std::uint64_t> TimeBuffer::State::startingIndex(const Ring& times, double time)
+{
+    const std::uint64_t index = times.view().lowerBound(time - timeSpacing(time));
+    return index < times.size() ? std::optional(index) : std::nullopt;
+}
+
+std::optional<std::uint64_t> TimeBuffer::State::endingIndex(const Ring& times, double time)
+{
+    const std::uint64_t index = times.view().lowerBound(time + timeSpacing(time));
+    return index > 0 ? std::optional(index - 1) : std::nullopt;
+}
+
+TimeBuffer::State::FoundSteps TimeBuffer::State::findSteps(std::uint64_t port, double tStart, double tEnd,
+                                                           bool widen) const
+{
+    FoundSteps found;
+    if (!readable(port))
+        return found;
+    const Ring& ring = timesOf(port).ring;
+    found.first = startingIndex(ring, tStart);
+    if (!found.first)
+        return found;
+    found.last = endingIndex(ring, tEnd);
+    if (!found.last)
+        return found;
+    if (widen) {
+        const Ring::View timeView = ring.view();
+        if (*found.first > 0 && timeView[*found.first] > tStart)
+            --*found.first;
+        if (*found.last < ring.size() - 1 && tEnd > timeView[*found.last])
+            ++*found.last;
+    }
+    return found;
+}
+
+bool TimeBuffer::GetIndexRange(std::uint64_t port, double tStart, double tEnd, bool widen, int& startIndex,
+                               int& endIndex) const
+{
+    const auto asIndex = [](std::optional<std::uint64_t> index) {
+        if (index && *index > static_cast<std::uint64_t>(std::numeric_limits<int>::max()))
+            throw Error(errors::InvalidNumTimeSteps, "more steps are stored than an index can count");
+        return index ? static_cast<int>(*index) : -1;
+    };
+    startIndex = endIndex = -1;
+    const Lock lock(*state_);
+    if (!state_->initialized)
+        return false;
+    const State::FoundSteps found = state_->findSteps(port, tStart, tEnd, widen);
+    startIndex = asIndex(found.first);
+    endIndex = asIndex(found.last);
+    return found.range().has_value();
+}
+
+void TimeBuffer::GetTimeAndValue(std::uint64_t port, HostArray*& time, HostArray*& value) const
+{
+    read(port, time, value, [port](const State& s) -> std::optional<State::StepRange> {
+        if (!s.readable(port))
+            return std::nullopt;
+        return State::StepRange{0, s.timesOf(port).ring.size() - 1};
+    });
+}
+
+void TimeBuffer::GetTimeAndValue(std::uint64_t port, HostArray*& time, HostArray*& value, double tStart, double tEnd,
+                                 bool widen) const
+{
+    read(port, time, value, [=](const State& s) { return s.findSteps(port, tStart, tEnd, widen).range(); });
+}
+
+template <class Find>
+void TimeBuffer::read(std::uint64_t port, HostArray*& time, HostArray*& value, Find&& find) const
+{
+    time = nullptr;
+    value = nullptr;
+    std::optional<CopiedSteps> copied;
+    {
+        const Lock lock(*state_);
+        if (!state_->initialized)
+            return;
+        const std::optional<State::StepRange> range = find(std::as_const(*state_));
+        if (!range)
+            return;
+        const State::Port& p = state_->ports[port];
+        copied = copySteps(state_->timesOf(port).ring, p.elementsPerStep, p.real.ring,
+                           p.imag ? &p.imag->ring : nullptr, *range);
+    }
+    HostArrayPtr times = copied->takeTimes();
+    value = copied->takeValues().release();
+    time = times.release();
+}
+
+void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out, std::vector<double>& limits,
+                                            double timeOffset, const double& tStart, const double& tEnd,
+                                            const double& tLastDrawn, std::uint64_t channelCount,
+                                            std::uint64_t channel, bool isFrameBased, double framePeriod,
+                                            std::int32_t samplesPerFrame, bool widen, bool toMagnitudePhase) const
+{
+    out = nullptr;
+    if (limits.size() != 4)
+        throw Error(errors::InvalidLimits);
+    std::uint64_t columns = 0;
+    HostDoubles realPart;
+    HostDoubles imagPart;
+    {
+        const Lock lock(*state_);
+        if (!state_->initialized)
+            return;
+        std::optional<State::StepRange> range = state_->findSteps(port, tStart, tEnd, widen).range();
+        if (!range)
+            return;
+        const Ring::View times = state_->timesOf(port).ring.view();
+        const double firstTime = times[range->first];
+        if (tLastDrawn > firstTime || std::abs(firstTime - tLastDrawn) < timeSpacing(tLastDrawn))
+            ++range->first;
+        const State::Port& p = state_->ports[port];
+        if (range->count() == 0)
+            return;
+        const ChannelLayout layout =
+            ChannelLayout::of(channelCount, channel, isFrameBased, framePeriod, samplesPerFrame, range->count(),
+                              range->count() * p.elementsPerStep);
+
+        columns = layout.samplesPerStep * range->count();
+        realPart = allocateDoubles(2 * columns);
+        imagPart = allocateDoubles(2 * columns);
+        const Ring::View real = p.real.ring.view();
+        const Ring::View imag = p.imag ? p.imag->ring.view() : real;
+        double* realOut = realPart.get();
+        double* imagOut = imagPart.get();
+        for (std::uint64_t i = 0; i < range->count(); ++i) {
+            const double stepTime = times[range->first + i];
+            std::uint64_t at = range->first * p.elementsPerStep + i * layout.stride + layout.offset;
+            for (std::uint64_t j = 0; j < layout.samplesPerStep; ++j, ++at) {
+                const double time = static_cast<double>(j) * layout.sampleSpacing + stepTime + timeOffset;
+                *realOut++ = time;
+                *imagOut++ = time;
+                *realOut++ = real[at];
+                *imagOut++ = p.imag ? imag[at] : 0.0;
+            }
+        }
+    }
+    for (std::uint64_t i = 1; i < 2 * columns; i += 2) {
+        double& re = realPart[i];
+        double& im = imagPart[i];
+        if (toMagnitudePhase) {
+            const double magnitude = im == 0 ? std::abs(re) : std::hypot(re, im);
+            im = std::atan2(im, re) * kDegreesPerRadian;
+            re = magnitude;
+        }
+        fold(re, limits[0], limits[1]);
+        fold(im, limits[2], limits[3]);
+    }
+    out = adoptDoubleMatrix(2, columns, std::move(realPart), std::move(imagPart));
+}
+
+} // namespace tracery

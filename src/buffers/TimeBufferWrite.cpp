@@ -1,0 +1,279 @@
+#include <tracery/TimeBuffer.h>
+
+#include "buffers/TimeBufferState.h"
+
+#include <bit>
+#include <numeric>
+
+namespace tracery {
+
+namespace {
+
+/// Fills the places of a step that the input does not cover.
+const double kFill = std::bit_cast<double>(std::uint64_t{0xFFF8000000000000});
+
+/// Below this share of the maximum block, values are written one by one into a block of NaN.
+constexpr double kSparseShare = 0.1;
+
+/// Walks the columns of a step of `extents` inside a block of `maxExtents`: calls visit(offset of the column's first
+/// element in the block) in storage order.
+template <class Visit>
+void forEachColumn(const TimeBuffer::Counts& extents, const TimeBuffer::Counts& maxExtents, Visit&& visit)
+{
+    TimeBuffer::Counts subscripts(extents.size(), 0);
+    while (true) {
+        std::uint64_t offset = 0;
+        std::uint64_t stride = 1;
+        for (std::size_t d = 0; d < extents.size(); ++d) {
+            offset += subscripts[d] * stride;
+            stride *= maxExtents[d];
+        }
+        visit(offset);
+        std::size_t d = 1;
+        while (d < extents.size() && ++subscripts[d] == extents[d])
+            subscripts[d++] = 0;
+        if (d >= extents.size())
+            return;
+    }
+}
+
+/// Appends one smaller step column by column, with NaN up to where the next column starts.
+void DenseBufferFill(Ring& ring, const double* values, const TimeBuffer::Counts& extents,
+                     const TimeBuffer::Counts& maxExtents, std::uint64_t elementsPerStep)
+{
+    const std::uint64_t column = extents.empty() ? 1 : extents[0];
+    std::uint64_t filled = 0;
+    forEachColumn(extents, maxExtents, [&](std::uint64_t offset) {
+        ring.appendFill(offset - filled, kFill);
+        ring.append(values, column);
+        values += column;
+        filled = offset + column;
+    });
+    ring.appendFill(elementsPerStep - filled, kFill);
+}
+
+/// Appends one smaller step as a block of NaN and then sets the few values in it.
+void SparseBufferFill(Ring& ring, const double* values, const TimeBuffer::Counts& extents,
+                      const TimeBuffer::Counts& maxExtents, std::uint64_t elementsPerStep)
+{
+    ring.appendFill(elementsPerStep, kFill);
+    forEachColumn(extents, maxExtents, [&](std::uint64_t offset) {
+        for (std::uint64_t i = 0; i < extents[0]; ++i)
+            ring.setFromEnd(elementsPerStep - (offset + i), *values++);
+    });
+}
+
+/// Product of extents that are known to fit memory; 0 for a product that passes 64 bits cannot occur there.
+std::uint64_t product(const TimeBuffer::Counts& extents)
+{
+    return std::accumulate(extents.begin(), extents.end(), std::uint64_t{1}, std::multiplies<>());
+}
+
+void requireDouble(const HostArray* array, const ErrorKind& otherwise)
+{
+    if (array == nullptr)
+        throw Error(errors::EmptyInput);
+    if (!isDouble(array))
+        throw Error(otherwise);
+}
+
+void requireTimes(const HostArray* times)
+{
+    requireDouble(times, errors::AddTimeError);
+    if (!isEmpty(times) && getRealData(times) == nullptr)
+        throw Error(errors::AddTimeError);
+}
+
+} // namespace
+
+bool TimeBuffer::State::everyTimeLineIsWritten() const { return type == BufferType::SingleRate && !threadSafe; }
+
+void TimeBuffer::State::addTime(const double* newTimes, std::uint64_t count, std::uint64_t port)
+{
+    const auto append = [&](TimeLine& line) {
+        line.ring.append(newTimes, count);
+        line.steps += count;
+    };
+    if (everyTimeLineIsWritten())
+        std::for_each(times.begin(), times.end(), append);
+    else
+        append(timesOf(port));
+}
+
+TimeBuffer::State::ValueLine& TimeBuffer::State::lineFor(std::uint64_t port, HostComplexity complexity)
+{
+    if (complexity == HostComplexity::real)
+        return ports[port].real;
+    if (!ports[port].imag)
+        throw Error(errors::AddComplexDataError);
+    return *ports[port].imag;
+}
+
+TimeBuffer::State::Write TimeBuffer::State::checkWrite(const Port& port, const ValueLine& line,
+                                                       std::uint64_t timeSteps, Counts dims) const
+{
+    Write write;
+    if (std::find(dims.begin(), dims.end(), 0U) == dims.end()) {
+        const std::size_t numExtents = port.extents.size();
+        while (dims.size() < numExtents && port.extents.back() == 1)
+            dims.push_back(1);
+        if (!dims.empty() && dims[0] == port.elementsPerStep && dims.size() < 3) {
+            write.steps = dims.size() == 2 ? dims[1] : 1;
+            write.elements = dims[0] * write.steps;
+        } else {
+            if (dims.size() != numExtents && dims.size() != numExtents + 1)
+                throw Error(errors::AddValueInputFormatError);
+            write.steps = dims.size() == numExtents ? 1 : dims.back();
+            dims.resize(numExtents);
+            for (std::size_t d = 0; d < numExtents; ++d)
+                if (dims[d] > port.extents[d])
+                    throw Error(errors::AddValueInputFormatError);
+            const std::uint64_t elementsPerStep = product(dims);
+            write.elements = elementsPerStep * write.steps;
+            write.whole = elementsPerStep == port.elementsPerStep;
+            write.extents = std::move(dims);
+        }
+    }
+    if (line.steps + write.steps != timeSteps)
+        throw Error(errors::AddValueError);
+    return write;
+}
+
+void TimeBuffer::State::write(std::uint64_t port, ValueLine& line, const Write& write, const double* values)
+{
+    if (write.steps == 0)
+        return;
+    Port& p = ports[port];
+    line.steps += write.steps;
+    if (!hasNaNPattern)
+        hasNaNPattern = pattern.addValueAndCheckPattern(values[0]);
+
+    if (write.whole) {
+        line.ring.append(values, write.elements);
+    } else {
+        const std::uint64_t inputStep = product(write.extents);
+        const double share = static_cast<double>(inputStep) / static_cast<double>(p.elementsPerStep);
+        const auto fill = share < kSparseShare ? SparseBufferFill : DenseBufferFill;
+        // Steps that the ring could not keep beside the newer ones are not laid out at all.
+        const std::uint64_t kept = std::min(write.steps, line.ring.capacity() / p.elementsPerStep);
+        for (std::uint64_t i = write.steps - kept; i < write.steps; ++i)
+            fill(line.ring, values + i * inputStep, write.extents, p.extents, p.elementsPerStep);
+    }
+    dropValuesWithoutTimes(p, timesOf(port));
+}
+
+void TimeBuffer::State::dropValuesWithoutTimes(Port& port, const TimeLine& timeLine)
+{
+    const auto drop = [&](ValueLine& line) {
+        const std::uint64_t lag = timeLine.steps - line.steps; // the newest times whose values are still to come
+        const std::uint64_t kept = timeLine.ring.size() - std::min(lag, timeLine.ring.size());
+        line.ring.keepNewest(kept * port.elementsPerStep);
+    };
+    drop(port.real);
+    if (port.imag)
+        drop(*port.imag);
+}
+
+void TimeBuffer::State::addArray(const HostArray* newTimes, const HostArray* values, std::uint64_t port, bool refresh)
+{
+    requireDouble(values, errors::AddValueDataTypeError);
+    Port& p = ports[port];
+    const std::uint64_t elements = getNumberOfElements(values);
+    const std::uint64_t* dims = getDimensions(values);
+    const bool takeExtents = elements > 0 && (refresh || p.takeArrayExtents);
+    Counts extents = takeExtents || elements == 0 ? Counts(dims, dims + getNumberOfDimensions(values)) : p.arrayExtents;
+    if (elements > 0 && product(extents) > elements)
+        throw Error(errors::AddValueInputFormatError);
+
+    const std::uint64_t newSteps = newTimes != nullptr ? getNumberOfElements(newTimes) : 0;
+    const std::uint64_t timeSteps = timesOf(port).steps + newSteps;
+    const Write realWrite = checkWrite(p, p.real, timeSteps, extents);
+    const Write imagWrite = p.imag ? checkWrite(p, *p.imag, timeSteps, extents) : Write{};
+    std::vector<double> zeros;
+    if (getRealData(values) == nullptr || (p.imag && getImagData(values) == nullptr))
+        zeros.resize(elements);
+
+    if (newTimes != nullptr)
+        addTime(getRealData(newTimes), newSteps, port);
+    if (takeExtents) {
+        p.arrayExtents.swap(extents);
+        p.takeArrayExtents = false;
+    }
+    const auto orZeros = [&](const double* part) { return part != nullptr ? part : zeros.data(); };
+    write(port, p.real, realWrite, orZeros(getRealData(values)));
+    if (p.imag)
+        write(port, *p.imag, imagWrite, orZeros(getImagData(values)));
+}
+
+void TimeBuffer::AddTime(const double* times, std::uint64_t count, std::uint64_t port)
+{
+    const Lock lock(*state_);
+    if (!state_->initialized)
+        return;
+    state_->requirePort(port);
+    if (times == nullptr && count > 0)
+        throw Error(errors::EmptyInput);
+    state_->addTime(times, count, port);
+}
+
+void TimeBuffer::AddTime(const HostArray* times, std::uint64_t port)
+{
+    const Lock lock(*state_);
+    if (!state_->initialized)
+        return;
+    state_->requirePort(port);
+    requireTimes(times);
+    state_->addTime(getRealData(times), getNumberOfElements(times), port);
+}
+
+void TimeBuffer::AddValue(const double* values, const Counts& dims, std::uint64_t port, HostComplexity complexity)
+{
+    const Lock lock(*state_);
+    if (!state_->initialized)
+        return;
+    state_->requirePort(port);
+    State::ValueLine& line = state_->lineFor(port, complexity);
+    const State::Write write = state_->checkWrite(state_->ports[port], line, state_->timesOf(port).steps, dims);
+    if (values == nullptr && write.elements > 0)
+        throw Error(errors::EmptyInput);
+    state_->write(port, line, write, values);
+}
+
+void TimeBuffer::AddValue(const std::complex<double>* values, const Counts& dims, std::uint64_t port,
+                          HostComplexity complexity)
+{
+    const Lock lock(*state_);
+    if (!state_->initialized)
+        return;
+    state_->requirePort(port);
+    State::ValueLine& line = state_->lineFor(port, complexity);
+    const State::Write write = state_->checkWrite(state_->ports[port], line, state_->timesOf(port).steps, dims);
+    if (values == nullptr && write.elements > 0)
+        throw Error(errors::EmptyInput);
+    std::vector<double> part(write.elements);
+    std::transform(values, values + write.elements, part.begin(), [&](std::complex<double> value) {
+        return complexity == HostComplexity::real ? value.real() : value.imag();
+    });
+    state_->write(port, line, write, part.data());
+}
+
+void TimeBuffer::AddValue(const HostArray* values, std::uint64_t port, bool refresh)
+{
+    const Lock lock(*state_);
+    if (!state_->initialized)
+        return;
+    state_->requirePort(port);
+    state_->addArray(nullptr, values, port, refresh);
+}
+
+void TimeBuffer::addTimeAndValue(const HostArray* times, const HostArray* values, std::uint64_t port, bool refresh)
+{
+    const Lock lock(*state_, Lock::When::always);
+    if (!state_->initialized)
+        return;
+    state_->requirePort(port);
+    requireTimes(times);
+    state_->addArray(times, values, port, refresh);
+}
+
+} // namespace tracery
