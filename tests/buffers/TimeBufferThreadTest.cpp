@@ -14,7 +14,7 @@ namespace {
 // A step's values are its time and, in the imaginary part, its negative: a torn read shows at once.
 TEST(TimeBufferThreadTest, EveryBlockReadBesideAWriterIsConsistent)
 {
-    constexpr int kBlocks = 4000;
+    constexpr int kBlocks = 100000; // ten seconds or so under the thread sanitizer
     constexpr std::size_t kSteps = 16;
     TimeBuffer buffer({300}, {2, 1}, {1, 1}, 2, BufferType::SingleRate,
                       {HostComplexity::real, HostComplexity::complex}, true);
@@ -37,8 +37,8 @@ TEST(TimeBufferThreadTest, EveryBlockReadBesideAWriterIsConsistent)
                 buffer.addTimeAndValue(row(times).get(), array.get(), port, true);
                 if (port == 1)
                     next += kSteps;
-                if (block % 500 == 499)
-                    buffer.SetMaxNumTimeSteps({block % 1000 == 999 ? 300U : 200U});
+                if (block % 5000 == 4999)
+                    buffer.SetMaxNumTimeSteps({block % 10000 == 9999 ? 300U : 200U});
             }
         done = true;
     });

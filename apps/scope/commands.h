@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace scope {
+
+/// What is wrong with the command line or its values, in one line.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct InfoOptions {
+    std::vector<std::string> files;
+    std::optional<double> rate;
+};
+
+/// Prints what a recording holds. throws  InputError
+void runInfo(const InfoOptions& options);
+
+struct ViewOptions {
+    std::vector<std::string> files;
+    std::optional<double> rate;        ///< samples per second, for files that do not tell
+    std::string output;                ///< empty: the first file's name with .png, in the current folder
+    std::vector<std::string> channels; ///< names or numbers from 1; empty: all
+    std::optional<double> from;        ///< seconds; the recording's start when missing
+    std::optional<double> span;        ///< seconds; to the recording's end when missing
+    int width = 1200;
+    int height = 600;
+    std::string title;
+};
+
+/// Draws a stretch of recordings and prints where the picture is. throws  InputError, UsageError
+void runView(const ViewOptions& options);
+
+} // namespace scope

@@ -1,0 +1,110 @@
+#include "LineThinner.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <random>
+
+using namespace scope;
+
+namespace {
+
+struct Signal {
+    std::vector<double> times;
+    std::vector<double> values;
+};
+
+Signal randomSignal(std::mt19937& random, std::size_t count)
+{
+    Signal signal;
+    double time = -5;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (random() % 4 != 0)
+            time += std::uniform_real_distribution<>(0, 0.1)(random);
+        signal.times.push_back(time);
+        const auto kind = random() % 60;
+        signal.values.push_back(kind == 0   ? std::numeric_limits<double>::quiet_NaN()
+                                : kind == 1 ? -std::numeric_limits<double>::infinity()
+                                            : std::round(std::uniform_real_distribution<>(-9, 9)(random)));
+    }
+    return signal;
+}
+
+bool same(const std::vector<Point>& a, const std::vector<Point>& b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Point& p, const Point& q) {
+        return std::bit_cast<std::uint64_t>(p.x) == std::bit_cast<std::uint64_t>(q.x) &&
+               std::bit_cast<std::uint64_t>(p.y) == std::bit_cast<std::uint64_t>(q.y);
+    });
+}
+
+/// What must be drawn: of every run of finite values the opening point of each column, and the later of the lowest and
+/// of the highest points after it, in order; then a gap. Repeated times are moved apart by the smallest step.
+std::vector<Point> expectedLine(const Signal& signal, double ratio)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    std::vector<Point> line, column;
+    double start = 0, last = -INFINITY;
+    bool open = false;
+    const auto closeColumn = [&] {
+        if (column.empty())
+            return;
+        std::size_t low = 0, high = 0;
+        for (std::size_t i = 0; i < column.size(); ++i) {
+            low = column[i].y <= column[low].y ? i : low;
+            high = column[i].y >= column[high].y ? i : high;
+        }
+        if (high < low)
+            std::swap(low, high);
+        line.push_back(column[low]);
+        if (low != high)
+            line.push_back(column[high]);
+        column.clear();
+    };
+    for (std::size_t i = 0; i < signal.times.size(); ++i) {
+        last = std::max(signal.times[i], std::nextafter(last, INFINITY));
+        const Point point{last, signal.values[i]};
+        if (!std::isfinite(point.y)) {
+            closeColumn();
+            if (open)
+                line.push_back({nan, nan});
+            open = false;
+        } else if (!open || (point.x - start) * ratio >= 0.5) {
+            closeColumn();
+            line.push_back(point);
+            start = point.x;
+            open = true;
+        } else {
+            column.push_back(point);
+        }
+    }
+    closeColumn();
+    if (open)
+        line.push_back({nan, nan});
+    return line;
+}
+
+TEST(LineThinnerTest, LosesNoExtremeAndIsTheSameHoweverTheLineIsCut)
+{
+    std::mt19937 random(3);
+    for (int round = 0; round < 300; ++round) {
+        const Signal signal = randomSignal(random, random() % 400);
+        const double ratio = round % 3 == 0 ? 0.01 : 2.0;
+        LineThinner whole(ratio);
+        whole.add(signal.times.data(), signal.values.data(), signal.times.size(), 1);
+        const std::vector<Point> line = whole.finish();
+        ASSERT_TRUE(same(line, expectedLine(signal, ratio))) << round;
+
+        LineThinner pieces(ratio);
+        for (std::size_t at = 0; at < signal.times.size();) {
+            const std::size_t count = std::min<std::size_t>(random() % 9, signal.times.size() - at);
+            pieces.add(signal.times.data() + at, signal.values.data() + at, count, 1);
+            at += count;
+        }
+        ASSERT_TRUE(same(pieces.finish(), line)) << round;
+    }
+}
+
+} // namespace
