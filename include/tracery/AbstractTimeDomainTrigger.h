@@ -1,0 +1,149 @@
+#pragma once
+
+#include <tracery/TDTC.h>
+#include <tracery/export.h>
+
+#include <complex>
+#include <cstdint>
+#include <deque>
+#include <limits>
+
+namespace tracery {
+
+struct TimedSample;
+
+/// Finds trigger events in one channel. A detector is shown consecutive blocks of samples and appends the
+/// times of the events it finds to a queue of the caller's. It remembers the last sample, so that cutting the
+/// signal into blocks anywhere gives the same events.
+///
+/// A block is n (time, value) pairs: element 2i is the time of sample i in seconds, element 2i + 1 its value.
+/// Complex blocks are read through one part, real or imaginary, of times and values alike.
+///
+/// Detectors are plain values: a copy goes on from the same memory of the signal. Times and levels follow
+/// plain IEEE arithmetic: a NaN sample crosses nothing, and an event at a NaN time is refused.
+class TRACERY_EXPORT AbstractTimeDomainTrigger {
+public:
+    /// Event times in seconds, oldest first. Detectors only append.
+    using EventQueue = std::deque<double>;
+
+    virtual ~AbstractTimeDomainTrigger();
+
+    /// Examines a block of n samples and appends the events found. An empty block changes nothing, not even
+    /// the level. extrema  minimum and maximum of the channel over the current window; read for auto level
+    /// only time     passed along by the controller; no detector of this library reads it Complexity: one
+    /// pass, no allocation but the queue's.
+    virtual void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema,
+                                  double time, EventQueue& queue) = 0;
+    virtual void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
+                                  EventQueue& queue) = 0;
+
+    /// Forgets the signal: last sample, last event, and whatever the detector has half seen. Settings stay.
+    virtual void reset();
+
+    /// The levels, in signal units. Auto level replaces them at every block.
+    double getLevel() const { return level_; }
+    double getUpperLevel() const { return upperLevel_; }
+    double getLowerLevel() const { return lowerLevel_; }
+
+    /// Settings. Every setter resets the detector, so that nothing half seen is completed under another
+    /// setting.
+    void setPolarity(TDTC::PolarityEnum polarity) { set(polarity_, polarity); }
+    void setAutoLevel(bool autoLevel) { set(autoLevel_, autoLevel); }
+    void setLevel(double level) { set(level_, level); }
+    /// Distance from the level at which a crossing is armed, signal units.
+    void setHysteresis(double hysteresis) { set(hysteresis_, hysteresis); }
+    void setUpperLevel(double level) { set(upperLevel_, level); }
+    void setLowerLevel(double level) { set(lowerLevel_, level); }
+    /// Bounds of a measured duration, both inclusive, seconds.
+    void setMinTime(double seconds) { set(minTime_, seconds); }
+    void setMaxTime(double seconds) { set(maxTime_, seconds); }
+    void setTimeout(double seconds) { set(timeout_, seconds); }
+    /// Smallest distance between two accepted events, seconds.
+    void setHoldoff(double seconds) { set(holdoff_, seconds); }
+
+    /// Whether complex blocks are read through their imaginary parts. The one setting that does not reset.
+    void shouldProcessImagPart(bool imagPart) { processImagPart_ = imagPart; }
+
+    /// The time (s) at which the line from the sample before sample i to sample i reaches `level`. The sample
+    /// before the first one is the last of the previous block; without one the result is NaN. samples holds
+    /// at least i + 1 pairs.
+    double interpTime(const double* samples, std::uint64_t i, double level) const;
+    double interpTime(const std::complex<double>* samples, std::uint64_t i, double level) const;
+
+    /// Remembers sample n - 1 for the next block; n = 0 changes nothing.
+    void cacheLastSample(const double* samples, std::uint64_t n);
+    void cacheLastSample(const std::complex<double>* samples, std::uint64_t n);
+
+    /// Accepts the event when it is at least the holdoff after the last accepted one. A NaN time never is.
+    void push(EventQueue& queue, double time);
+
+    /// Forgets the last event and the last sample, and starts the counts below anew.
+    void resetEvents();
+
+    /// What became of the candidates since the last reset. Events at NaN times are in none of the counts.
+    std::uint64_t getNumAcceptedEvents() const { return numAcceptedEvents_; }
+    std::uint64_t getNumHoldoffRefusals() const { return numHoldoffRefusals_; }
+    /// Durations that were measured but lay outside [minimum, maximum] time.
+    std::uint64_t getNumOutOfTimeBounds() const { return numOutOfTimeBounds_; }
+
+protected:
+    static constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
+    static constexpr double kNoEvent = -std::numeric_limits<double>::infinity();
+
+    AbstractTimeDomainTrigger() = default;
+    /// The settings of detectors of one level, and those of detectors of two. The rest keep their initial
+    /// values.
+    AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level, double hysteresis,
+                              double holdoff);
+    AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
+                              double lowerLevel, double minTime, double maxTime, double holdoff);
+
+    // Copied as part of a detector only, so that none is sliced.
+    AbstractTimeDomainTrigger(const AbstractTimeDomainTrigger&) = default;
+    AbstractTimeDomainTrigger(AbstractTimeDomainTrigger&&) = default;
+    AbstractTimeDomainTrigger& operator=(const AbstractTimeDomainTrigger&) = default;
+    AbstractTimeDomainTrigger& operator=(AbstractTimeDomainTrigger&&) = default;
+
+    /// With auto level on: the level goes to the middle of the window's range, or the two levels to its 90 %
+    /// and 10 %.
+    void followLevel(const double* extrema);
+    void followTwoLevels(const double* extrema);
+
+    /// Whether rules for positive pulses and rising edges apply, and those for negative and falling ones.
+    bool watchesPositive() const { return polarity_ != TDTC::PolarityEnum::Negative; }
+    bool watchesNegative() const { return polarity_ != TDTC::PolarityEnum::Positive; }
+
+    /// Hands the event to push when minTime <= duration <= maxTime.
+    void pushInTimeBounds(EventQueue& queue, double duration, double time);
+
+    TDTC::PolarityEnum polarity_ = TDTC::PolarityEnum::Positive;
+    bool autoLevel_ = false;
+    double level_ = 0;
+    double hysteresis_ = 0;
+    double upperLevel_ = 0;
+    double lowerLevel_ = 0;
+    double minTime_ = 0;
+    double maxTime_ = std::numeric_limits<double>::infinity();
+    double timeout_ = 0;
+    double holdoff_ = 0;
+    double lastSampleTime_ = kNoTime;
+    double lastSampleValue_ = kNoTime;
+    double lastEventTime_ = kNoEvent;
+    bool processImagPart_ = false;
+
+private:
+    void cache(const TimedSample& sample);
+
+    template <class Setting>
+    void set(Setting& field, Setting value)
+    {
+        field = value;
+        reset();
+    }
+
+    std::uint64_t numAcceptedEvents_ = 0;
+    std::uint64_t numHoldoffRefusals_ = 0;
+    std::uint64_t numOutOfTimeBounds_ = 0;
+};
+
+} // namespace tracery
