@@ -82,7 +82,28 @@ void fold(double value, double& minimum, double& maximum)
         maximum = value;
 }
 
-constexpr double kDegreesPerRadian = 57.29577951308232;
+double magnitudeOf(double re, double im) { return im == 0 ? std::abs(re) : std::hypot(re, im); }
+
+/// Degrees.
+double phaseOf(double re, double im)
+{
+    constexpr double kDegreesPerRadian = 57.29577951308232;
+    return std::atan2(im, re) * kDegreesPerRadian;
+}
+
+/// Calls use(time, real part, imaginary part) for each sample of one channel in a range of steps.
+template <class Port, class Range, class Use>
+void forEachSample(const Ring::View& times, const Port& port, const Range& range, const ChannelLayout& layout, Use&& use)
+{
+    const Ring::View real = port.real.ring.view();
+    const Ring::View imag = port.imag ? port.imag->ring.view() : real;
+    for (std::uint64_t i = 0; i < range.count(); ++i) {
+        const double stepTime = times[range.first + i];
+        std::uint64_t at = range.first * port.elementsPerStep + i * layout.stride + layout.offset;
+        for (std::uint64_t j = 0; j < layout.samplesPerStep; ++j, ++at)
+            use(static_cast<double>(j) * layout.sampleSpacing + stepTime, real[at], port.imag ? imag[at] : 0.0);
+    }
+}
 
 } // namespace
 
@@ -225,34 +246,66 @@ void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out,
         columns = layout.samplesPerStep * range->count();
         realPart = allocateDoubles(2 * columns);
         imagPart = allocateDoubles(2 * columns);
-        const Ring::View real = p.real.ring.view();
-        const Ring::View imag = p.imag ? p.imag->ring.view() : real;
         double* realOut = realPart.get();
         double* imagOut = imagPart.get();
-        for (std::uint64_t i = 0; i < range->count(); ++i) {
-            const double stepTime = times[range->first + i];
-            std::uint64_t at = range->first * p.elementsPerStep + i * layout.stride + layout.offset;
-            for (std::uint64_t j = 0; j < layout.samplesPerStep; ++j, ++at) {
-                const double time = static_cast<double>(j) * layout.sampleSpacing + stepTime + timeOffset;
-                *realOut++ = time;
-                *imagOut++ = time;
-                *realOut++ = real[at];
-                *imagOut++ = p.imag ? imag[at] : 0.0;
-            }
-        }
+        forEachSample(times, p, *range, layout, [&](double time, double re, double im) {
+            *realOut++ = time + timeOffset;
+            *realOut++ = re;
+            *imagOut++ = time + timeOffset;
+            *imagOut++ = im;
+        });
     }
     for (std::uint64_t i = 1; i < 2 * columns; i += 2) {
         double& re = realPart[i];
         double& im = imagPart[i];
         if (toMagnitudePhase) {
-            const double magnitude = im == 0 ? std::abs(re) : std::hypot(re, im);
-            im = std::atan2(im, re) * kDegreesPerRadian;
+            const double magnitude = magnitudeOf(re, im);
+            im = phaseOf(re, im);
             re = magnitude;
         }
         fold(re, limits[0], limits[1]);
         fold(im, limits[2], limits[3]);
     }
     out = adoptDoubleMatrix(2, columns, std::move(realPart), std::move(imagPart));
+}
+
+void TimeBuffer::GetSamplesAfter(double after, std::uint64_t port, std::uint64_t channel, bool isFrameBased,
+                                 double framePeriod, SamplePart part, std::vector<double>& pairs) const
+{
+    pairs.clear();
+    const bool polar = part == SamplePart::magnitude || part == SamplePart::phase;
+    std::vector<double> imagParts; // of polar reads
+    {
+        const Lock lock(*state_);
+        if (!state_->initialized)
+            return;
+        const double start = std::isinf(after) && after < 0 ? std::numeric_limits<double>::lowest() : after;
+        const auto range = state_->findSteps(port, start, std::numeric_limits<double>::max(), false).range();
+        if (!range)
+            return;
+        const State::Port& p = state_->ports[port];
+        const std::uint64_t perFrame = isFrameBased && !p.extents.empty() ? p.extents[0] : 1;
+        const auto samplesPerFrame =
+            static_cast<std::int32_t>(std::min<std::uint64_t>(perFrame, std::numeric_limits<std::int32_t>::max()));
+        const auto layout =
+            ChannelLayout::of(perFrame > 0 ? p.elementsPerStep / perFrame : 0, channel, isFrameBased, framePeriod,
+                              samplesPerFrame, range->count(), range->count() * p.elementsPerStep);
+        pairs.reserve(2 * layout.samplesPerStep * range->count());
+        bool later = false;
+        forEachSample(state_->timesOf(port).ring.view(), p, *range, layout, [&](double time, double re, double im) {
+            later = later || !(time <= after);
+            if (!later)
+                return;
+            pairs.push_back(time);
+            pairs.push_back(part == SamplePart::imaginary ? im : re);
+            if (polar)
+                imagParts.push_back(im);
+        });
+    }
+    for (std::size_t i = 0; i < imagParts.size(); ++i) {
+        double& value = pairs[2 * i + 1];
+        value = part == SamplePart::magnitude ? magnitudeOf(value, imagParts[i]) : phaseOf(value, imagParts[i]);
+    }
 }
 
 } // namespace tracery

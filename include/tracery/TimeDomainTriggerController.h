@@ -1,0 +1,212 @@
+#pragma once
+
+#include <tracery/AbstractTimeDomainTrigger.h>
+#include <tracery/TDTC.h>
+#include <tracery/export.h>
+
+#include <cstdint>
+#include <deque>
+#include <limits>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace tracery {
+
+class TimeBuffer;
+
+/// Turns trigger events into display windows: owns the detector, the settings of all kinds of detectors, the queue of
+/// pending events, and the modes.
+///
+/// A caller asks getTriggerWindow, at each update of the display, for a new window; samples come from a TimeBuffer or
+/// one by one through processSample. A window opens at event + delay - span x position and is `span` long; it is given
+/// out once it is full of data. start = end = -inf means no new window.
+///
+/// Modes: Normal gives a window for each new event that does not overlap the last window; where several are ready, for
+/// the last of them. Auto does the same and runs free when events are missing. Once gives one window and then stays
+/// disarmed until setMode, setEnableOnceMode(true) or reset arms it again. Off does nothing.
+///
+/// Times are seconds. When the current time steps back, everything about the past is dropped and triggering starts
+/// anew. Main thread only.
+class TRACERY_EXPORT TimeDomainTriggerController {
+public:
+    using EventQueue = AbstractTimeDomainTrigger::EventQueue;
+
+    /// What became of an event that left the queue.
+    enum class EventFate : std::int32_t {
+        Shown,      ///< it opened the window
+        Superseded, ///< a later event was ready as well
+        Overlap,    ///< it came before the last window had passed
+        Disarmed    ///< Once had given its window
+    };
+    struct ConsumedEvent {
+        double time;
+        EventFate fate;
+    };
+
+    TimeDomainTriggerController();
+    ~TimeDomainTriggerController();
+    TimeDomainTriggerController(const TimeDomainTriggerController&) = delete;
+    TimeDomainTriggerController& operator=(const TimeDomainTriggerController&) = delete;
+
+    // ---- Settings. Setters of the detector's settings reset the detector, so nothing half seen is completed under
+    // ---- another setting; pending events stay.
+
+    /// A new mode arms Once and drops pending events.
+    void setMode(TDTC::ModeEnum mode);
+    TDTC::ModeEnum getMode() const { return mode_; }
+    /// Arms or disarms Once, and drops pending events.
+    void setEnableOnceMode(bool armed);
+    bool getEnableOnceMode() const { return enableOnce_; }
+    /// Place of the event in the window: 0 the left edge, 1 the right.
+    void setPosition(double position) { position_ = position; }
+    double getPosition() const { return position_; }
+    /// Seconds from the event to the place that `position` names.
+    void setDelay(double seconds) { delay_ = seconds; }
+    double getDelay() const { return delay_; }
+
+    /// The source that hosts read and write, counted from 1. A change resets the detector: two channels never make one
+    /// crossing. throws  InvalidPortID, InvalidChannelID for 0
+    void setSourcePort(std::uint32_t port);
+    std::uint32_t getSourcePort() const { return static_cast<std::uint32_t>(sourcePort_ + 1); }
+    void setSourcePortChannel(std::uint32_t channel);
+    std::uint32_t getSourcePortChannel() const { return sourcePortChannel_ + 1; }
+    /// Which real quantity of the channel is triggered on; a change resets the detector.
+    void setComplexity(TDTC::ComplexityEnum complexity);
+    TDTC::ComplexityEnum getComplexity() const { return complexity_; }
+
+    /// Replaces the detector by a new one with all of the controller's settings; pending events stay.
+    void setType(TDTC::TypeEnum type);
+    TDTC::TypeEnum getType() const { return type_; }
+    void setPolarity(TDTC::PolarityEnum polarity);
+    TDTC::PolarityEnum getPolarity() const { return polarity_; }
+    /// Levels follow the extremes of the channel over the last span, at every block.
+    void setAutoLevel(bool autoLevel);
+    bool getAutoLevel() const { return autoLevel_; }
+    /// Levels and hysteresis in signal units. The getters of levels tell the detector's, which auto level may have set.
+    void setLevel(double level);
+    double getLevel() const { return detector_->getLevel(); }
+    void setHysteresis(double hysteresis);
+    double getHysteresis() const { return hysteresis_; }
+    void setUpperLevel(double level);
+    double getUpperLevel() const { return detector_->getUpperLevel(); }
+    void setLowerLevel(double level);
+    double getLowerLevel() const { return detector_->getLowerLevel(); }
+    /// Bounds of measured durations, timeout, and the least distance between events, in seconds.
+    void setMinTime(double seconds);
+    double getMinTime() const { return minTime_; }
+    void setMaxTime(double seconds);
+    double getMaxTime() const { return maxTime_; }
+    void setTimeout(double seconds);
+    double getTimeout() const { return timeout_; }
+    void setHoldoff(double seconds);
+    double getHoldoff() const { return holdoff_; }
+    /// Backward step of the current time, relative to it, that restarts triggering.
+    void setStepBackTolerance(double relative) { stepBackTolerance_ = relative; }
+    double getStepBackTolerance() const { return stepBackTolerance_; }
+    /// Whether samples come from a buffer; kept for the owner.
+    bool isTimeBufferEnabled() const { return timeBufferEnabled_; }
+    void disableTimeBuffer() { timeBufferEnabled_ = false; }
+
+    // ---- Running
+
+    /// Forgets the past and arms Once; settings stay.
+    void reset();
+
+    /// The window to show, from samples of a buffer.
+    /// isFrameBased, framePeriod  how the port's steps hold samples (see TimeBuffer::GetSamplesAfter)
+    /// port, channel         the trigger channel, counted from 0; another one than at the last call resets the detector
+    /// firstDisplayableTime  Auto runs free only once `span` more than this has passed
+    /// currentTime, span     seconds
+    /// partialWindow         give a window before it is full of data
+    /// start, end            the window, or -inf both
+    /// throws  what the buffer's reads throw
+    void getTriggerWindow(const TimeBuffer& buffer, bool isFrameBased, double framePeriod, std::uint64_t port,
+                          std::uint64_t channel, double firstDisplayableTime, double currentTime, double span,
+                          bool partialWindow, double& start, double& end);
+    /// The same from the samples handed to processSample.
+    void getTriggerWindow(double firstDisplayableTime, double currentTime, double span, bool partialWindow,
+                          double& start, double& end);
+    /// Takes one sample; every 1024 of them go through the detector at once. Nothing in Off.
+    /// span  seconds of signal that auto level looks back on
+    void processSample(double time, double value, double currentTime, double span);
+    /// Runs the detector over what is new in a buffer without asking for a window. Nothing in Off.
+    void processBuffer(const TimeBuffer& buffer, bool isFrameBased, double framePeriod, std::uint64_t port,
+                       std::uint64_t channel, double currentTime, double span);
+
+    /// The last window given out, -inf both when there was none.
+    void getLastTriggerWindow(double& start, double& end) const;
+    /// Event time of the last window; -inf when there was none.
+    double getLastTriggerTime() const { return lastTriggerTime_; }
+
+    /// Events found and not consumed yet, oldest first.
+    const EventQueue& getPendingEvents() const { return eventQueue_; }
+    /// Events that the last getTriggerWindow consumed, oldest first, and what became of each.
+    const std::vector<ConsumedEvent>& getConsumedEvents() const { return consumedEvents_; }
+    /// When the window of an event is full of data.
+    double getDisplayTime(double event, double span) const { return displayTime(event, span, span); }
+    /// The detector, for its counts.
+    const AbstractTimeDomainTrigger& getDetector() const { return *detector_; }
+
+private:
+    struct TimeValue {
+        double time;
+        double value;
+    };
+    struct FoundEvent {
+        double time = -std::numeric_limits<double>::infinity();
+        bool found = false;
+    };
+
+    template <class Value>
+    void set(Value& field, Value value, void (AbstractTimeDomainTrigger::*setter)(Value));
+    void restartDetection();
+    double displayTime(double event, double offset, double span) const;
+    bool onceAllows() const { return mode_ != TDTC::ModeEnum::Once || enableOnce_; }
+    void resetIfSteppedBack(double currentTime);
+    void updateEventQueue(const TimeBuffer& buffer, bool isFrameBased, double framePeriod, std::uint64_t port,
+                          std::uint64_t channel, double currentTime, double span);
+    void updateEventQueue(double currentTime, double span);
+    void detect(const std::vector<double>& pairs, double currentTime, double span);
+    void updateWindowExtrema(const std::vector<double>& pairs, double extrema[2], double span, double currentTime);
+    FoundEvent findLastDisplayableEvent(double offset, double currentTime, double span);
+    void processEvent(FoundEvent event, double firstDisplayableTime, double currentTime, double span,
+                      bool partialWindow, double& start, double& end);
+
+    TDTC::ModeEnum mode_ = TDTC::ModeEnum::Off;
+    bool enableOnce_ = true;
+    double position_ = 0.5;
+    double delay_ = 0;
+    std::uint64_t sourcePort_ = 0;
+    std::uint32_t sourcePortChannel_ = 0;
+    TDTC::ComplexityEnum complexity_ = TDTC::ComplexityEnum::Scalar;
+    TDTC::TypeEnum type_ = TDTC::TypeEnum::Edge;
+    TDTC::PolarityEnum polarity_ = TDTC::PolarityEnum::Positive;
+    bool autoLevel_ = true;
+    double level_ = 0;
+    double hysteresis_ = 0;
+    double upperLevel_ = 2.1;
+    double lowerLevel_ = 0.2;
+    double minTime_ = 0;
+    double maxTime_ = std::numeric_limits<double>::infinity();
+    double timeout_ = 0;
+    double holdoff_ = 0;
+    bool timeBufferEnabled_ = true;
+    double stepBackTolerance_ = std::numeric_limits<double>::epsilon();
+    std::unique_ptr<AbstractTimeDomainTrigger> detector_;
+    std::vector<double> pendingSamples_; ///< (time, value) pairs handed in one by one
+    std::vector<double> block_;          ///< the buffer's samples of one update; kept for its memory
+    EventQueue eventQueue_;
+    std::vector<ConsumedEvent> consumedEvents_;
+    std::deque<TimeValue> windowMinima_; ///< values never fall from front to back
+    std::deque<TimeValue> windowMaxima_; ///< values never rise
+    std::pair<std::uint64_t, std::uint64_t> lastChannel_{0, 0}; ///< port and channel read last
+    double lastTime_ = 0;
+    double lastReadTime_ = 0;
+    double lastDisplayableEvent_ = 0;
+    double lastTriggerTime_ = 0;
+    double lastWindowStart_ = 0;
+    double lastWindowEnd_ = 0;
+};
+
+} // namespace tracery
