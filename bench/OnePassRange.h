@@ -1,0 +1,11 @@
+#pragma once
+
+#include <span>
+
+namespace tracery::bench {
+
+/// Greatest minus least value, in one pass: what memory and the vector unit allow for work that looks at
+/// every double once. The limit to hold kernels against. Knows nothing of NaN.
+double onePassRange(std::span<const double> data);
+
+} // namespace tracery::bench

@@ -1,0 +1,342 @@
+#include <tracery/DataThinner.h>
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+using namespace tracery;
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+using Doubles = std::vector<double>;
+
+double noInf(double x) { return std::isinf(x) ? kNaN : x; }
+
+/// Bit for bit, so that signed zeros and the payload of a NaN count.
+::testing::AssertionResult sameBits(const Doubles& a, const Doubles& b)
+{
+    if (a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << ::testing::PrintToString(a) << "\n differs from\n"
+                                         << ::testing::PrintToString(b);
+}
+
+/// Times and values that try everything: gaps, infinities, ties, signed zeros, standing and backward clocks.
+class Hostile {
+public:
+    explicit Hostile(unsigned seed) : random_(seed), oddIn_(seed % 3 == 0 ? 3 : seed % 3 == 1 ? 40 : 0) {}
+
+    unsigned below(unsigned n) { return static_cast<unsigned>(random_() % n); }
+    double value() { return odd() ? pick({kNaN, kPayload, kInf, -kInf, -0.0}) : below(7) - 3.0; }
+    double time()
+    {
+        now_ += odd() ? pick({0.0, 0.0, -0.3, -2.0, 5.0}) : 0.01 * (1 + below(20));
+        return odd() ? pick({kNaN, kInf, -kInf, -kPayload, 0.0}) : now_;
+    }
+    double ratio() { return below(3) == 0 ? pick({0.0, kNaN, kInf, -kInf, -1.0}) : pick({0.05, 0.3, 1.0, 2.5}); }
+
+private:
+    static constexpr double kPayload = std::bit_cast<double>(0x7ff8000000001234ULL);
+
+    bool odd() { return oddIn_ != 0 && below(oddIn_) == 0; }
+    double pick(std::initializer_list<double> from) { return from.begin()[below(static_cast<unsigned>(from.size()))]; }
+
+    std::mt19937 random_;
+    unsigned oddIn_;
+    double now_ = 0;
+};
+
+// ---- Batch
+
+/// The rule written out point by point.
+Doubles naiveBatch(const Doubles& data, double ratio, double& pixelStart)
+{
+    Doubles out;
+    double minV = kInf, minT = kInf, maxV = -kInf, maxT = -kInf;
+    bool pending = false;
+    for (std::size_t k = 0; k < data.size(); k += 2) {
+        const double t = data[k], v = data[k + 1], d = t - pixelStart;
+        if (pixelStart == -kInf || d * ratio >= 0.5 || std::isnan(pixelStart)) {
+            if (pending) {
+                const bool maxFirst = maxT < minT;
+                out.insert(out.end(), {noInf(maxFirst ? maxT : minT), noInf(maxFirst ? maxV : minV)});
+                if (maxT != minT)
+                    out.insert(out.end(), {noInf(maxFirst ? minT : maxT), noInf(maxFirst ? minV : maxV)});
+            }
+            out.insert(out.end(), {noInf(t), noInf(v)});
+            pixelStart = t;
+            minV = minT = kInf;
+            maxV = maxT = -kInf;
+            pending = false;
+        } else if (std::isnan(t) || d == 0.0) {
+            out.insert(out.end(), {t, v});
+        } else {
+            if (std::isnan(v) || maxV <= v)
+                maxV = v, maxT = t;
+            if (std::isnan(v) || v <= minV)
+                minV = v, minT = t;
+            pending = true;
+        }
+    }
+    return out;
+}
+
+HostArrayPtr asArray(const Doubles& pairs)
+{
+    HostArrayPtr array(createDoubleMatrix(2, pairs.size() / 2, HostComplexity::real));
+    std::copy(pairs.begin(), pairs.end(), getRealData(array.get()));
+    return array;
+}
+
+Doubles contents(const HostArray* array)
+{
+    EXPECT_TRUE(isReal2dMatrix(array) && isDouble(array));
+    EXPECT_EQ(getDimensions(array)[0], 2U);
+    const double* data = getRealData(array);
+    return data == nullptr ? Doubles() : Doubles(data, data + getNumberOfElements(array));
+}
+
+Doubles thin(DataThinner& thinner, const HostArray* array, int points, double ratio, bool continued)
+{
+    const HostArrayPtr result(thinner.getArrayThinData(array, points, ratio, continued));
+    return contents(result.get());
+}
+
+Doubles thin(DataThinner& thinner, const Doubles& pairs, double ratio, bool continued)
+{
+    return thin(thinner, asArray(pairs).get(), static_cast<int>(pairs.size() / 2), ratio, continued);
+}
+
+TEST(DataThinnerTest, BatchAgreesWithTheRuleOnHostileLinesCutAnywhere)
+{
+    for (unsigned seed = 0; seed < 3000; ++seed) {
+        Hostile hostile(seed);
+        DataThinner thinner;
+        double pixelStart = -kInf;
+        const double ratio = hostile.ratio();
+        for (unsigned block = hostile.below(6); block-- > 0;) {
+            Doubles pairs;
+            for (unsigned k = hostile.below(200); k-- > 0;) {
+                pairs.push_back(hostile.time());
+                pairs.push_back(hostile.value());
+            }
+            const bool continued = hostile.below(4) != 0;
+            if (!continued)
+                pixelStart = -kInf;
+            const Doubles expected = naiveBatch(pairs, ratio, pixelStart);
+            ASSERT_TRUE(sameBits(thin(thinner, pairs, ratio, continued), expected)) << "seed " << seed;
+        }
+    }
+}
+
+TEST(DataThinnerTest, BatchEmitsOnePointForExtremesAtEqualTimes)
+{
+    DataThinner thinner;
+    EXPECT_TRUE(sameBits(thin(thinner, {0, 1, 0.1, 5, 1, 0}, 1, false), {0, 1, 0.1, 5, 1, 0})) << "one sample";
+    EXPECT_TRUE(sameBits(thin(thinner, {0, 1, 0.1, 5, 0.2, kNaN, 0.3, 7, 1, 0}, 1, false), {0, 1, 0.2, kNaN, 1, 0}))
+        << "a gap is both extremes";
+    EXPECT_TRUE(sameBits(thin(thinner, {0, 1, 0.4, 5, 0.1, 2, 0.4, 1, 1, 0}, 1, false), {0, 1, 0.4, 1, 1, 0}))
+        << "a clock that went back hides the maximum";
+}
+
+TEST(DataThinnerTest, BatchDiscardsExtremesPendingAtTheEnd)
+{
+    DataThinner thinner;
+    EXPECT_TRUE(sameBits(thin(thinner, {0, 1, 0.1, 5, 0.2, -3}, 1, false), {0, 1}));
+    EXPECT_TRUE(sameBits(thin(thinner, {0.3, 2, 1, 0}, 1, true), {0.3, 2, 1, 0})) << "only what this call folded";
+}
+
+TEST(DataThinnerTest, BatchTakesNoMorePointsThanThereAre)
+{
+    DataThinner thinner;
+    const HostArrayPtr line = asArray({0, 1, 1, 2, 2, 3});
+    EXPECT_EQ(thin(thinner, line.get(), 1000, 1, false).size(), 6U);
+    EXPECT_EQ(thin(thinner, line.get(), 2, 1, false).size(), 4U);
+    EXPECT_EQ(thin(thinner, line.get(), 0, 1, true).size(), 0U);
+    EXPECT_EQ(thin(thinner, line.get(), 1, 1, true).size(), 0U) << "an empty call keeps the column that began at 1";
+    EXPECT_EQ(thin(thinner, line.get(), -1, 1, false).size(), 0U);
+    EXPECT_EQ(thin(thinner, line.get(), 1, 1, true).size(), 2U) << "starting anew forgets it";
+
+    EXPECT_EQ(thin(thinner, nullptr, 3, 1, false).size(), 0U);
+    const HostArrayPtr logicals(createNumericMatrix(2, 3, HostClassID::logical, HostComplexity::real));
+    EXPECT_EQ(thin(thinner, logicals.get(), 3, 1, false).size(), 0U);
+    setRealData(line.get(), nullptr);
+    EXPECT_EQ(thin(thinner, line.get(), 3, 1, false).size(), 0U);
+}
+
+// ---- Streaming
+
+/// The streaming rule written out for one channel, real or complex, with extremes enabled or not.
+struct NaiveChannel {
+    double min = kInf, max = -kInf, minImag = kInf, maxImag = -kInf, minTime = kInf, maxTime = -kInf;
+    bool hasData = false;
+
+    Doubles accumulators() const { return {min, max, minImag, maxImag, minTime, maxTime}; }
+
+    void fold(double t, double v, double w, bool complex)
+    {
+        if (v >= max || std::isnan(v))
+            max = v, maxTime = t;
+        if (v <= min || std::isnan(v))
+            min = v, minTime = t;
+        if (complex && (w >= maxImag || std::isnan(w)))
+            maxImag = w;
+        if (complex && (w <= minImag || std::isnan(w)))
+            minImag = w;
+        hasData = true;
+    }
+
+    void emit(Doubles& out, bool complex, bool enabled)
+    {
+        if (enabled && maxTime < minTime) {
+            std::swap(min, max);
+            std::swap(minImag, maxImag);
+            std::swap(minTime, maxTime);
+        }
+        if (enabled)
+            out[0] = minTime, out[3] = maxTime;
+        out[1] = enabled ? noInf(min) : kNaN;
+        out[4] = enabled ? noInf(max) : kNaN;
+        if (complex) {
+            out[2] = enabled ? noInf(minImag) : kNaN;
+            out[5] = enabled ? noInf(maxImag) : kNaN;
+        }
+        min = kInf, max = -kInf;
+    }
+
+    void open(Doubles& out, double t, double v, double w, bool complex)
+    {
+        out[6] = t;
+        out[7] = noInf(v);
+        if (complex)
+            out[8] = noInf(w);
+        hasData = false;
+    }
+};
+
+Doubles accumulators(const DataThinner& thinner, std::size_t channel)
+{
+    using enum ThinDataMinMax;
+    const int c = static_cast<int>(channel);
+    return {thinner.getPixelMinMaxValue(c, Min),           thinner.getPixelMinMaxValue(c, Max),
+            thinner.getPixelMinMaxImgValue(channel, Min),  thinner.getPixelMinMaxImgValue(channel, Max),
+            thinner.getPixelMinMaxTimeValue(channel, Min), thinner.getPixelMinMaxTimeValue(channel, Max)};
+}
+
+TEST(DataThinnerTest, StreamingAgreesWithTheRuleOnHostileChannels)
+{
+    for (unsigned seed = 0; seed < 1000; ++seed) {
+        Hostile hostile(seed);
+        const bool complex = hostile.below(2) == 0, sometimesDisabled = hostile.below(4) == 0;
+        std::vector<NaiveChannel> model(1 + hostile.below(4));
+        DataThinner thinner;
+        for (std::size_t c = 0; c < model.size(); ++c)
+            thinner.initDataThinningMinMax();
+        const double ratio = hostile.ratio();
+        thinner.setPixelTimeRatio(ratio);
+        Doubles out(9, 77.0), expected = out;
+        double last = -kInf;
+        for (int step = 0; step < 150; ++step) {
+            if (hostile.below(100) == 0) {
+                thinner.reset();
+                model.assign(model.size(), NaiveChannel());
+            }
+            double time = hostile.time();
+            const double d = time - last;
+            const bool opens = last == -kInf || d * ratio >= 0.5 || d == 0.0;
+            bool needUpdate = !opens;
+            for (std::size_t c = 0; c < model.size(); ++c) {
+                const bool enabled = !sometimesDisabled || hostile.below(5) != 0;
+                Doubles real{99, hostile.value()}, imag{99, hostile.value()};
+                const bool expectedHad = !opens || model[c].hasData;
+                if (opens) {
+                    if (model[c].hasData)
+                        model[c].emit(expected, complex, enabled);
+                    model[c].open(expected, time, real[1], imag[1], complex);
+                    last = time;
+                } else if (enabled) {
+                    model[c].fold(time, real[1], imag[1], complex);
+                }
+                bool had = true;
+                const int position = static_cast<int>(c);
+                thinner.thinData(position, time, real, imag, out, 0, complex, enabled, 1, had, position, needUpdate);
+                ASSERT_EQ(needUpdate, opens) << "seed " << seed << ", step " << step;
+                ASSERT_EQ(had, expectedHad) << "seed " << seed << ", step " << step;
+                ASSERT_TRUE(sameBits(out, expected)) << "seed " << seed << ", step " << step;
+                ASSERT_TRUE(sameBits(accumulators(thinner, c), model[c].accumulators()));
+                if (opens) {
+                    ASSERT_TRUE(sameBits({thinner.getLastUpdateTime(), thinner.getLastSampleDataAdded()},
+                                         {time, complex ? imag[1] : real[1]}));
+                }
+            }
+        }
+    }
+}
+
+/// One complex channel at one column a second, fed sample by sample.
+struct Stream {
+    Stream()
+    {
+        thinner.initDataThinningMinMax();
+        thinner.setPixelTimeRatio(1.0);
+    }
+    void add(double time, Doubles real, Doubles imag)
+    {
+        bool hadData = false, needUpdate = false;
+        thinner.thinData(0, time, real, imag, out, 0, true, true, 0, hadData, 0, needUpdate);
+    }
+
+    DataThinner thinner;
+    Doubles out = Doubles(9, 77.0);
+};
+
+TEST(DataThinnerTest, ImaginaryExtremesRunOnOverColumnsAndFollowTheRealOrder)
+{
+    Stream stream;
+    stream.add(0, {0}, {0});
+    stream.add(0.1, {-1}, {50});
+    stream.add(0.2, {1}, {-50});
+    stream.add(1, {0}, {0});
+    EXPECT_TRUE(sameBits(stream.out, {0.1, -1, -50, 0.2, 1, 50, 1, 0, 0})) << "minima at the earlier time";
+    stream.add(1.1, {2}, {3});
+    stream.add(1.2, {-2}, {4});
+    stream.add(2, {0}, {0});
+    EXPECT_TRUE(sameBits(stream.out, {1.1, 2, 50, 1.2, -2, -50, 2, 0, 0})) << "swapped, and still the first column's";
+}
+
+TEST(DataThinnerTest, AColumnWithoutDataOpensWithNaN)
+{
+    Stream stream;
+    stream.add(0, {}, {});
+    EXPECT_TRUE(sameBits(stream.out, {77, 77, 77, 77, 77, 77, 0, kNaN, kNaN}));
+    stream.add(0.1, {}, {});
+    stream.add(1, {4}, {-kInf});
+    EXPECT_TRUE(sameBits(stream.out, {77, 77, 77, 77, 77, 77, 1, 4, kNaN})) << "nothing was accumulated";
+    EXPECT_EQ(stream.thinner.getLastSampleDataAdded(), -kInf) << "the imaginary part, as it was";
+}
+
+TEST(DataThinnerTest, CopiesAreIndependentAndChannelsAddedLaterStartEmpty)
+{
+    using enum ThinDataMinMax;
+    DataThinner first;
+    first.initDataThinningMinMax();
+    first.setPixelMinMaxValue(0, Max, 5);
+    first.setPixelMinMaxImgValue(0, Min, 6);
+    first.setPixelMinMaxTimeValue(0, Max, 7);
+    DataThinner second(first);
+    second.initDataThinningMinMax();
+    first.resetMinMaxVals(0);
+    EXPECT_TRUE(sameBits(accumulators(first, 0), {kInf, -kInf, 6, -kInf, kInf, 7})) << "the real extremes alone";
+    EXPECT_TRUE(sameBits(accumulators(second, 0), {kInf, 5, 6, -kInf, kInf, 7}));
+    EXPECT_TRUE(sameBits(accumulators(second, 1), {kInf, -kInf, kInf, -kInf, kInf, -kInf}));
+}
+
+} // namespace
