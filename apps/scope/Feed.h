@@ -1,6 +1,6 @@
 #pragma once
 
-#include "input/Recording.h"
+#include "BatchReader.h"
 
 #include <tracery/TimeBuffer.h>
 #include <tracery/host/HostArray.h>
@@ -44,10 +44,8 @@ private:
     struct Port;
 
     void write();
-    bool writeBlock(std::size_t port);
+    bool writeBatch(std::size_t port, const Batch& batch);
 
-    const double from_;
-    const double to_;
     std::vector<Port> ports_;
     tracery::TimeBuffer buffer_;
     double reached_;

@@ -4,9 +4,10 @@
 #include "commands.h"
 #include "picture/Figure.h"
 #include "quantity.h"
+#include "sources.h"
+#include "trigger/explain.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -16,8 +17,6 @@
 namespace scope {
 
 namespace {
-
-using Recordings = std::vector<std::unique_ptr<Recording>>;
 
 /// One line to draw: a part of a channel of a recording.
 struct Line {
@@ -55,31 +54,19 @@ Window chooseWindow(Recordings& recordings, const ViewOptions& options)
     return {from, to};
 }
 
-/// Whether `wanted`, a number from 1 or a name, means channel `number` (from 1) of this name.
-bool means(const std::string& wanted, std::size_t number, const std::string& name)
-{
-    if (wanted == name)
-        return true;
-    std::size_t parsed = 0;
-    const auto [end, error] = std::from_chars(wanted.data(), wanted.data() + wanted.size(), parsed);
-    return error == std::errc() && end == wanted.data() + wanted.size() && parsed == number;
-}
-
 std::vector<Line> chooseLines(const Recordings& recordings, const ViewOptions& options, double columnsPerSecond)
 {
     std::vector<bool> found(options.channels.size(), options.channels.empty());
     std::vector<Line> lines;
-    std::string known;
     std::size_t number = 0;
     for (std::size_t port = 0; port < recordings.size(); ++port) {
         const RecordingInfo& info = recordings[port]->info();
         for (std::size_t c = 0; c < info.channels.size(); ++c) {
             const Channel& channel = info.channels[c];
-            known += (number == 0 ? "" : ", ") + channel.name;
             ++number;
             bool wanted = options.channels.empty();
             for (std::size_t i = 0; i < options.channels.size(); ++i)
-                if (means(options.channels[i], number, channel.name))
+                if (meansChannel(options.channels[i], number, channel.name))
                     wanted = found[i] = true;
             if (!wanted)
                 continue;
@@ -94,7 +81,7 @@ std::vector<Line> chooseLines(const Recordings& recordings, const ViewOptions& o
     }
     for (std::size_t i = 0; i < options.channels.size(); ++i)
         if (!found[i])
-            throw UsageError("--channels: there is no channel '" + options.channels[i] + "'; there are " + known);
+            throw UsageError("--channels: there is no channel '" + options.channels[i] + "'; there are " + channelNames(recordings));
     return lines;
 }
 
@@ -171,17 +158,77 @@ std::vector<Panel> makePanels(std::vector<Line>& lines, const Window& window)
     return panels;
 }
 
+/// The window that a trigger shows, the event's time, and the levels as they were then.
+struct TriggeredWindow {
+    Window window;
+    double event;
+    std::vector<Marker> levels;
+    std::string unit; ///< of the source channel, whose panel shows the levels
+};
+
+TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& options)
+{
+    TriggerSettings settings = *options.trigger;
+    if (settings.source.empty() && !options.channels.empty())
+        settings.source = options.channels[0];
+    const TriggerSource source = findTriggerSource(recordings, settings.source);
+    const double from = options.from.value_or(source.range.first);
+    const double span = options.span.value_or((source.range.last - source.range.first) / 10);
+    const auto scan = makeScan(options.files, options.rate, source, settings, from, span, options.blockSteps);
+
+    std::optional<TriggeredWindow> found;
+    std::uint64_t shown = 0;
+    Progress progress;
+    const TriggerTotals totals = scan->run(
+        [&](const TriggerEvent& event) {
+            if (event.fate != Fate::shown || ++shown < options.nth)
+                return true;
+            found = TriggeredWindow{{event.start, event.end}, event.time, {}, {}};
+            return false;
+        },
+        [&](double reached) { progress.show((reached - from) / (source.range.last - from)); });
+    if (!found) {
+        const SignalRange range =
+            measureRange(openBatches(options.files, options.rate, source, from), source.channel, settings.part);
+        throw UsageError(explainNothingShown(settings, scan->controller(), totals, range, span));
+    }
+    const auto& controller = scan->controller();
+    if (settings.usesTwoLevels())
+        found->levels = {{controller.getUpperLevel(), "upper"}, {controller.getLowerLevel(), "lower"}};
+    else
+        found->levels = {{controller.getLevel(), "level"}};
+    found->unit = recordings[source.port]->info().channels[source.channel].unit;
+    return *found;
+}
+
+/// Puts time zero at the event and marks it, and the levels where their channel is drawn.
+void markTrigger(Figure& figure, const TriggeredWindow& triggered, bool levelsAreDrawn)
+{
+    figure.xLabel = "Time from trigger";
+    figure.xMin -= triggered.event;
+    figure.xMax -= triggered.event;
+    figure.positions.push_back({0, "T"});
+    for (Panel& panel : figure.panels) {
+        for (Trace& trace : panel.traces)
+            for (Point& point : trace.points)
+                point.x -= triggered.event;
+        if (panel.yUnit == triggered.unit && levelsAreDrawn)
+            panel.levels = triggered.levels;
+    }
+}
+
 } // namespace
 
 void runView(const ViewOptions& options)
 {
-    Recordings recordings;
-    for (const std::string& file : options.files)
-        recordings.push_back(openRecording(file, {options.rate}));
-    const Window window = chooseWindow(recordings, options);
+    Recordings recordings = openAll(options.files, options.rate);
     const std::string stem = std::filesystem::path(options.files[0]).stem().string();
     const std::string output = options.output.empty() ? stem + ".png" : options.output;
     requireWritablePicture(output);
+    std::optional<TriggeredWindow> triggered;
+    if (options.trigger)
+        triggered = findWindow(recordings, options);
+    const Window window = triggered ? triggered->window : chooseWindow(recordings, options);
 
     Figure figure;
     figure.width = options.width;
@@ -193,6 +240,11 @@ void runView(const ViewOptions& options)
         chooseLines(recordings, options, plotWidth(options.width) / (window.to - window.from));
     streamLines(std::move(recordings), window, lines);
     figure.panels = makePanels(lines, window);
+    if (triggered) {
+        using tracery::TDTC::ComplexityEnum;
+        const ComplexityEnum part = options.trigger->part;
+        markTrigger(figure, *triggered, part != ComplexityEnum::Magnitude && part != ComplexityEnum::Phase);
+    }
     writeFigure(figure, output);
     std::printf("%s\n", output.c_str());
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "trigger/TriggerSettings.h"
+
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -31,9 +33,25 @@ struct ViewOptions {
     int width = 1200;
     int height = 600;
     std::string title;
+    std::optional<TriggerSettings> trigger; ///< none: the whole window, untriggered
+    std::uint64_t nth = 1;                  ///< which triggered window, from 1
+    std::size_t blockSteps = 1024;          ///< steps handed to the detector at once
 };
 
 /// Draws a stretch of recordings and prints where the picture is. throws  InputError, UsageError
 void runView(const ViewOptions& options);
+
+struct EventsOptions {
+    std::string file;
+    std::optional<double> rate;
+    std::optional<double> from;
+    std::optional<double> span; ///< of a window; a tenth of the recording when missing
+    TriggerSettings trigger;
+    std::size_t blockSteps = 1024;
+    bool json = false;
+};
+
+/// Prints every trigger event and every window shown, and totals that add up. throws  InputError, UsageError
+void runEvents(const EventsOptions& options);
 
 } // namespace scope

@@ -5,6 +5,9 @@
 
 #include <cstdio>
 #include <exception>
+#include <functional>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -35,6 +38,144 @@ void parseSize(const std::string& text, scope::ViewOptions& options)
         throw scope::UsageError("--size: expected WIDTHxHEIGHT in pixels, such as 1200x600, found '" + text + "'");
 }
 
+/// The text of an option as one of a list of names.
+template <class Value>
+auto oneOf(Value& target, const char* option, std::vector<std::pair<const char*, Value>> names)
+{
+    return [&target, option, names = std::move(names)](const std::string& text) {
+        std::string known;
+        for (const auto& [name, value] : names) {
+            if (text == name) {
+                target = value;
+                return;
+            }
+            known += (known.empty() ? "" : ", ") + std::string(name);
+        }
+        throw scope::UsageError(std::string(option) + ": expected one of " + known + ", found '" + text + "'");
+    };
+}
+
+/// "50%" is a share of the signal's range, anything else a value.
+scope::LevelSetting parseLevel(const std::string& text, const char* option)
+{
+    const bool share = text.ends_with('%');
+    std::optional<double> value;
+    quantity(value, option)(share ? text.substr(0, text.size() - 1) : text);
+    return {share ? *value / 100 : *value, share};
+}
+
+/// A time that may not be negative.
+auto duration(double& target, const char* option)
+{
+    return [&target, option](const std::string& text) {
+        std::optional<double> value;
+        quantity(value, option)(text);
+        if (*value < 0)
+            throw scope::UsageError(std::string(option) + " must not be negative, found '" + text + "'");
+        target = *value;
+    };
+}
+
+/// The options of a trigger. `chosen` is called when --trigger is given.
+void addTrigger(CLI::App& command, scope::TriggerSettings& settings, std::function<void()> chosen)
+{
+    using namespace tracery::TDTC;
+    const auto option = [&](const char* name, std::function<void(const std::string&)> read, const char* text) {
+        return command.add_option_function<std::string>(name, std::move(read), text)->group("Trigger");
+    };
+    const auto type = oneOf(settings.type, "--trigger",
+                            {{"edge", TypeEnum::Edge},
+                             {"pulse-width", TypeEnum::PulseWidth},
+                             {"transition", TypeEnum::Transition},
+                             {"runt", TypeEnum::Runt},
+                             {"window", TypeEnum::Window},
+                             {"timeout", TypeEnum::Timeout}});
+    option("--trigger", [type, chosen](const std::string& text) { type(text), chosen(); },
+           "edge, pulse-width, transition, runt, window or timeout")
+        ->type_name("TYPE");
+    option("--mode",
+           oneOf(settings.mode, "--mode",
+                 {{"auto", ModeEnum::Auto}, {"normal", ModeEnum::Normal}, {"once", ModeEnum::Once}, {"off", ModeEnum::Off}}),
+           "auto, normal, once or off [default: normal]")
+        ->type_name("MODE");
+    option("--polarity",
+           oneOf(settings.polarity, "--polarity",
+                 {{"rising", PolarityEnum::Positive}, {"falling", PolarityEnum::Negative}, {"either", PolarityEnum::Either}}),
+           "rising, falling or either; for a window inside, outside or either is meant [default: rising]")
+        ->type_name("WAY");
+    option("--level",
+           [&settings](const std::string& text) {
+               settings.level.reset();
+               if (text != "auto")
+                   settings.level = parseLevel(text, "--level");
+           },
+           "Level of edge and timeout: a value, a share of the signal's range such as 50%, or auto, the middle of the "
+           "last span [default: auto; 50% for timeout]")
+        ->type_name("LEVEL");
+    option("--hysteresis",
+           [&settings](const std::string& text) { settings.hysteresis = parseLevel(text, "--hysteresis"); },
+           "How far beyond the level the signal must have been before it counts [default: 0]")
+        ->type_name("LEVEL");
+    option("--upper", [&settings](const std::string& text) { settings.upper = parseLevel(text, "--upper"); },
+           "Upper level of the other types [default: auto, 90% of the last span's range]")
+        ->type_name("LEVEL");
+    option("--lower", [&settings](const std::string& text) { settings.lower = parseLevel(text, "--lower"); },
+           "Lower level of the other types [default: auto, 10% of the last span's range]")
+        ->type_name("LEVEL");
+    option("--min-time", duration(settings.minTime, "--min-time"), "Shortest pulse or transition [default: 0]")
+        ->type_name("TIME");
+    option("--max-time", duration(settings.maxTime, "--max-time"), "Longest pulse or transition [default: any]")
+        ->type_name("TIME");
+    option("--timeout", duration(settings.timeout, "--timeout"), "How long without a crossing is a timeout")
+        ->type_name("TIME");
+    option("--holdoff", duration(settings.holdoff, "--holdoff"), "Least time between two events [default: 0]")
+        ->type_name("TIME");
+    option("--position",
+           [&settings](const std::string& text) {
+               std::optional<double> value;
+               quantity(value, "--position")(text.ends_with('%') ? text.substr(0, text.size() - 1) : text);
+               settings.position = text.ends_with('%') ? *value / 100 : *value;
+           },
+           "Place of the event in the window, 0 left to 1 right [default: 0.5]")
+        ->type_name("SHARE");
+    option("--delay",
+           [&settings](const std::string& text) {
+               std::optional<double> value;
+               quantity(value, "--delay")(text);
+               settings.delay = *value;
+           },
+           "Time from the event to that place [default: 0]")
+        ->type_name("TIME");
+    option("--source", [&settings](const std::string& text) { settings.source = text; },
+           "Channel to trigger on, a name or a number from 1 [default: the first]")
+        ->type_name("CHANNEL");
+    option("--part",
+           oneOf(settings.part, "--part",
+                 {{"real", ComplexityEnum::Real},
+                  {"imaginary", ComplexityEnum::Imaginary},
+                  {"magnitude", ComplexityEnum::Magnitude},
+                  {"phase", ComplexityEnum::Phase}}),
+           "real, imaginary, magnitude or phase (degrees) of a complex channel [default: real]")
+        ->type_name("PART");
+}
+
+/// What must hold between the options of a trigger.
+void checkTrigger(const scope::TriggerSettings& settings)
+{
+    if (settings.type == tracery::TDTC::TypeEnum::Timeout && !(settings.timeout > 0))
+        throw scope::UsageError("--trigger timeout needs --timeout TIME");
+    if (settings.maxTime < settings.minTime)
+        throw scope::UsageError("--max-time is less than --min-time: no duration fits");
+    if (settings.hysteresis.value < 0)
+        throw scope::UsageError("--hysteresis must not be negative");
+}
+
+void requirePositive(const std::optional<double>& value, const char* option)
+{
+    if (value && !(*value > 0))
+        throw scope::UsageError(std::string(option) + " must be positive");
+}
+
 void addInfo(CLI::App& app, scope::InfoOptions& options)
 {
     CLI::App* info = app.add_subcommand("info", "Print what recordings hold: format, rate, times, channels, extremes");
@@ -45,12 +186,13 @@ void addInfo(CLI::App& app, scope::InfoOptions& options)
     info->callback([&options] { scope::runInfo(options); });
 }
 
-void addView(CLI::App& app, scope::ViewOptions& options)
+void addView(CLI::App& app, scope::ViewOptions& options, scope::TriggerSettings& settings)
 {
     CLI::App* view = app.add_subcommand("view", "Draw recordings against time");
     view->footer("Examples:\n  tracery-scope view speech.wav\n"
                  "  tracery-scope view bus.csv --from 1.2m --span 50u -o glitch.svg\n"
-                 "  tracery-scope view left.wav right.flac --channels 1,2 --size 1600x900");
+                 "  tracery-scope view left.wav right.flac --channels 1,2 --size 1600x900\n"
+                 "  tracery-scope view probe.csv --trigger edge --level 50% --span 2m");
     view->add_option("FILE", options.files, "Recordings; several share the time axis")->required();
     view->add_option("-o,--output", options.output, "The picture, .png or .svg [default: FILE's name with .png]");
     view->add_option("--channels", options.channels, "Channels to draw: names or numbers from 1, with commas")
@@ -70,7 +212,46 @@ void addView(CLI::App& app, scope::ViewOptions& options)
     view->add_option_function<std::string>("--rate", quantity(options.rate, "--rate"),
                                            "Samples per second, for a file that gives no times")
         ->type_name("HZ");
-    view->callback([&options] { scope::runView(options); });
+    addTrigger(*view, settings, [&options] { options.trigger.emplace(); });
+    view->add_option("--nth", options.nth, "Which triggered window to draw [default: 1]")
+        ->check(CLI::PositiveNumber)
+        ->group("Trigger");
+    view->callback([&options, &settings] {
+        if (options.trigger) {
+            checkTrigger(settings);
+            options.trigger = settings;
+        }
+        requirePositive(options.span, "--span");
+        scope::runView(options);
+    });
+}
+
+void addEvents(CLI::App& app, scope::EventsOptions& options)
+{
+    CLI::App* events = app.add_subcommand("events", "Print every trigger event of a recording and what became of it");
+    events->footer("One row an event, in order: its time, what became of it (shown; overlap: before the last window had\n"
+                   "passed; superseded by a later one; not_full: the recording ends inside its window; disarmed: once\n"
+                   "had its window; free_run: no event, mode auto), and the window when shown. A summary follows.\n"
+                   "Example:\n  tracery-scope events ecg.csv --level 0.4 --hysteresis 0.3 --span 1");
+    events->add_option("FILE", options.file, "The recording")->required();
+    addTrigger(*events, options.trigger, [] {});
+    events->add_option_function<std::string>("--from", quantity(options.from, "--from"),
+                                             "Where to start [default: the recording's start]")
+        ->type_name("TIME");
+    events->add_option_function<std::string>("--span", quantity(options.span, "--span"),
+                                             "How much time a window shows [default: a tenth of the recording]")
+        ->type_name("TIME");
+    events->add_option_function<std::string>("--rate", quantity(options.rate, "--rate"),
+                                             "Samples per second, for a file that gives no times")
+        ->type_name("HZ");
+    events->add_option("--block", options.blockSteps, "Samples handed to the detector at once [default: 1024]")
+        ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 24));
+    events->add_flag("--json", options.json, "JSON lines in place of CSV");
+    events->callback([&options] {
+        checkTrigger(options.trigger);
+        requirePositive(options.span, "--span");
+        scope::runEvents(options);
+    });
 }
 
 int complain(const std::string& message)
@@ -89,7 +270,10 @@ int main(int argc, char** argv)
     scope::InfoOptions infoOptions;
     scope::ViewOptions viewOptions;
     addInfo(app, infoOptions);
-    addView(app, viewOptions);
+    scope::TriggerSettings viewTrigger;
+    scope::EventsOptions eventsOptions;
+    addView(app, viewOptions, viewTrigger);
+    addEvents(app, eventsOptions);
     try {
         app.parse(argc, argv);
         return 0;

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "input/Recording.h"
+#include "trigger/TriggerScan.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace scope {
+
+using Recordings = std::vector<std::unique_ptr<Recording>>;
+
+/// Opens all files. throws  InputError
+Recordings openAll(const std::vector<std::string>& files, std::optional<double> rate);
+
+/// Whether `wanted`, a number from 1 or a name, means channel `number` (from 1, over all recordings) of this name.
+bool meansChannel(const std::string& wanted, std::size_t number, const std::string& name);
+
+/// The names of all channels, with commas.
+std::string channelNames(const Recordings& recordings);
+
+/// Where the trigger signal is.
+struct TriggerSource {
+    std::size_t port = 0; ///< which recording
+    std::size_t channel = 0;
+    TimeRange range{}; ///< of the recording
+};
+
+/// wanted  a channel's name or number; empty: the first one
+/// throws  UsageError when there is no such channel
+TriggerSource findTriggerSource(const Recordings& recordings, const std::string& wanted);
+
+/// Batches of the source's recording, from `from` on.
+BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate,
+                        const TriggerSource& source, double from, std::size_t steps = 4096);
+
+/// A scan of the source's recording with its controller set up; reads the recording once before when a level is a
+/// share of the signal's range.
+std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std::optional<double> rate,
+                                      const TriggerSource& source, const TriggerSettings& settings, double from, double span,
+                                      std::size_t blockSteps);
+
+} // namespace scope
