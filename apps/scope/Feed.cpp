@@ -103,42 +103,39 @@ bool Feed::writeBatch(std::size_t index, const Batch& batch)
     return true;
 }
 
+/// The port with new steps that is furthest behind; the number of ports when there is none.
+std::size_t Feed::portWithNewSteps() const
+{
+    std::size_t chosen = ports_.size();
+    for (std::size_t k = 0; k < ports_.size(); ++k)
+        if (ports_[k].written > ports_[k].taken &&
+            (chosen == ports_.size() || ports_[k].takenTime < ports_[chosen].takenTime))
+            chosen = k;
+    return chosen;
+}
+
 std::optional<FeedSteps> Feed::next()
 {
-    while (true) {
-        std::optional<std::size_t> ready;
-        {
-            std::unique_lock lock(mutex_);
-            const auto findReady = [&] {
-                ready.reset();
-                for (std::size_t k = 0; k < ports_.size(); ++k)
-                    if (ports_[k].written > ports_[k].taken &&
-                        (!ready || ports_[k].takenTime < ports_[*ready].takenTime))
-                        ready = k;
-                return ready || finished_;
-            };
-            changed_.wait(lock, findReady);
-            if (!ready) {
-                if (failure_)
-                    std::rethrow_exception(failure_);
-                return std::nullopt;
-            }
-        }
-        Port& port = ports_[*ready];
-        HostArray* times = nullptr;
-        HostArray* values = nullptr;
-        buffer_.GetTimeAndValue(*ready, times, values, justAfter(port.takenTime), std::numeric_limits<double>::max(),
-                                false);
-        FeedSteps steps{*ready, HostArrayPtr(times), HostArrayPtr(values)};
-        if (!steps.times)
-            continue;
-        port.takenTime = getRealData(times)[steps.count() - 1];
-        reached_ = std::max(reached_, port.takenTime);
-        const std::lock_guard lock(mutex_);
-        port.taken += steps.count();
-        changed_.notify_all();
-        return steps;
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return finished_ || portWithNewSteps() < ports_.size(); });
+    const std::size_t index = portWithNewSteps();
+    if (index == ports_.size()) {
+        if (failure_)
+            std::rethrow_exception(failure_);
+        return std::nullopt;
     }
+    lock.unlock();
+    Port& port = ports_[index];
+    HostArray* times = nullptr;
+    HostArray* values = nullptr;
+    buffer_.GetTimeAndValue(index, times, values, justAfter(port.takenTime), std::numeric_limits<double>::max(), false);
+    FeedSteps steps{index, HostArrayPtr(times), HostArrayPtr(values)};
+    port.takenTime = getRealData(times)[steps.count() - 1];
+    reached_ = std::max(reached_, port.takenTime);
+    lock.lock();
+    port.taken += steps.count();
+    changed_.notify_all();
+    return steps;
 }
 
 } // namespace scope

@@ -45,6 +45,7 @@ private:
 
     void write();
     bool writeBatch(std::size_t port, const Batch& batch);
+    std::size_t portWithNewSteps() const;
 
     std::vector<Port> ports_;
     tracery::TimeBuffer buffer_;

@@ -26,6 +26,7 @@ struct Line {
     std::string label;
     std::string unit;
     LineThinner thinner;
+    std::size_t panel = 0; ///< where it is drawn
 };
 
 struct Window {
@@ -127,24 +128,28 @@ bool foldLimits(const std::vector<Point>& points, const Window& window, Limits& 
     return seen;
 }
 
-/// One panel a unit, in order of appearance.
-std::vector<Panel> makePanels(std::vector<Line>& lines, const Window& window)
+/// One panel a unit, or a channel when they are stacked, in order of appearance.
+std::vector<Panel> makePanels(std::vector<Line>& lines, const Window& window, bool stack)
 {
     std::vector<Panel> panels;
     std::vector<Limits> limits;
     bool anything = false;
-    for (Line& line : lines) {
-        auto panel = std::find_if(panels.begin(), panels.end(),
-                                  [&](const Panel& each) { return each.yUnit == line.unit; });
-        if (panel == panels.end()) {
-            panels.emplace_back();
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        Line& line = lines[i];
+        const auto together = [&](const Line& other) {
+            return stack ? other.port == line.port && other.channel == line.channel : other.unit == line.unit;
+        };
+        const auto here = lines.begin() + static_cast<std::ptrdiff_t>(i);
+        const auto companion = std::find_if(lines.begin(), here, together);
+        line.panel = companion->panel;
+        if (companion == here) {
+            line.panel = panels.size();
+            panels.emplace_back().yUnit = line.unit;
             limits.push_back({std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()});
-            panel = panels.end() - 1;
-            panel->yUnit = line.unit;
         }
         Trace trace{line.label, line.thinner.finish()};
-        anything |= foldLimits(trace.points, window, limits[static_cast<std::size_t>(panel - panels.begin())]);
-        panel->traces.push_back(std::move(trace));
+        anything |= foldLimits(trace.points, window, limits[line.panel]);
+        panels[line.panel].traces.push_back(std::move(trace));
     }
     if (!anything)
         throw UsageError("no samples between " + formatQuantity(window.from, "s") + " and " +
@@ -163,7 +168,7 @@ struct TriggeredWindow {
     Window window;
     double event;
     std::vector<Marker> levels;
-    std::string unit; ///< of the source channel, whose panel shows the levels
+    TriggerSource source;
 };
 
 TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& options)
@@ -183,7 +188,7 @@ TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& opti
         [&](const TriggerEvent& event) {
             if (event.fate != Fate::shown || ++shown < options.nth)
                 return true;
-            found = TriggeredWindow{{event.start, event.end}, event.time, {}, {}};
+            found = TriggeredWindow{{event.start, event.end}, event.time, {}, source};
             return false;
         },
         [&](double reached) { progress.show((reached - from) / (source.range.last - from)); });
@@ -197,24 +202,26 @@ TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& opti
         found->levels = {{controller.getUpperLevel(), "upper"}, {controller.getLowerLevel(), "lower"}};
     else
         found->levels = {{controller.getLevel(), "level"}};
-    found->unit = recordings[source.port]->info().channels[source.channel].unit;
     return *found;
 }
 
-/// Puts time zero at the event and marks it, and the levels where their channel is drawn.
-void markTrigger(Figure& figure, const TriggeredWindow& triggered, bool levelsAreDrawn)
+/// Puts time zero at the event and marks it, and the levels where the source is drawn as it is triggered on.
+void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::vector<Line>& lines,
+                 tracery::TDTC::ComplexityEnum part)
 {
+    using tracery::TDTC::ComplexityEnum;
     figure.xLabel = "Time from trigger";
     figure.xMin -= triggered.event;
     figure.xMax -= triggered.event;
     figure.positions.push_back({0, "T"});
-    for (Panel& panel : figure.panels) {
+    for (Panel& panel : figure.panels)
         for (Trace& trace : panel.traces)
             for (Point& point : trace.points)
                 point.x -= triggered.event;
-        if (panel.yUnit == triggered.unit && levelsAreDrawn)
-            panel.levels = triggered.levels;
-    }
+    for (const Line& line : lines)
+        if (line.port == triggered.source.port && line.channel == triggered.source.channel &&
+            part != ComplexityEnum::Magnitude && part != ComplexityEnum::Phase)
+            figure.panels[line.panel].levels = triggered.levels;
 }
 
 } // namespace
@@ -224,7 +231,7 @@ void runView(const ViewOptions& options)
     Recordings recordings = openAll(options.files, options.rate);
     const std::string stem = std::filesystem::path(options.files[0]).stem().string();
     const std::string output = options.output.empty() ? stem + ".png" : options.output;
-    requireWritablePicture(output);
+    requireWritablePicture(output, options.width, options.height);
     std::optional<TriggeredWindow> triggered;
     if (options.trigger)
         triggered = findWindow(recordings, options);
@@ -239,12 +246,9 @@ void runView(const ViewOptions& options)
     std::vector<Line> lines =
         chooseLines(recordings, options, plotWidth(options.width) / (window.to - window.from));
     streamLines(std::move(recordings), window, lines);
-    figure.panels = makePanels(lines, window);
-    if (triggered) {
-        using tracery::TDTC::ComplexityEnum;
-        const ComplexityEnum part = options.trigger->part;
-        markTrigger(figure, *triggered, part != ComplexityEnum::Magnitude && part != ComplexityEnum::Phase);
-    }
+    figure.panels = makePanels(lines, window, options.stack);
+    if (triggered)
+        markTrigger(figure, *triggered, lines, options.trigger->part);
     writeFigure(figure, output);
     std::printf("%s\n", output.c_str());
 }

@@ -208,6 +208,7 @@ void addView(CLI::App& app, scope::ViewOptions& options, scope::TriggerSettings&
             "--size", [&options](const std::string& text) { parseSize(text, options); },
             "Width and height in pixels [default: 1200x600]")
         ->type_name("WxH");
+    view->add_flag("--stack", options.stack, "Draw every channel in axes of its own");
     view->add_option("--title", options.title, "Heading [default: the file's name]");
     view->add_option_function<std::string>("--rate", quantity(options.rate, "--rate"),
                                            "Samples per second, for a file that gives no times")

@@ -65,7 +65,8 @@ std::string explainNothingShown(const TriggerSettings& settings,
     const std::string refused =
         totals.refusedByHoldoff > 0 ? "; " + std::to_string(totals.refusedByHoldoff) + " more were held off" : "";
     if (totals.shown + totals.freeRuns > 0)
-        return "only " + counted(totals.shown + totals.freeRuns, "window") + " shown of " +
+        return "only " + counted(totals.shown + totals.freeRuns, "window") +
+               (totals.shown + totals.freeRuns == 1 ? " is" : " are") + " shown, of " +
                counted(totals.found(), "event") + refused;
     if (totals.found() > 0)
         return counted(totals.found(), "event") + ", but the recording ends before a window of " +

@@ -1,0 +1,141 @@
+// The program as a person runs it: exit status, one line for what is wrong, pictures whole or not at all.
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class ProgramTest : public ::testing::Test {
+protected:
+    ProgramTest()
+    {
+        std::string name = (fs::temp_directory_path() / "tracery-program-XXXXXX").string();
+        folder_ = mkdtemp(name.data());
+        std::string table = "time,v [V],w\n";
+        for (int i = 0; i < 1000; ++i)
+            table += std::to_string(i * 0.001) + "," + std::to_string(i / 100 % 2) + "," +
+                     (i >= 300 && i < 400 ? "" : std::to_string(i % 7)) + "\n";
+        write("good.csv", table);
+    }
+    ~ProgramTest() override { fs::remove_all(folder_); }
+
+    void write(const std::string& name, const std::string& text) { std::ofstream(folder_ / name) << text; }
+    std::string read(const std::string& name)
+    {
+        std::ifstream file(folder_ / name);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    struct Outcome {
+        int status;
+        std::string out;
+        std::string err;
+    };
+    Outcome run(const std::string& arguments)
+    {
+        const std::string command = "cd '" + folder_.string() + "' && '" TRACERY_SCOPE "' " + arguments + " >stdout.txt 2>stderr.txt";
+        const int status = std::system(command.c_str());
+        return {WEXITSTATUS(status), read("stdout.txt"), read("stderr.txt")};
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
+{
+    write("empty.csv", "");
+    write("ragged.csv", "time,a,b\n0,1,2\n1,2\n");
+    write("text.csv", "time,a\n0,1\n1,abc\n");
+    write("backwards.csv", "time,a\n0,1\n2,1\n1,1\n");
+    write("short.wav", std::string("RIFF\x24\x10\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\0\x10\0\0", 44) + "abcd");
+    write("noise.bin", std::string(300, 'x'));
+    fs::create_directory(folder_ / "folder.csv");
+    struct Case {
+        const char* arguments;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"view nothing.csv -o o.png", "nothing.csv: "},
+        {"view folder.csv -o o.png", "folder.csv: "},
+        {"view empty.csv -o o.png", "empty.csv: "},
+        {"view ragged.csv -o o.png", "ragged.csv: line 3"},
+        {"view text.csv -o o.png", "text.csv: line 3, column 2"},
+        {"view backwards.csv -o o.png", "backwards.csv: line 4"},
+        {"view short.wav -o o.png", "short.wav: byte 48"},
+        {"view noise.bin -o o.png", "noise.bin: "},
+        {"info text.csv", "text.csv: line 3, column 2"},
+        {"view good.csv --from 5 --span 1 -o o.png", "no samples between 5 s and 6 s"},
+        {"view good.csv --channels w --from 0.31 --span 0.05 -o o.png", "no samples between"},
+        {"view good.csv --channels q -o o.png", "there is no channel 'q'; there are v, w"},
+        {"view good.csv --span -1 -o o.png", "--span must be positive"},
+        {"view good.csv --span 1x -o o.png", "--span: expected a number"},
+        {"view good.csv --size 12 -o o.png", "--size: expected WIDTHxHEIGHT"},
+        {"view good.csv --size 1x1 -o o.png", "pixels"},
+        {"view good.csv --frob -o o.png", "--frob"},
+        {"view -o o.png", "FILE"},
+        {"view good.csv -o missing/o.png", "missing/o.png: "},
+        {"view good.csv -o o.gif", "o.gif: "},
+        {"view good.csv --trigger edge --level 9 -o o.png", "the level 9 is outside the signal's range"},
+        {"view good.csv --trigger timeout -o o.png", "--trigger timeout needs --timeout"},
+        {"view good.csv --trigger edge --span 100m --nth 50 -o o.png", "only 5 windows are shown, of 5 events"},
+        {"events good.csv --source 3", "there is no channel '3'"},
+        {"events good.csv --polarity up", "--polarity: expected one of rising, falling, either, found 'up'"},
+        {"", "subcommand"},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.arguments);
+        const Outcome outcome = run(each.arguments);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_NE(outcome.err.find(each.expected), std::string::npos) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        const auto left = std::count_if(fs::directory_iterator(folder_), {}, [](const fs::directory_entry& entry) {
+            return entry.path().filename().string().starts_with("o.") || entry.path().extension() == ".tmp";
+        });
+        EXPECT_EQ(left, 0);
+    }
+}
+
+TEST_F(ProgramTest, TheSameRecordingGivesTheSamePictureWithTheTrigger)
+{
+    for (const char* arguments : {"view good.csv -o %.svg", "view good.csv -o %.png --stack --title T",
+                                  "view good.csv -o %.svg --trigger edge --level 50% --span 100m --nth 2"}) {
+        SCOPED_TRACE(arguments);
+        std::string pictures[2];
+        for (int i = 0; i < 2; ++i) {
+            std::string command = arguments;
+            command.replace(command.find('%'), 1, "o" + std::to_string(i));
+            const Outcome outcome = run(command);
+            ASSERT_EQ(outcome.status, 0) << outcome.err;
+            pictures[i] = read(outcome.out.substr(0, outcome.out.size() - 1));
+        }
+        EXPECT_GT(pictures[0].size(), 1000U);
+        EXPECT_EQ(pictures[0], pictures[1]);
+    }
+}
+
+TEST_F(ProgramTest, EventsAddUpInBothForms)
+{
+    const Outcome csv = run("events good.csv --level 0.5 --span 10m");
+    EXPECT_EQ(csv.status, 0);
+    EXPECT_EQ(csv.out.substr(0, csv.out.find('\n')), "event,fate,window_start,window_end");
+    EXPECT_NE(csv.out.find("\n0.0995,shown,0.0945,0.1045"), std::string::npos) << csv.out;
+    EXPECT_NE(csv.out.find("# found=5 shown=5 overlap=0"), std::string::npos) << csv.out;
+    const Outcome json = run("events good.csv --level 0.5 --span 10m --json --holdoff 0.3");
+    EXPECT_NE(json.out.find("{\"type\":\"summary\",\"found\":3,\"shown\":3"), std::string::npos) << json.out;
+    EXPECT_NE(json.out.find("\"held_off\":2}"), std::string::npos) << json.out;
+    const Outcome nothing = run("events good.csv --level 3");
+    EXPECT_EQ(nothing.status, 0);
+    EXPECT_NE(nothing.err.find("nothing triggers"), std::string::npos);
+}
+
+} // namespace
