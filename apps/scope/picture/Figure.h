@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,9 +10,10 @@ struct Point {
     double y;
 };
 
-/// A line in data units. A point with a NaN in it separates runs; a run of one point is drawn as a dot.
+/// A line in data units. A point with a NaN in it separates runs; a run that covers hardly a pixel is drawn
+/// as a dot. Infinite values lie far outside of every panel.
 struct Trace {
-    std::string label;
+    std::string label; ///< for the legend; traces of several panels that share a label share its colour
     std::vector<Point> points;
 };
 
@@ -33,32 +33,39 @@ struct Panel {
     std::vector<Marker> levels; ///< horizontal markers at y values
 };
 
-/// A picture: panels above each other over one x axis.
+/// A picture: panels above each other over one x axis. Limits without extent are widened, others that are
+/// unusable (NaN, reversed) count as 0 to 1.
 struct Figure {
     std::string title;
     std::string xLabel = "Time";
-    std::string xUnit = "s";
+    std::string xUnit = "s"; ///< "s" is shown in min, h or d where the axis spans that much
     double xMin = 0;
     double xMax = 1;
     std::vector<Panel> panels;
     std::vector<Marker> positions; ///< vertical markers at x values, through all panels
-    int width = 1200;              ///< pixels
+    int width = 1200;              ///< pixels, kMinPixels to kMaxPixels, as is the height
     int height = 600;
 };
 
-/// Width in pixels of the plotting area of a figure `width` pixels wide: what lines are thinned to.
+inline constexpr int kMinPixels = 100;
+inline constexpr int kMaxPixels = 20000;
+
+/// Width in pixels of the plotting area of a figure `width` pixels wide: what lines are thinned to. Exact:
+/// the margins (96 pixels together at a width of 1200) follow from the width alone. At least 1.
 int plotWidth(int width);
 
-/// Limits that hold [low, high] with a margin, widened when both are equal; 0 to 1 for an empty (inverted) range.
 struct Limits {
     double low;
     double high;
 };
+
+/// Limits that hold [low, high] with a margin of 5 to 10 %, rounded outward to short numbers. Widened when
+/// both are equal; 0 to 1 for an empty (reversed) range and for ends that are not finite.
 Limits comfortableLimits(double low, double high);
 
-/// Draws the figure to a .png or .svg file, chosen by the ending. The file appears whole or not at all. The same figure
-/// gives the same bytes.
-/// throws  std::runtime_error whose text names the path and what is wrong (unknown ending, cannot be written)
+/// Draws the figure to a .png or .svg file, chosen by the ending. The file appears whole or not at all. The
+/// same figure gives the same bytes.
+/// throws  std::runtime_error whose text names the path and what is wrong (ending, size, cannot be written)
 void writeFigure(const Figure& figure, const std::string& path);
 
 } // namespace scope

@@ -1,0 +1,68 @@
+#include "picture/WholeFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+
+namespace scope {
+
+WholeFile::WholeFile(std::string path) : path_(std::move(path))
+{
+    // In the same directory, for a name can only move within a file system. Exclusive, so that no file is
+    // ever shared.
+    const std::filesystem::path directory = std::filesystem::path(path_).parent_path();
+    for (int number = 0; descriptor_ < 0; ++number) {
+        temporary_ =
+            directory / (".tracery-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part");
+        descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor_ < 0 && errno != EEXIST)
+            fail(errno);
+    }
+}
+
+WholeFile::~WholeFile()
+{
+    if (descriptor_ >= 0)
+        close(descriptor_);
+    if (!temporary_.empty())
+        unlink(temporary_.c_str());
+}
+
+bool WholeFile::write(const void* data, std::size_t size) noexcept
+{
+    const char* next = static_cast<const char*>(data);
+    while (error_ == 0 && size > 0) {
+        const ssize_t written = ::write(descriptor_, next, size);
+        if (written >= 0) {
+            next += written;
+            size -= static_cast<std::size_t>(written);
+        } else if (errno != EINTR) {
+            error_ = errno;
+        }
+    }
+    return error_ == 0;
+}
+
+void WholeFile::keep()
+{
+    if (error_ == 0 && close(std::exchange(descriptor_, -1)) != 0)
+        error_ = errno;
+    if (error_ == 0 && std::rename(temporary_.c_str(), path_.c_str()) != 0)
+        error_ = errno;
+    if (error_ != 0)
+        fail(error_);
+    temporary_.clear();
+}
+
+void WholeFile::fail(int error) const
+{
+    throw std::runtime_error(path_ + ": cannot be written: " + std::strerror(error));
+}
+
+} // namespace scope

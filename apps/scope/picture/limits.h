@@ -1,0 +1,11 @@
+#pragma once
+
+#include "picture/Figure.h"
+
+namespace scope {
+
+/// The limits an axis can really be drawn with: finite, far from overflow, and wide enough that doubles tell
+/// its ticks apart. Usable limits come back unchanged.
+Limits usableLimits(double low, double high);
+
+} // namespace scope
