@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 
 namespace scope {
 
@@ -40,10 +39,6 @@ enum class Turn { None, Upward };
 /// Where text that is too long loses its characters. Names that are numbered at their end stay apart without
 /// a middle.
 enum class Cut { End, Middle };
-
-/// Text that Cairo takes: valid UTF-8 on one line, at most some hundred characters. What is not becomes
-/// U+FFFD, control characters become blanks.
-std::string cleanText(std::string_view text);
 
 /// What is drawn on: a Cairo context with the few shapes a figure is made of.
 class Canvas {

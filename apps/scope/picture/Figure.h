@@ -54,21 +54,18 @@ inline constexpr int kMaxPixels = 20000;
 /// the margins (96 pixels together at a width of 1200) follow from the width alone. At least 1.
 int plotWidth(int width);
 
-/// Limits that hold [low, high] with a margin of 5 to 10 %, rounded outward to short numbers. Widened when
-/// both are equal; 0 to 1 for an empty (reversed) range and for ends that are not finite.
 struct Limits {
     double low;
     double high;
 };
+
+/// Limits that hold [low, high] with a margin of 5 to 10 %, rounded outward to short numbers. Widened when
+/// both are equal; 0 to 1 for an empty (reversed) range and for ends that are not finite.
 Limits comfortableLimits(double low, double high);
 
-/// Tells early, before a long reading, what writeFigure would refuse: the ending, the size, a place that cannot be
-/// written. throws  as writeFigure
-void requireWritablePicture(const std::string& path, int width, int height);
-
 /// Draws the figure to a .png or .svg file, chosen by the ending. The file appears whole or not at all. The
-/// same figure gives the same bytes. throws  std::runtime_error whose text names the path and what is wrong
-/// (unknown ending, size, cannot be written)
+/// same figure gives the same bytes.
+/// throws  std::runtime_error whose text names the path and what is wrong (ending, size, cannot be written)
 void writeFigure(const Figure& figure, const std::string& path);
 
 } // namespace scope

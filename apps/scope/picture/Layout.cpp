@@ -35,10 +35,11 @@ Layout::Layout(int width, int height, const Sizes& sizes, const Heights& heights
     const double gap = std::round(std::min(kPanelGap * sizes.tick.size, (bottom - top) / (2 * count)));
     const double each = (bottom - top - gap * (count - 1)) / count;
     const double left = leftMargin(width);
-    for (double i = 0; i < count; ++i) {
-        const double start = std::round(top + i * (each + gap));
+    for (std::size_t i = 0; i < heights.panels; ++i) {
+        const double start = top + static_cast<double>(i) * (each + gap);
+        const double panelTop = std::round(start);
         panels.push_back(
-            {left, start, left + plotWidth(width), std::max(start + 1, std::round(start + each))});
+            {left, panelTop, left + plotWidth(width), std::max(panelTop + 1, std::round(start + each))});
     }
 }
 

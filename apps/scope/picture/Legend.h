@@ -1,8 +1,8 @@
 #pragma once
 
 #include "picture/Canvas.h"
-#include "picture/Palette.h"
 #include "picture/Sizes.h"
+#include "picture/Styles.h"
 
 #include <string>
 #include <vector>

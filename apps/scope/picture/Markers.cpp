@@ -1,5 +1,7 @@
 #include "picture/Markers.h"
 
+#include "picture/cleanText.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>

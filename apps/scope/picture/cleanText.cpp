@@ -1,4 +1,4 @@
-#include "picture/Canvas.h"
+#include "picture/cleanText.h"
 
 #include <array>
 #include <cstddef>

@@ -1,5 +1,7 @@
 #include "picture/drawAxes.h"
 
+#include "picture/cleanText.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -135,7 +137,9 @@ void drawYLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const
 {
     const Box& box = mapping.box();
     const double right = box.left - kLabelGap * sizes.scale;
-    double lowest = std::numeric_limits<double>::infinity(); // free for labels, from the bottom up
+    // Up to here there is room for labels, from the bottom up; none where panels are lower than a line of
+    // text.
+    double lowest = box.height() < sizes.tick.size ? -1 : std::numeric_limits<double>::infinity();
     canvas.setColour(kInk);
     for (const Tick& tick : axis.ticks) {
         const double y = mapping.y(tick.at);

@@ -2,7 +2,7 @@
 
 #include "picture/Canvas.h"
 #include "picture/Figure.h"
-#include "picture/Palette.h"
+#include "picture/Styles.h"
 
 #include <optional>
 #include <utility>

@@ -1,0 +1,64 @@
+#include "picture/Styles.h"
+
+#include "picture/cleanText.h"
+
+#include <array>
+#include <map>
+#include <utility>
+
+namespace scope {
+
+namespace {
+
+constexpr Colour colour(unsigned rgb)
+{
+    return {(rgb >> 16U) / 255.0, (rgb >> 8U & 0xFFU) / 255.0, (rgb & 0xFFU) / 255.0};
+}
+
+// Well apart for every usual kind of colour vision: the least distance in CIELAB between any two is 26, and
+// 16 with protanopia, deuteranopia or tritanopia. All stand out from white.
+constexpr std::array kColours = {
+    colour(0x0072B2), // blue
+    colour(0xD55E00), // vermilion
+    colour(0x009E73), // green
+    colour(0xCC79A7), // pink
+    colour(0x332288), // indigo
+    colour(0xE69F00), // orange
+    colour(0x56B4E9), // sky
+    colour(0x882255), // wine
+};
+
+constexpr std::array kDashed = {6.0, 2.5};
+constexpr std::array kDotted = {1.5, 2.5};
+constexpr std::array kDashDotted = {7.0, 2.5, 1.5, 2.5};
+constexpr std::array<std::span<const double>, 4> kDashes = {std::span<const double>(), kDashed, kDotted,
+                                                            kDashDotted};
+constexpr std::array kLightening = {0.0, 0.3, 0.15, 0.4}; // share of white, by the same number as the dashes
+
+} // namespace
+
+TraceStyle traceStyle(std::size_t number)
+{
+    const Colour pure = kColours[number % kColours.size()];
+    const std::size_t round = number / kColours.size() % kDashes.size();
+    const auto lighter = [&](double part) { return part + (1 - part) * kLightening[round]; };
+    return {{lighter(pure.red), lighter(pure.green), lighter(pure.blue)}, kDashes[round]};
+}
+
+Styles::Styles(const Figure& figure)
+{
+    // Equal labels in one panel are different traces: the second of a name matches the second elsewhere.
+    std::map<std::pair<std::string, int>, std::size_t> known;
+    for (const Panel& panel : figure.panels) {
+        std::map<std::string, int> seen;
+        std::vector<std::size_t>& numbers = numbers_.emplace_back();
+        for (const Trace& trace : panel.traces) {
+            const auto [entry, isNew] = known.try_emplace({trace.label, seen[trace.label]++}, labels_.size());
+            if (isNew)
+                labels_.push_back(cleanText(trace.label));
+            numbers.push_back(entry->second);
+        }
+    }
+}
+
+} // namespace scope

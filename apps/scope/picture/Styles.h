@@ -1,0 +1,36 @@
+#pragma once
+
+#include "picture/Canvas.h"
+#include "picture/Figure.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace scope {
+
+/// How one trace is drawn.
+struct TraceStyle {
+    Colour colour;
+    std::span<const double> dashes; ///< in line widths; empty: solid
+};
+
+/// Well told-apart styles, by number: eight colours, then lighter ones dashed.
+TraceStyle traceStyle(std::size_t number);
+
+/// Which style every trace of a figure has. Traces of several panels that share a label share a style; within
+/// a panel all differ.
+class Styles {
+public:
+    explicit Styles(const Figure& figure);
+
+    TraceStyle of(std::size_t panel, std::size_t trace) const { return traceStyle(numbers_[panel][trace]); }
+    /// The labels by style number, for the legend; some may be empty.
+    const std::vector<std::string>& labels() const { return labels_; }
+
+private:
+    std::vector<std::vector<std::size_t>> numbers_;
+    std::vector<std::string> labels_;
+};
+
+} // namespace scope
