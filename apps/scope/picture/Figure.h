@@ -63,6 +63,10 @@ struct Limits {
 /// both are equal; 0 to 1 for an empty (reversed) range and for ends that are not finite.
 Limits comfortableLimits(double low, double high);
 
+/// Tells early, before a long reading, what writeFigure would refuse: the ending, the size, a place that cannot be
+/// written. throws  as writeFigure
+void requireWritablePicture(const std::string& path, int width, int height);
+
 /// Draws the figure to a .png or .svg file, chosen by the ending. The file appears whole or not at all. The
 /// same figure gives the same bytes.
 /// throws  std::runtime_error whose text names the path and what is wrong (ending, size, cannot be written)

@@ -80,21 +80,33 @@ bool endsWith(std::string_view path, std::string_view ending)
                                                       [&](char a, char b) { return a == lower(b); });
 }
 
-} // namespace
-
-void writeFigure(const Figure& figure, const std::string& path)
+const Format& formatFor(const std::string& path, int width, int height)
 {
     const auto format = std::find_if(std::begin(kFormats), std::end(kFormats),
                                      [&](const Format& each) { return endsWith(path, each.ending); });
     if (format == std::end(kFormats))
         throw std::runtime_error(path + ": the name of a picture must end in .png or .svg");
     const auto fits = [](int pixels) { return pixels >= kMinPixels && pixels <= kMaxPixels; };
-    if (!fits(figure.width) || !fits(figure.height))
+    if (!fits(width) || !fits(height))
         throw std::runtime_error(path + ": a picture is " + std::to_string(kMinPixels) + " to " +
-                                 std::to_string(kMaxPixels) + " pixels wide and high, not " +
-                                 std::to_string(figure.width) + " × " + std::to_string(figure.height));
+                                 std::to_string(kMaxPixels) + " pixels wide and high, not " + std::to_string(width) +
+                                 " × " + std::to_string(height));
+    return *format;
+}
+
+} // namespace
+
+void requireWritablePicture(const std::string& path, int width, int height)
+{
+    formatFor(path, width, height);
+    const WholeFile probe(path);
+}
+
+void writeFigure(const Figure& figure, const std::string& path)
+{
+    const Format& format = formatFor(path, figure.width, figure.height);
     WholeFile file(path);
-    const cairo_status_t status = format->write(figure, file);
+    const cairo_status_t status = format.write(figure, file);
     // What went wrong in writing, the file itself tells better.
     if (status != CAIRO_STATUS_SUCCESS && status != CAIRO_STATUS_WRITE_ERROR)
         throw std::runtime_error(path + ": cannot be drawn: " + cairo_status_to_string(status));
