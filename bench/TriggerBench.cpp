@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <random>
 #include <string>
@@ -95,8 +96,8 @@ void detect(benchmark::State& state, const std::vector<double>& pairs, Detector 
 template <class Detector>
 void addDetector(const std::string& name, const NamedSignal& signal, const Detector& detector)
 {
-    benchmark::RegisterBenchmark((name + '/' + signal.name).c_str(), detect<Detector>, signal.pairs,
-                                 detector);
+    benchmark::RegisterBenchmark((name + '/' + signal.name).c_str(), detect<Detector>,
+                                 std::cref(signal.pairs), detector);
 }
 
 template <class Detector>
@@ -109,7 +110,7 @@ void addTwoLevelDetector(const std::string& name, const NamedSignal& signal)
 [[maybe_unused]] const bool registered = [] {
     for (const NamedSignal& signal : signals()) {
         benchmark::RegisterBenchmark((std::string("minMaxLimit/") + signal.name).c_str(), minMaxLimit,
-                                     signal.pairs);
+                                     std::cref(signal.pairs));
         addDetector("edge", signal, EdgeTimeDomainTrigger(PolarityEnum::Positive, false, 0, 0.1, 0));
         addDetector("edgeEither", signal, EdgeTimeDomainTrigger(PolarityEnum::Either, false, 0, 0.1, 0));
         addDetector("timeout", signal, TimeoutTimeDomainTrigger(PolarityEnum::Positive, 0, 0.1, 0, 1e-3));

@@ -29,9 +29,9 @@ public:
     virtual ~AbstractTimeDomainTrigger();
 
     /// Examines a block of n samples and appends the events found. An empty block changes nothing, not even
-    /// the level. extrema  minimum and maximum of the channel over the current window; read for auto level
-    /// only time     passed along by the controller; no detector of this library reads it Complexity: one
-    /// pass, no allocation but the queue's.
+    /// the level. One pass; allocates only what the queue needs.
+    /// extrema  minimum and maximum of the channel over the current window; read only for auto level
+    /// time     passed along by the controller; no detector of this library reads it
     virtual void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema,
                                   double time, EventQueue& queue) = 0;
     virtual void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
@@ -45,8 +45,7 @@ public:
     double getUpperLevel() const { return upperLevel_; }
     double getLowerLevel() const { return lowerLevel_; }
 
-    /// Settings. Every setter resets the detector, so that nothing half seen is completed under another
-    /// setting.
+    /// Every setter resets the detector, so that nothing half seen is completed under another setting.
     void setPolarity(TDTC::PolarityEnum polarity) { set(polarity_, polarity); }
     void setAutoLevel(bool autoLevel) { set(autoLevel_, autoLevel); }
     void setLevel(double level) { set(level_, level); }
@@ -91,8 +90,7 @@ protected:
     static constexpr double kNoEvent = -std::numeric_limits<double>::infinity();
 
     AbstractTimeDomainTrigger() = default;
-    /// The settings of detectors of one level, and those of detectors of two. The rest keep their initial
-    /// values.
+    /// The settings of detectors of one level, and of two. The others keep their initial values.
     AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level, double hysteresis,
                               double holdoff);
     AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
@@ -104,9 +102,9 @@ protected:
     AbstractTimeDomainTrigger& operator=(const AbstractTimeDomainTrigger&) = default;
     AbstractTimeDomainTrigger& operator=(AbstractTimeDomainTrigger&&) = default;
 
-    /// With auto level on: the level goes to the middle of the window's range, or the two levels to its 90 %
-    /// and 10 %.
+    /// With auto level on, moves the level to the middle of the window's range.
     void followLevel(const double* extrema);
+    /// With auto level on, moves the upper and lower levels to 90 % and 10 % of the window's range.
     void followTwoLevels(const double* extrema);
 
     /// Whether rules for positive pulses and rising edges apply, and those for negative and falling ones.

@@ -6,10 +6,10 @@
 
 namespace tracery {
 
-/// Reports pulses that leave one level, fail to reach the other, and come back after a time within [minTime,
-/// maxTime]. A positive runt rises from the lower level, a negative one falls from the upper. Reaching a
-/// level is enough to touch it. The event is the return through the level, and the duration runs from the
-/// departure through it.
+/// Reports pulses that leave one level, fail to reach the other, and come back after a time within
+/// [minTime, maxTime]. A positive runt rises from the lower level, a negative one falls from the upper. A
+/// sample on a level has reached it. The event is the return through the level, and the duration runs from
+/// the departure through it.
 class TRACERY_EXPORT RuntTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
     RuntTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,

@@ -8,8 +8,7 @@ namespace tracery {
 
 /// Reports when the signal has gone longer than the timeout without a crossing of the level. Crossings are
 /// those of EdgeTimeDomainTrigger. The event's time is that of the sample that shows it, and the next event
-/// needs another crossing first. The timer starts with the first sample after a reset. There is no auto
-/// level.
+/// needs another crossing first. The timer starts with the first sample after a reset. No auto level.
 class TRACERY_EXPORT TimeoutTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
     TimeoutTimeDomainTrigger(TDTC::PolarityEnum polarity, double level, double hysteresis, double holdoff,

@@ -7,8 +7,7 @@
 namespace tracery {
 
 /// Reports transitions between the two levels that take a time within [minTime, maxTime], at the moment they
-/// reach the far level. The duration runs from leaving the near level. Reaching a level is enough to touch
-/// it.
+/// reach the far level. The duration runs from leaving the near level. A sample on a level has reached it.
 class TRACERY_EXPORT TransitionTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
     TransitionTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,

@@ -12,8 +12,9 @@ struct TimedSample;
 /// (Negative), or of both, when they took a time within [minTime, maxTime].
 ///
 /// Comparisons differ on purpose: a stay is strictly inside the band; with Negative an excursion is strictly
-/// beyond a level and ends on reaching it, otherwise it begins on reaching the level and ends strictly
-/// within.
+/// beyond a level and ends on reaching it, with Either it begins on reaching the level and ends within it.
+/// A stay without a crossing at its start, as at the first sample, is measured from that sample's value
+/// instead of its time; this is kept on purpose.
 class TRACERY_EXPORT WindowTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
     WindowTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
@@ -40,8 +41,7 @@ private:
     void updateEitherEventQueue(std::span<const Element> pairs, EventQueue& queue);
 
     void enterBand(TimedSample before, TimedSample now);
-    // A stay or an excursion opens and ends where the signal crosses `level`; the end is an event if in
-    // bounds.
+    // A stay or an excursion opens and ends where the signal crosses `level`; only its end can be an event.
     static void begin(bool& open, double& start, double level, TimedSample before, TimedSample now);
     void end(bool& open, double start, double level, TimedSample before, TimedSample now, EventQueue& queue);
 

@@ -29,8 +29,7 @@ struct ImagPart {
     static double of(const std::complex<double>& z) { return z.imag(); }
 };
 
-/// Calls `use` with the part selector to read `Element`s through. Real elements have no imaginary part to
-/// choose.
+/// Calls `use` with the part selector to read `Element`s through; real elements leave no choice.
 template <class Element, class Use>
 auto withPart([[maybe_unused]] bool imagPart, Use&& use)
 {
@@ -41,16 +40,16 @@ auto withPart([[maybe_unused]] bool imagPart, Use&& use)
     return use(RealPart{});
 }
 
-/// Sample i of a block.
+/// Sample i of a block, read through a part selector, and through the part chosen by a flag.
 template <class Part, class Element>
-TimedSample sampleAt(Part, std::span<const Element> pairs, std::size_t i)
+TimedSample sampleThrough(Part, std::span<const Element> pairs, std::size_t i)
 {
     return {Part::of(pairs[2 * i]), Part::of(pairs[2 * i + 1])};
 }
 template <class Element>
 TimedSample sampleAt(bool imagPart, std::span<const Element> pairs, std::size_t i)
 {
-    return withPart<Element>(imagPart, [&](auto part) { return sampleAt(part, pairs, i); });
+    return withPart<Element>(imagPart, [&](auto part) { return sampleThrough(part, pairs, i); });
 }
 
 /// Shows `rule` each sample of a block together with its predecessor; `before` is that of the first one.
@@ -59,7 +58,7 @@ void scan(std::span<const Element> pairs, bool imagPart, TimedSample before, Rul
 {
     withPart<Element>(imagPart, [&](auto part) {
         for (std::size_t i = 0; i < pairs.size() / 2; ++i) {
-            const TimedSample now = sampleAt(part, pairs, i);
+            const TimedSample now = sampleThrough(part, pairs, i);
             rule(before, now);
             before = now;
         }

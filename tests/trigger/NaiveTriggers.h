@@ -8,8 +8,7 @@
 #include <optional>
 #include <vector>
 
-/// The rules of every detector over a whole signal, written as plainly as they are told. Slow and simple on
-/// purpose.
+/// The rules of every detector over a whole signal, in the plainest form. Slow on purpose.
 namespace naive {
 
 struct Sample {

@@ -186,14 +186,19 @@ TEST(TriggerBaseTest, AutoLevelFollowsTheWindowButNotOnAnEmptyBlock)
 
 TEST(TriggerBaseTest, InterpolationReachesBackToTheCachedSample)
 {
-    auto detector = make<Edge>({});
-    const double before[] = {0, 5, 1, -1}, now[] = {3, 1};
-    EXPECT_TRUE(std::isnan(detector.interpTime(now, 0, 0)));
-    detector.cacheLastSample(before, 2);
-    detector.cacheLastSample(before, 0);
-    EXPECT_EQ(detector.interpTime(now, 0, 0), 2.0);
-    detector.resetEvents();
-    EXPECT_TRUE(std::isnan(detector.interpTime(now, 0, 0)));
+    const auto check = []<class Element>(Element) {
+        auto detector = make<Edge>({});
+        const Element before[] = {0., 7., 1., -1., 2., -3.}, now[] = {3., 1.};
+        EXPECT_EQ(detector.interpTime(before, 1, 5), 0.25);
+        EXPECT_TRUE(std::isnan(detector.interpTime(now, 0, 0)));
+        detector.cacheLastSample(before, 2);
+        detector.cacheLastSample(before + 2, 0);
+        EXPECT_EQ(detector.interpTime(now, 0, 0), 2.0);
+        detector.resetEvents();
+        EXPECT_TRUE(std::isnan(detector.interpTime(now, 0, 0)));
+    };
+    check(double{});
+    check(std::complex<double>{});
 }
 
 } // namespace
