@@ -157,12 +157,14 @@ void TimeDomainTriggerController::setComplexity(ComplexityEnum complexity)
     complexity_ = complexity;
 }
 
-/// Another signal from here on: neither half-seen crossings nor extremes of the old one hold.
+/// Another signal from here on: neither half-seen crossings nor extremes of the old one hold, and its samples that
+/// wait for detection would be taken for the new one's.
 void TimeDomainTriggerController::restartDetection()
 {
     detector_->reset();
     windowMinima_.clear();
     windowMaxima_.clear();
+    pendingSamples_.clear();
 }
 
 // ---- Running
@@ -174,7 +176,6 @@ void TimeDomainTriggerController::reset()
     enableOnce_ = true;
     restartDetection();
     eventQueue_.clear();
-    pendingSamples_.clear();
 }
 
 void TimeDomainTriggerController::resetIfSteppedBack(double currentTime)
