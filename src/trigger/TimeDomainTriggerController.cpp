@@ -326,7 +326,7 @@ void TimeDomainTriggerController::processEvent(FoundEvent event, double firstDis
     if (mode_ == ModeEnum::Auto && !event.found) {
         const double offset = partialWindow ? 0 : span;
         const double synthetic = currentTime - delay_ - (1 - position_) * span;
-        const bool due = std::isinf(lastTriggerTime_) ? currentTime > offset + firstDisplayableTime
+        const bool due = lastTriggerTime_ == -kInfinity ? currentTime > offset + firstDisplayableTime
                                                       : synthetic > lastTriggerTime_ + (2 - position_) * span;
         if (due)
             event = {synthetic, true};
