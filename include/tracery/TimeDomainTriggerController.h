@@ -141,7 +141,9 @@ public:
 
     /// Events found and not consumed yet, oldest first.
     const EventQueue& getPendingEvents() const { return eventQueue_; }
-    /// Events that the last getTriggerWindow consumed, oldest first, and what became of each.
+    /// Events that the last getTriggerWindow consumed, oldest first, and what became of each. Events found are those
+    /// consumed, those pending, and those dropped by setMode, setEnableOnceMode and reset. A partial window may still
+    /// open at the last event of an earlier call that had given none.
     const std::vector<ConsumedEvent>& getConsumedEvents() const { return consumedEvents_; }
     /// When the window of an event is full of data.
     double getDisplayTime(double event, double span) const { return displayTime(event, span, span); }

@@ -265,7 +265,7 @@ void TimeDomainTriggerController::updateWindowExtrema(const std::vector<double>&
         while (!queue->empty() && windowStart > queue->front().time)
             queue->pop_front();
         // Samples that are delivered again replace the old ones.
-        while (!pairs.empty() && !queue->empty() && queue->back().time >= pairs[0])
+        while (!queue->empty() && queue->back().time >= pairs[0])
             queue->pop_back();
     }
     for (std::size_t i = 0; i < pairs.size(); i += 2) {
@@ -302,7 +302,8 @@ TimeDomainTriggerController::findLastDisplayableEvent(double offset, double curr
         eventQueue_.pop_front();
         const bool clear = event.time >= lastTriggerTime_ + offset;
         event.found = onceAllows() && clear;
-        if (event.found && !consumedEvents_.empty() && consumedEvents_.back().fate == EventFate::Shown)
+        // The last ready event decides, even one that gives no window.
+        if (!consumedEvents_.empty() && consumedEvents_.back().fate == EventFate::Shown)
             consumedEvents_.back().fate = EventFate::Superseded;
         consumedEvents_.push_back({event.time, event.found     ? EventFate::Shown
                                                : !onceAllows() ? EventFate::Disarmed
