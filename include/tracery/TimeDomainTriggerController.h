@@ -200,8 +200,8 @@ private:
     std::vector<double> block_;          ///< the buffer's samples of one update; kept for its memory
     EventQueue eventQueue_;
     std::vector<ConsumedEvent> consumedEvents_;
-    std::deque<TimeValue> windowMinima_; ///< values never fall from front to back
-    std::deque<TimeValue> windowMaxima_; ///< values never rise
+    std::deque<TimeValue> windowMinima_;                        ///< values never fall from front to back
+    std::deque<TimeValue> windowMaxima_;                        ///< values never rise
     std::pair<std::uint64_t, std::uint64_t> lastChannel_{0, 0}; ///< port and channel read last
     double lastTime_ = 0;
     double lastReadTime_ = 0;

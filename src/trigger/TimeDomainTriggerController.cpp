@@ -1,9 +1,8 @@
-#include <tracery/TimeDomainTriggerController.h>
-
 #include <tracery/EdgeTimeDomainTrigger.h>
 #include <tracery/PulseWidthTimeDomainTrigger.h>
 #include <tracery/RuntTimeDomainTrigger.h>
 #include <tracery/TimeBuffer.h>
+#include <tracery/TimeDomainTriggerController.h>
 #include <tracery/TimeoutTimeDomainTrigger.h>
 #include <tracery/TransitionTimeDomainTrigger.h>
 #include <tracery/WindowTimeDomainTrigger.h>
@@ -24,12 +23,18 @@ std::unique_ptr<AbstractTimeDomainTrigger> makeDetector(TypeEnum type)
 {
     constexpr auto positive = PolarityEnum::Positive;
     switch (type) {
-    case TypeEnum::PulseWidth: return std::make_unique<PulseWidthTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Transition: return std::make_unique<TransitionTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Runt: return std::make_unique<RuntTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Window: return std::make_unique<WindowTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Timeout: return std::make_unique<TimeoutTimeDomainTrigger>(positive, 0, 0, 0, 0);
-    case TypeEnum::Edge: break;
+    case TypeEnum::PulseWidth:
+        return std::make_unique<PulseWidthTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
+    case TypeEnum::Transition:
+        return std::make_unique<TransitionTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
+    case TypeEnum::Runt:
+        return std::make_unique<RuntTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
+    case TypeEnum::Window:
+        return std::make_unique<WindowTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
+    case TypeEnum::Timeout:
+        return std::make_unique<TimeoutTimeDomainTrigger>(positive, 0, 0, 0, 0);
+    case TypeEnum::Edge:
+        break;
     }
     return std::make_unique<EdgeTimeDomainTrigger>(positive, false, 0, 0, 0);
 }
@@ -37,11 +42,15 @@ std::unique_ptr<AbstractTimeDomainTrigger> makeDetector(TypeEnum type)
 TimeBuffer::SamplePart partFor(ComplexityEnum complexity)
 {
     switch (complexity) {
-    case ComplexityEnum::Imaginary: return TimeBuffer::SamplePart::imaginary;
-    case ComplexityEnum::Magnitude: return TimeBuffer::SamplePart::magnitude;
-    case ComplexityEnum::Phase: return TimeBuffer::SamplePart::phase;
+    case ComplexityEnum::Imaginary:
+        return TimeBuffer::SamplePart::imaginary;
+    case ComplexityEnum::Magnitude:
+        return TimeBuffer::SamplePart::magnitude;
+    case ComplexityEnum::Phase:
+        return TimeBuffer::SamplePart::phase;
     case ComplexityEnum::Scalar:
-    case ComplexityEnum::Real: break;
+    case ComplexityEnum::Real:
+        break;
     }
     return TimeBuffer::SamplePart::real;
 }
@@ -328,7 +337,7 @@ void TimeDomainTriggerController::processEvent(FoundEvent event, double firstDis
         const double offset = partialWindow ? 0 : span;
         const double synthetic = currentTime - delay_ - (1 - position_) * span;
         const bool due = lastTriggerTime_ == -kInfinity ? currentTime > offset + firstDisplayableTime
-                                                      : synthetic > lastTriggerTime_ + (2 - position_) * span;
+                                                        : synthetic > lastTriggerTime_ + (2 - position_) * span;
         if (due)
             event = {synthetic, true};
     }
