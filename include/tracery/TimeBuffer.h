@@ -190,18 +190,19 @@ public:
     /// throws  InvalidLimits (not four of them), InvalidChannelID when the channel reaches outside the values,
     ///         AddValueError and GetComplexDataError as GetIndexRange
     /// Cost follows the samples delivered, not the channels stored.
-    void GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out, std::vector<double>& limits,
-                                    double timeOffset, const double& tStart, const double& tEnd,
-                                    const double& tLastDrawn, std::uint64_t channelCount, std::uint64_t channel,
-                                    bool isFrameBased, double framePeriod, std::int32_t samplesPerFrame, bool widen,
+    void GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out, std::vector<double>& limits, double timeOffset,
+                                    const double& tStart, const double& tEnd, const double& tLastDrawn,
+                                    std::uint64_t channelCount, std::uint64_t channel, bool isFrameBased,
+                                    double framePeriod, std::int32_t samplesPerFrame, bool widen,
                                     bool toMagnitudePhase) const;
 
     /// What of a complex value a channel read gives. Of real ports the imaginary part is 0.
     enum class SamplePart : std::int32_t { real, imaginary, magnitude, phase };
 
     /// The trigger read of one channel: replaces `pairs` by the (time, value) pairs of all samples at times strictly
-    /// after `after`, reusing its memory. Frame-based ports hold channels of as many samples as their first maximum
-    /// extent, framePeriod / samples apart (see GetTimeAndValueInterleaved); others one sample a channel.
+    /// after `after`, of the steps from that time on, reusing its memory. Frame-based ports hold channels of as many
+    /// samples as their first maximum extent, framePeriod / samples apart (see GetTimeAndValueInterleaved); others one
+    /// sample a channel.
     /// part    phase in degrees
     /// throws  as GetTimeAndValueInterleaved
     void GetSamplesAfter(double after, std::uint64_t port, std::uint64_t channel, bool isFrameBased, double framePeriod,

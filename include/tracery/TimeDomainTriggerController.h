@@ -141,7 +141,9 @@ public:
 
     /// Events found and not consumed yet, oldest first.
     const EventQueue& getPendingEvents() const { return eventQueue_; }
-    /// Events that the last getTriggerWindow consumed, oldest first, and what became of each.
+    /// Events that the last getTriggerWindow consumed, oldest first, and what became of each. Events found are those
+    /// consumed, those pending, and those dropped by setMode, setEnableOnceMode and reset. A partial window may still
+    /// open at the last event of an earlier call that had given none.
     const std::vector<ConsumedEvent>& getConsumedEvents() const { return consumedEvents_; }
     /// When the window of an event is full of data.
     double getDisplayTime(double event, double span) const { return displayTime(event, span, span); }
@@ -198,8 +200,8 @@ private:
     std::vector<double> block_;          ///< the buffer's samples of one update; kept for its memory
     EventQueue eventQueue_;
     std::vector<ConsumedEvent> consumedEvents_;
-    std::deque<TimeValue> windowMinima_; ///< values never fall from front to back
-    std::deque<TimeValue> windowMaxima_; ///< values never rise
+    std::deque<TimeValue> windowMinima_;                        ///< values never fall from front to back
+    std::deque<TimeValue> windowMaxima_;                        ///< values never rise
     std::pair<std::uint64_t, std::uint64_t> lastChannel_{0, 0}; ///< port and channel read last
     double lastTime_ = 0;
     double lastReadTime_ = 0;

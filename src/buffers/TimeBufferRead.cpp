@@ -1,7 +1,7 @@
-#include <tracery/TimeBuffer.h>
-
 #include "buffers/TimeBufferState.h"
 #include "support/timeSpacing.h"
+
+#include <tracery/TimeBuffer.h>
 
 #include <cmath>
 #include <limits>
@@ -54,11 +54,11 @@ struct ChannelLayout {
 
     /// Samples of step i start at `i * stride + offset`. The last of `steps` steps must end inside `available` values.
     static ChannelLayout of(std::uint64_t channelCount, std::uint64_t channel, bool isFrameBased, double framePeriod,
-                            std::int32_t samplesPerFrame, std::uint64_t steps, std::uint64_t available)
+                            std::uint64_t samplesPerFrame, std::uint64_t steps, std::uint64_t available)
     {
-        if (isFrameBased && samplesPerFrame < 1)
+        const std::uint64_t k = isFrameBased ? samplesPerFrame : 1;
+        if (k == 0)
             throw Error(errors::InvalidChannelID, "a frame needs at least one sample");
-        const std::uint64_t k = isFrameBased ? static_cast<std::uint64_t>(samplesPerFrame) : 1;
         const double spacing = isFrameBased && !std::isinf(framePeriod) ? framePeriod / static_cast<double>(k) : 0.0;
         ChannelLayout layout{k, 0, 0, spacing};
         std::uint64_t end = 0;
@@ -93,7 +93,8 @@ double phaseOf(double re, double im)
 
 /// Calls use(time, real part, imaginary part) for each sample of one channel in a range of steps.
 template <class Port, class Range, class Use>
-void forEachSample(const Ring::View& times, const Port& port, const Range& range, const ChannelLayout& layout, Use&& use)
+void forEachSample(const Ring::View& times, const Port& port, const Range& range, const ChannelLayout& layout,
+                   Use&& use)
 {
     const Ring::View real = port.real.ring.view();
     const Ring::View imag = port.imag ? port.imag->ring.view() : real;
@@ -205,8 +206,8 @@ void TimeBuffer::read(std::uint64_t port, HostArray*& time, HostArray*& value, F
         if (!range)
             return;
         const State::Port& p = state_->ports[port];
-        copied = copySteps(state_->timesOf(port).ring, p.elementsPerStep, p.real.ring,
-                           p.imag ? &p.imag->ring : nullptr, *range);
+        copied = copySteps(state_->timesOf(port).ring, p.elementsPerStep, p.real.ring, p.imag ? &p.imag->ring : nullptr,
+                           *range);
     }
     HostArrayPtr times = copied->takeTimes();
     value = copied->takeValues().release();
@@ -215,9 +216,9 @@ void TimeBuffer::read(std::uint64_t port, HostArray*& time, HostArray*& value, F
 
 void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out, std::vector<double>& limits,
                                             double timeOffset, const double& tStart, const double& tEnd,
-                                            const double& tLastDrawn, std::uint64_t channelCount,
-                                            std::uint64_t channel, bool isFrameBased, double framePeriod,
-                                            std::int32_t samplesPerFrame, bool widen, bool toMagnitudePhase) const
+                                            const double& tLastDrawn, std::uint64_t channelCount, std::uint64_t channel,
+                                            bool isFrameBased, double framePeriod, std::int32_t samplesPerFrame,
+                                            bool widen, bool toMagnitudePhase) const
 {
     out = nullptr;
     if (limits.size() != 4)
@@ -239,9 +240,9 @@ void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out,
         const State::Port& p = state_->ports[port];
         if (range->count() == 0)
             return;
-        const ChannelLayout layout =
-            ChannelLayout::of(channelCount, channel, isFrameBased, framePeriod, samplesPerFrame, range->count(),
-                              range->count() * p.elementsPerStep);
+        const ChannelLayout layout = ChannelLayout::of(channelCount, channel, isFrameBased, framePeriod,
+                                                       static_cast<std::uint64_t>(std::max(samplesPerFrame, 0)),
+                                                       range->count(), range->count() * p.elementsPerStep);
 
         columns = layout.samplesPerStep * range->count();
         realPart = allocateDoubles(2 * columns);
@@ -285,16 +286,12 @@ void TimeBuffer::GetSamplesAfter(double after, std::uint64_t port, std::uint64_t
             return;
         const State::Port& p = state_->ports[port];
         const std::uint64_t perFrame = isFrameBased && !p.extents.empty() ? p.extents[0] : 1;
-        const auto samplesPerFrame =
-            static_cast<std::int32_t>(std::min<std::uint64_t>(perFrame, std::numeric_limits<std::int32_t>::max()));
-        const auto layout =
-            ChannelLayout::of(perFrame > 0 ? p.elementsPerStep / perFrame : 0, channel, isFrameBased, framePeriod,
-                              samplesPerFrame, range->count(), range->count() * p.elementsPerStep);
+        // There are steps, so no extent is 0.
+        const auto layout = ChannelLayout::of(p.elementsPerStep / perFrame, channel, isFrameBased, framePeriod,
+                                              perFrame, range->count(), range->count() * p.elementsPerStep);
         pairs.reserve(2 * layout.samplesPerStep * range->count());
-        bool later = false;
         forEachSample(state_->timesOf(port).ring.view(), p, *range, layout, [&](double time, double re, double im) {
-            later = later || !(time <= after);
-            if (!later)
+            if (!(time > after))
                 return;
             pairs.push_back(time);
             pairs.push_back(part == SamplePart::imaginary ? im : re);

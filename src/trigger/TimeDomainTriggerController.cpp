@@ -1,9 +1,8 @@
-#include <tracery/TimeDomainTriggerController.h>
-
 #include <tracery/EdgeTimeDomainTrigger.h>
 #include <tracery/PulseWidthTimeDomainTrigger.h>
 #include <tracery/RuntTimeDomainTrigger.h>
 #include <tracery/TimeBuffer.h>
+#include <tracery/TimeDomainTriggerController.h>
 #include <tracery/TimeoutTimeDomainTrigger.h>
 #include <tracery/TransitionTimeDomainTrigger.h>
 #include <tracery/WindowTimeDomainTrigger.h>
@@ -24,12 +23,18 @@ std::unique_ptr<AbstractTimeDomainTrigger> makeDetector(TypeEnum type)
 {
     constexpr auto positive = PolarityEnum::Positive;
     switch (type) {
-    case TypeEnum::PulseWidth: return std::make_unique<PulseWidthTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Transition: return std::make_unique<TransitionTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Runt: return std::make_unique<RuntTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Window: return std::make_unique<WindowTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Timeout: return std::make_unique<TimeoutTimeDomainTrigger>(positive, 0, 0, 0, 0);
-    case TypeEnum::Edge: break;
+    case TypeEnum::PulseWidth:
+        return std::make_unique<PulseWidthTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
+    case TypeEnum::Transition:
+        return std::make_unique<TransitionTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
+    case TypeEnum::Runt:
+        return std::make_unique<RuntTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
+    case TypeEnum::Window:
+        return std::make_unique<WindowTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
+    case TypeEnum::Timeout:
+        return std::make_unique<TimeoutTimeDomainTrigger>(positive, 0, 0, 0, 0);
+    case TypeEnum::Edge:
+        break;
     }
     return std::make_unique<EdgeTimeDomainTrigger>(positive, false, 0, 0, 0);
 }
@@ -37,11 +42,15 @@ std::unique_ptr<AbstractTimeDomainTrigger> makeDetector(TypeEnum type)
 TimeBuffer::SamplePart partFor(ComplexityEnum complexity)
 {
     switch (complexity) {
-    case ComplexityEnum::Imaginary: return TimeBuffer::SamplePart::imaginary;
-    case ComplexityEnum::Magnitude: return TimeBuffer::SamplePart::magnitude;
-    case ComplexityEnum::Phase: return TimeBuffer::SamplePart::phase;
+    case ComplexityEnum::Imaginary:
+        return TimeBuffer::SamplePart::imaginary;
+    case ComplexityEnum::Magnitude:
+        return TimeBuffer::SamplePart::magnitude;
+    case ComplexityEnum::Phase:
+        return TimeBuffer::SamplePart::phase;
     case ComplexityEnum::Scalar:
-    case ComplexityEnum::Real: break;
+    case ComplexityEnum::Real:
+        break;
     }
     return TimeBuffer::SamplePart::real;
 }
@@ -157,12 +166,14 @@ void TimeDomainTriggerController::setComplexity(ComplexityEnum complexity)
     complexity_ = complexity;
 }
 
-/// Another signal from here on: neither half-seen crossings nor extremes of the old one hold.
+/// Another signal from here on: neither half-seen crossings nor extremes of the old one hold, and its samples that
+/// wait for detection would be taken for the new one's.
 void TimeDomainTriggerController::restartDetection()
 {
     detector_->reset();
     windowMinima_.clear();
     windowMaxima_.clear();
+    pendingSamples_.clear();
 }
 
 // ---- Running
@@ -174,7 +185,6 @@ void TimeDomainTriggerController::reset()
     enableOnce_ = true;
     restartDetection();
     eventQueue_.clear();
-    pendingSamples_.clear();
 }
 
 void TimeDomainTriggerController::resetIfSteppedBack(double currentTime)
@@ -264,7 +274,7 @@ void TimeDomainTriggerController::updateWindowExtrema(const std::vector<double>&
         while (!queue->empty() && windowStart > queue->front().time)
             queue->pop_front();
         // Samples that are delivered again replace the old ones.
-        while (!pairs.empty() && !queue->empty() && queue->back().time >= pairs[0])
+        while (!queue->empty() && queue->back().time >= pairs[0])
             queue->pop_back();
     }
     for (std::size_t i = 0; i < pairs.size(); i += 2) {
@@ -301,7 +311,8 @@ TimeDomainTriggerController::findLastDisplayableEvent(double offset, double curr
         eventQueue_.pop_front();
         const bool clear = event.time >= lastTriggerTime_ + offset;
         event.found = onceAllows() && clear;
-        if (event.found && !consumedEvents_.empty() && consumedEvents_.back().fate == EventFate::Shown)
+        // The last ready event decides, even one that gives no window.
+        if (!consumedEvents_.empty() && consumedEvents_.back().fate == EventFate::Shown)
             consumedEvents_.back().fate = EventFate::Superseded;
         consumedEvents_.push_back({event.time, event.found     ? EventFate::Shown
                                                : !onceAllows() ? EventFate::Disarmed
@@ -325,8 +336,8 @@ void TimeDomainTriggerController::processEvent(FoundEvent event, double firstDis
     if (mode_ == ModeEnum::Auto && !event.found) {
         const double offset = partialWindow ? 0 : span;
         const double synthetic = currentTime - delay_ - (1 - position_) * span;
-        const bool due = std::isinf(lastTriggerTime_) ? currentTime > offset + firstDisplayableTime
-                                                      : synthetic > lastTriggerTime_ + (2 - position_) * span;
+        const bool due = lastTriggerTime_ == -kInfinity ? currentTime > offset + firstDisplayableTime
+                                                        : synthetic > lastTriggerTime_ + (2 - position_) * span;
         if (due)
             event = {synthetic, true};
     }

@@ -94,8 +94,8 @@ public:
         }
         buffer_.ResetBuffer(capacities, extents, nDim, numPorts, type_, complexity, threadSafe_);
         oneTimeForAll_ = type_ == BufferType::SingleRate && !threadSafe_;
-        shared_ = oneTimeForAll_ && std::adjacent_find(capacities.begin(), capacities.end(),
-                                                       std::not_equal_to<>()) == capacities.end();
+        shared_ = oneTimeForAll_ &&
+                  std::adjacent_find(capacities.begin(), capacities.end(), std::not_equal_to<>()) == capacities.end();
         last_.assign(numPorts, -3.0);
     }
 
@@ -263,6 +263,7 @@ private:
         buffer_.GetTimeAndValue(k, time, value);
         checkSteps(port, HostArrayPtr(time), HostArrayPtr(value), 0, static_cast<int>(port.times.size()) - 1);
         checkInterleaved(k, tStart, tEnd, widen);
+        checkSamplesAfter(k, chance(0.1) ? -INFINITY : tStart);
     }
 
     static void checkSteps(const PortModel& port, HostArrayPtr time, HostArrayPtr value, int s, int e)
@@ -311,7 +312,8 @@ private:
                     all.push_back(port.complex ? element : element.real());
             for (int i = s; i <= e && expected == "none"; ++i)
                 for (std::uint64_t j = 0; j < perFrame; ++j) {
-                    const std::uint64_t at = static_cast<std::uint64_t>(i - s) * perFrame * channels + perFrame * channel + j;
+                    const std::uint64_t at =
+                        static_cast<std::uint64_t>(i - s) * perFrame * channels + perFrame * channel + j;
                     if (at >= all.size()) {
                         expected = "InvalidChannelID";
                         break;
@@ -343,6 +345,36 @@ private:
         ASSERT_TRUE(sameBits(imagOf(out), imag));
         for (std::size_t i = 0; i < 4; ++i)
             ASSERT_EQ(limits[i], expectedLimits[i]);
+    }
+
+    /// The trigger read is the later part of the display read, one part of the values at a time.
+    void checkSamplesAfter(std::uint64_t k, double after)
+    {
+        const PortModel& port = ports_[k];
+        const bool isFrameBased = chance(0.5);
+        const std::uint64_t perFrame = isFrameBased && !port.maxExtents.empty() ? port.maxExtents[0] : 1;
+        const std::uint64_t channel = below(port.width() / perFrame + (chance(0.1) ? 2 : 0));
+        const double period = chance(0.2) ? INFINITY : 0.7;
+        const double from = std::isinf(after) ? std::numeric_limits<double>::lowest() : after;
+        const auto wanted = static_cast<TimeBuffer::SamplePart>(below(4));
+        const bool polar = wanted == TimeBuffer::SamplePart::magnitude || wanted == TimeBuffer::SamplePart::phase;
+        const bool first = wanted == TimeBuffer::SamplePart::real || wanted == TimeBuffer::SamplePart::magnitude;
+
+        std::vector<double> limits(4), expected, pairs{1, 2, 3};
+        HostArray* out = nullptr;
+        const std::string failed = failure([&] {
+            buffer_.GetTimeAndValueInterleaved(k, out, limits, 0, from, std::numeric_limits<double>::max(), -INFINITY,
+                                               port.width() / perFrame, channel, isFrameBased, period,
+                                               static_cast<std::int32_t>(perFrame), false, polar);
+        });
+        const HostArrayPtr owned(out);
+        const std::vector<double> all = first ? realOf(out) : imagOf(out);
+        for (std::size_t i = 0; i < all.size(); i += 2)
+            if (all[i] > after)
+                expected.insert(expected.end(), {all[i], all[i + 1]});
+        ASSERT_EQ(failure([&] { buffer_.GetSamplesAfter(after, k, channel, isFrameBased, period, wanted, pairs); }),
+                  failed);
+        ASSERT_TRUE(sameBits(pairs, expected));
     }
 
     std::mt19937 random_;
