@@ -23,6 +23,6 @@ install(FILES ${PROJECT_BINARY_DIR}/traceryConfig.cmake ${PROJECT_BINARY_DIR}/tr
 configure_file(cmake/tracery.pc.in ${PROJECT_BINARY_DIR}/tracery.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tracery.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-if(TRACERY_BUILD_APPS)
+if(TARGET tracery-scope)
   install(TARGETS tracery-scope RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()

@@ -10,7 +10,7 @@
 
 namespace scope {
 
-/// What is wrong with a file, in one line: "FILE: line 7: expected a number, found 'abc'".
+/// What is wrong with a file, in one line: "FILE: line 7, column 2: expected a number, found 'abc'".
 class InputError : public std::runtime_error {
 public:
     /// where  place inside the file, such as "line 7, column 2" or "byte 44"; empty for the file as a whole
@@ -24,15 +24,16 @@ struct Channel {
 
 struct RecordingInfo {
     std::string path;
-    std::string format; ///< for people: "WAV, 16 bit signed PCM", "CSV", "SigMF cu8"
+    std::string format; ///< for people: "WAV, signed 16 bit PCM", "CSV", "SigMF cu8"
     std::vector<Channel> channels;
-    bool complex = false;              ///< every channel carries in-phase and quadrature parts
-    std::optional<double> rate;        ///< steps per second; none when the file gives a time for each step
+    bool complex = false;               ///< every channel carries in-phase and quadrature parts
+    std::optional<double> rate;         ///< steps per second; none when the file gives a time for each step
     std::optional<std::uint64_t> steps; ///< none when only reading to the end would tell
     std::optional<double> centerFrequency; ///< Hz, of complex recordings
 };
 
-/// Consecutive time steps. Values lie channel by channel within a step: value(channel c, step i) = real[i * channels + c].
+/// Consecutive time steps. Values lie channel by channel within a step: channel c of step i is at
+/// real[i * channels + c].
 struct Block {
     std::vector<double> times; ///< seconds, non-decreasing
     std::vector<double> real;  ///< NaN where a value is missing
@@ -45,18 +46,25 @@ struct TimeRange {
     double last;
 };
 
-/// A recording, read front to back in blocks; memory does not grow with the file. Used by one thread at a time.
+/// A recording, read front to back in blocks; memory does not grow with the file.
+/// thread  one at a time
 class Recording {
 public:
+    Recording() = default;
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
     virtual ~Recording() = default;
     virtual const RecordingInfo& info() const = 0;
-    /// Times of the first and the last step, without reading what lies between. Leaves the read position alone.
-    /// throws  InputError when there are no steps
+    /// Times of the first and the last step, without reading what lies between (unless nothing less tells the
+    /// last). Leaves the read position alone.
+    /// throws  InputError for whatever is wrong with the data looked at
     virtual TimeRange range() = 0;
-    /// Goes to the last step before `time` (to the first step when there is none), so that a line drawn from there
-    /// enters the window at `time`.
+    /// Goes to the last step before `time` (to the first step when there is none), so that a line drawn from
+    /// there enters the window at `time`.
+    /// throws  InputError for whatever is wrong with the data passed over
     virtual void seek(double time) = 0;
-    /// Reads up to maxSteps steps (at least 1) into `block`, reusing its memory; no steps means the end.
+    /// Reads up to maxSteps steps into `block`, reusing its memory; no steps means the end.
+    /// maxSteps  1 or more
     /// throws  InputError for whatever is wrong with the data read
     virtual void read(Block& block, std::size_t maxSteps) = 0;
 };
@@ -65,9 +73,10 @@ struct OpenOptions {
     std::optional<double> rate; ///< steps per second for files that give no times
 };
 
-/// Opens a recording by what it is: .sigmf-meta, .sigmf-data or .sigmf pairs; .csv, .tsv or .txt tables; whatever else
-/// libsndfile reads.
-/// throws  InputError: missing, a directory, empty, unreadable, of an unknown format, damaged
+/// Opens a recording by what it is: SigMF pairs (either file, BASE.sigmf, or BASE alone); .csv, .tsv or .txt
+/// tables; whatever else libsndfile reads. It has at least one step and one channel.
+/// throws  InputError: missing, a directory, empty, unreadable, of an unknown format, damaged, without steps;
+///         no rate given for a file without times, or one given for a file that has its own
 std::unique_ptr<Recording> openRecording(const std::string& path, const OpenOptions& options);
 
 } // namespace scope
