@@ -1,7 +1,7 @@
 #include "input/CsvRecording.h"
 
 #include "input/EvenRecording.h"
-#include "input/Numbers.h"
+#include "input/Text.h"
 
 #include <fast_float/fast_float.h>
 
@@ -38,7 +38,7 @@ std::optional<Field> parseField(std::string_view rest, char separator)
     return Field{std::isnan(*number) ? kMissing : *number, field.size()};
 }
 
-std::string place(const Line& line) { return "line " + std::to_string(line.number); }
+std::string lineOf(const Line& line) { return "line " + std::to_string(line.number); }
 
 /// A field as an error shows it; long ones are cut.
 std::string quoted(std::string_view field)
@@ -170,7 +170,7 @@ double CsvRecording::parseTime(const Line& line, double fileTime, Progress& prog
     if (!std::isfinite(fileTime))
         fail(line, 0, "expected a time");
     if (fileTime < progress.lastTime)
-        throw InputError(info_.path, place(line),
+        throw InputError(info_.path, lineOf(line),
                          "time " + numberText(fileTime) + " comes after " + numberText(progress.lastTime) +
                              "; times must not decrease");
     progress.lastTime = fileTime;
@@ -182,13 +182,13 @@ void CsvRecording::fail(const Line& line, std::size_t column, const std::string&
 {
     const std::size_t fields = countFields(line.text, layout_.separator);
     if (fields != layout_.columns())
-        throw InputError(info_.path, place(line),
+        throw InputError(info_.path, lineOf(line),
                          "expected " + std::to_string(layout_.columns()) + " fields, found " +
                              std::to_string(fields));
     std::string_view rest = line.text;
     for (std::size_t i = 0; i < column; ++i)
         rest.remove_prefix(firstField(rest, layout_.separator).size() + 1);
-    throw InputError(info_.path, place(line) + ", column " + std::to_string(column + 1),
+    throw InputError(info_.path, lineOf(line) + ", column " + std::to_string(column + 1),
                      expected + ", found " + quoted(fieldContent(firstField(rest, layout_.separator))));
 }
 

@@ -1,6 +1,6 @@
 #include "input/EvenRecording.h"
 
-#include "input/Numbers.h"
+#include "input/Text.h"
 
 #include <algorithm>
 #include <cmath>

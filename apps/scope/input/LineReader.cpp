@@ -1,7 +1,7 @@
 #include "input/LineReader.h"
 
-#include "input/Numbers.h"
 #include "input/Recording.h"
+#include "input/Text.h"
 
 #include <cstring>
 

@@ -28,7 +28,7 @@ double scaled(Number number)
 }
 
 template <class Number, std::endian order>
-void decodeNumbers(const char* bytes, std::size_t stride, std::span<double> out)
+void decodeText(const char* bytes, std::size_t stride, std::span<double> out)
 {
     for (double& value : out) {
         std::array<char, sizeof(Number)> raw;
@@ -49,7 +49,7 @@ struct Entry {
 template <class Number, std::endian order = std::endian::native>
 constexpr Entry entry(std::string_view name)
 {
-    return {name, sizeof(Number), &decodeNumbers<Number, order>};
+    return {name, sizeof(Number), &decodeText<Number, order>};
 }
 
 constexpr std::array kEntries{

@@ -1,5 +1,6 @@
 #include "input/SoundRecording.h"
 
+#include "input/Text.h"
 #include "input/WavLength.h"
 
 #include <algorithm>
@@ -34,11 +35,11 @@ bool seeksExactly(int format)
     }
 }
 
-std::string formatName(int format, int command)
+std::string formatName(int format)
 {
     SF_FORMAT_INFO info{};
     info.format = format;
-    if (sf_command(nullptr, command, &info, sizeof info) != 0 || info.name == nullptr)
+    if (sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) != 0 || info.name == nullptr)
         return "unknown";
     return info.name;
 }
@@ -46,12 +47,10 @@ std::string formatName(int format, int command)
 /// "WAV, signed 16 bit PCM" from libsndfile's "WAV (Microsoft)" and "Signed 16 bit PCM".
 std::string describeFormat(int format)
 {
-    const std::string file = formatName(format & SF_FORMAT_TYPEMASK, SFC_GET_FORMAT_INFO);
-    std::string samples = formatName(format & SF_FORMAT_SUBMASK, SFC_GET_FORMAT_INFO);
-    for (const std::string_view word : {"Signed ", "Unsigned "}) {
-        if (samples.starts_with(word))
-            samples[0] = static_cast<char>(samples[0] - 'A' + 'a');
-    }
+    const std::string file = formatName(format & SF_FORMAT_TYPEMASK);
+    std::string samples = formatName(format & SF_FORMAT_SUBMASK);
+    if (samples.starts_with("Signed ") || samples.starts_with("Unsigned "))
+        samples = lowerCase(samples.substr(0, 1)) + samples.substr(1);
     return file.substr(0, file.find(" (")) + ", " + samples;
 }
 

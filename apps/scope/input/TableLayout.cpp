@@ -1,7 +1,7 @@
 #include "input/TableLayout.h"
 
 #include "input/EvenRecording.h"
-#include "input/Numbers.h"
+#include "input/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -67,12 +67,10 @@ Channel splitUnit(std::string_view heading)
             std::string(trimmed(heading.substr(at + 1, heading.size() - at - 2)))};
 }
 
-bool isTimeName(std::string name)
+bool isTimeName(const std::string& name)
 {
-    std::ranges::transform(name, name.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
     constexpr std::array<std::string_view, 4> kNames{"time", "t", "seconds", "sec"};
-    return std::ranges::find(kNames, name) != kNames.end();
+    return std::ranges::find(kNames, lowerCase(name)) != kNames.end();
 }
 
 double timeUnitsPerSecond(const std::string& path, const Line& line, const std::string& unit)

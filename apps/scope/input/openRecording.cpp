@@ -1,8 +1,8 @@
 #include "input/CsvRecording.h"
 #include "input/SigMfRecording.h"
 #include "input/SoundRecording.h"
+#include "input/Text.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace scope {
@@ -36,9 +36,7 @@ std::optional<std::string> sigMfBase(const std::string& path)
 
 bool isTable(const std::string& path)
 {
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::ranges::transform(ending, ending.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
+    const std::string ending = lowerCase(std::filesystem::path(path).extension().string());
     return ending == ".csv" || ending == ".tsv" || ending == ".txt";
 }
 

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace scope {
+
+/// The text without blanks, tabs and carriage returns at its ends.
+std::string_view trimmed(std::string_view text);
+
+/// The text with the letters A to Z made small.
+std::string lowerCase(std::string text);
+
+/// A whole text as a number: "1.5", "+2e-3", "inf", "-Infinity"; "nan" in any case. None for anything else.
+std::optional<double> parseNumber(std::string_view text);
+
+/// The shortest text that reads back as the same number.
+std::string numberText(double value);
+
+} // namespace scope
