@@ -9,7 +9,7 @@ using namespace tracery;
 
 namespace {
 
-constexpr std::size_t kValuesPerBlock = 16384;
+constexpr std::size_t kValuesPerBlock = 4096;
 constexpr std::uint64_t kBlocksKept = 4;
 
 } // namespace

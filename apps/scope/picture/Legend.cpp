@@ -74,7 +74,7 @@ void Legend::arrange(double left, double right, int mostRows)
     const int places = columns * rows_;
     if (count > places) {
         entries_.resize(static_cast<std::size_t>(places));
-        entries_.back() = {.text = "+" + std::to_string(count - (places - 1)) + " more",
+        entries_.back() = {.text = std::string("+").append(std::to_string(count - (places - 1))).append(" more"),
                            .style = {},
                            .room = 0,
                            .sample = false};
