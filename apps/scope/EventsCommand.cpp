@@ -26,11 +26,16 @@ const char* nameOf(const TriggerEvent& event)
     if (event.freeRun)
         return "free_run";
     switch (event.fate) {
-    case Fate::shown: return "shown";
-    case Fate::superseded: return "superseded";
-    case Fate::overlap: return "overlap";
-    case Fate::disarmed: return "disarmed";
-    case Fate::notFull: return "not_full";
+    case Fate::shown:
+        return "shown";
+    case Fate::superseded:
+        return "superseded";
+    case Fate::overlap:
+        return "overlap";
+    case Fate::disarmed:
+        return "disarmed";
+    case Fate::notFull:
+        return "not_full";
     }
     return "";
 }
@@ -56,10 +61,10 @@ void printTotals(const TriggerTotals& totals, bool json)
         const char* name;
         std::uint64_t count;
     };
-    const Row rows[] = {{"found", totals.found()},         {"shown", totals.shown},
-                        {"overlap", totals.overlap},       {"superseded", totals.superseded},
-                        {"not_full", totals.notFull},      {"disarmed", totals.disarmed},
-                        {"free_run", totals.freeRuns},     {"held_off", totals.refusedByHoldoff}};
+    const Row rows[] = {{"found", totals.found()},     {"shown", totals.shown},
+                        {"overlap", totals.overlap},   {"superseded", totals.superseded},
+                        {"not_full", totals.notFull},  {"disarmed", totals.disarmed},
+                        {"free_run", totals.freeRuns}, {"held_off", totals.refusedByHoldoff}};
     const char* separator = json ? "{\"type\":\"summary\"," : "# ";
     for (const Row& row : rows) {
         std::printf(json ? "%s\"%s\":%llu" : "%s%s=%llu", separator, row.name,
@@ -95,8 +100,8 @@ void runEvents(const EventsOptions& options)
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         throw std::runtime_error("standard output: cannot be written");
     if (totals.shown + totals.freeRuns == 0) {
-        const SignalRange range = measureRange(openBatches(files, options.rate, source, from), source.channel,
-                                               options.trigger.part);
+        const SignalRange range =
+            measureRange(openBatches(files, options.rate, source, from), source.channel, options.trigger.part);
         std::fprintf(stderr, "tracery-scope: %s\n",
                      explainNothingShown(options.trigger, scan->controller(), totals, range, span).c_str());
     }

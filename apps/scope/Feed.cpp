@@ -10,7 +10,9 @@ using namespace tracery;
 namespace {
 
 constexpr std::size_t kValuesPerBlock = 4096;
-constexpr std::uint64_t kBlocksKept = 4;
+constexpr std::uint64_t kBlocksKept = 32;
+constexpr std::uint64_t kBlocksTaken =
+    8; ///< how many the display waits for, so that the threads seldom wake each other
 
 } // namespace
 
@@ -62,7 +64,8 @@ void Feed::write()
         while (true) {
             // The port that is furthest behind goes next.
             const auto behind = std::min_element(ports_.begin(), ports_.end(), [](const Port& a, const Port& b) {
-                return a.reader.ended() != b.reader.ended() ? b.reader.ended() : a.reader.reached() < b.reader.reached();
+                return a.reader.ended() != b.reader.ended() ? b.reader.ended()
+                                                            : a.reader.reached() < b.reader.reached();
             });
             if (behind == ports_.end() || behind->reader.ended())
                 break;
@@ -92,25 +95,31 @@ bool Feed::writeBatch(std::size_t index, const Batch& batch)
             capacities.push_back(each.capacity);
         buffer_.SetMaxNumTimeSteps(capacities);
     }
-    changed_.wait(lock, [&] { return stop_ || port.written - port.taken + batch.count <= port.capacity; });
+    changed_.wait(lock, [&] { return stop_ || port.written + batch.count <= port.capacity + port.taken; });
     if (stop_)
         return false;
     lock.unlock();
     buffer_.addTimeAndValue(batch.times.get(), batch.values.get(), index, true);
     lock.lock();
     port.written += batch.count;
-    changed_.notify_all();
+    if (portWithNewSteps() < ports_.size())
+        changed_.notify_all();
     return true;
 }
 
-/// The port with new steps that is furthest behind; the number of ports when there is none.
+/// The port with enough new steps (any, once nothing more comes) that is furthest behind; the number of ports when there
+/// is none.
 std::size_t Feed::portWithNewSteps() const
 {
     std::size_t chosen = ports_.size();
-    for (std::size_t k = 0; k < ports_.size(); ++k)
-        if (ports_[k].written > ports_[k].taken &&
-            (chosen == ports_.size() || ports_[k].takenTime < ports_[chosen].takenTime))
+    for (std::size_t k = 0; k < ports_.size(); ++k) {
+        const Port& port = ports_[k];
+        // The display may have taken steps that are in the buffer already and not yet in the writer's count.
+        const std::uint64_t enough = finished_ ? 1 : port.capacity / kBlocksKept * kBlocksTaken;
+        if (port.written >= port.taken + enough &&
+            (chosen == ports_.size() || port.takenTime < ports_[chosen].takenTime))
             chosen = k;
+    }
     return chosen;
 }
 

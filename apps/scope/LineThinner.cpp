@@ -11,24 +11,50 @@ using namespace tracery;
 
 namespace {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr std::size_t kBatchPoints = 4096;
+
+/// `time`, or the next double after `last` when it is not later: two samples at one time are two points of the line, of
+/// which the thinner would send out only one.
+double later(double time, double last) { return time > last ? time : std::nextafter(last, kInfinity); }
 } // namespace
+
+LineThinner::LineThinner(double columnsPerSecond)
+    : columnsPerSecond_(columnsPerSecond), batch_(createDoubleMatrix(2, kBatchPoints + 1, HostComplexity::real)),
+      pairs_(getRealData(batch_.get()))
+{}
 
 void LineThinner::add(const double* times, const double* values, std::size_t count, std::size_t stride)
 {
-    pairs_.reserve(pairs_.size() + 2 * count + 2);
-    for (std::size_t i = 0; i < count; ++i) {
-        const double value = values[i * stride];
-        // Two samples at one time are two points of the line; the thinner would send out only one of them.
-        lastTime_ = times[i] > lastTime_ ? times[i] : std::nextafter(lastTime_, kInfinity);
-        if (std::isfinite(value)) {
-            pairs_.push_back(lastTime_);
-            pairs_.push_back(value);
+    std::size_t i = 0;
+    while (true) {
+        i += addRun(times + i, values + i * stride, count - i, stride);
+        if (i == count)
+            return;
+        if (count_ == kBatchPoints) {
+            thin(false);
         } else {
+            lastTime_ = later(times[i++], lastTime_); // not a number
             closeRun();
         }
     }
-    if (!pairs_.empty())
-        thin();
+}
+
+/// Adds samples to the batch until it is full or a value is not a number; returns how many.
+std::size_t LineThinner::addRun(const double* times, const double* values, std::size_t count, std::size_t stride)
+{
+    // Locals, because for all the compiler knows the pairs could be the members.
+    const std::size_t most = std::min(count, kBatchPoints - count_);
+    double* pairs = pairs_ + 2 * count_;
+    double lastTime = lastTime_;
+    std::size_t added = 0;
+    for (; added < most && std::isfinite(values[added * stride]); ++added) {
+        lastTime = later(times[added], lastTime);
+        pairs[2 * added] = lastTime;
+        pairs[2 * added + 1] = values[added * stride];
+    }
+    lastTime_ = lastTime;
+    count_ += added;
+    return added;
 }
 
 std::vector<Point> LineThinner::finish()
@@ -39,62 +65,33 @@ std::vector<Point> LineThinner::finish()
 
 void LineThinner::closeRun()
 {
-    if (pairs_.empty() && !runOpen_)
+    if (count_ == 0)
         return;
-    // A point at infinity opens another column, which sends out the extremes of the last one; it comes out as NaN and
-    // so separates this run from the next.
-    pairs_.push_back(kInfinity);
-    pairs_.push_back(std::numeric_limits<double>::quiet_NaN());
-    thin();
-    pairs_.clear();
-    runOpen_ = false;
+    thin(true);
+    points_.push_back({std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::quiet_NaN()});
 }
 
-void LineThinner::thin()
+/// Thins the batch. The thinner drops what it holds of the last column at the end, so a point at infinity opens another
+/// column and makes it send the extremes out. When the run goes on, that last column is thinned again with what
+/// follows: its opening point and its extremes stand for all of its points, the later one winning ties.
+void LineThinner::thin(bool endOfRun)
 {
-    const std::size_t count = pairs_.size() / 2;
-    HostDoubles copy(static_cast<double*>(allocateMemory(pairs_.size() * sizeof(double))));
-    std::copy(pairs_.begin(), pairs_.end(), copy.get());
-    const HostArrayPtr line(adoptDoubleMatrix(2, count, std::move(copy), nullptr));
+    pairs_[2 * count_] = kInfinity;
+    pairs_[2 * count_ + 1] = 0;
+    ++count_;
     const HostArrayPtr thinned(
-        thinner_.getArrayThinData(line.get(), static_cast<int>(count), columnsPerSecond_, runOpen_));
+        thinner_.getArrayThinData(batch_.get(), static_cast<int>(count_), columnsPerSecond_, false));
     const double* out = getRealData(thinned.get());
-    for (std::uint64_t i = 0; i < getN(thinned.get()); ++i)
+    const std::size_t sent = getN(thinned.get()) - 1; // without the point at infinity
+    std::size_t opening = 0;
+    for (std::size_t i = 1; i < sent; ++i)
+        if ((out[2 * i] - out[2 * opening]) * columnsPerSecond_ >= 0.5)
+            opening = i;
+    const std::size_t done = endOfRun ? sent : opening;
+    for (std::size_t i = 0; i < done; ++i)
         points_.push_back({out[2 * i], out[2 * i + 1]});
-    // The last point sent out is the one that opened the column that is still open.
-    if (out != nullptr)
-        columnStart_ = points_.back().x;
-    runOpen_ = true;
-    keepPendingExtremes();
-}
-
-/// The thinner drops what it holds of the open column at the end of a batch, so its extremes go first in the next one.
-/// They stand for all of the column's points: extremes of extremes, the later point winning ties.
-void LineThinner::keepPendingExtremes()
-{
-    std::size_t first = pairs_.size();
-    while (first > 0 && pairs_[first - 2] > columnStart_)
-        first -= 2;
-    if (first == pairs_.size()) {
-        pairs_.clear();
-        return;
-    }
-    std::size_t lowest = first;
-    std::size_t highest = first;
-    for (std::size_t i = first; i < pairs_.size(); i += 2) {
-        if (pairs_[i + 1] <= pairs_[lowest + 1])
-            lowest = i;
-        if (pairs_[i + 1] >= pairs_[highest + 1])
-            highest = i;
-    }
-    std::size_t kept = 0;
-    for (const std::size_t i : {std::min(lowest, highest), std::max(lowest, highest)}) {
-        if (kept == 0 || lowest != highest) {
-            pairs_[kept++] = pairs_[i];
-            pairs_[kept++] = pairs_[i + 1];
-        }
-    }
-    pairs_.resize(kept);
+    count_ = sent - done;
+    std::copy(out + 2 * done, out + 2 * sent, pairs_);
 }
 
 } // namespace scope

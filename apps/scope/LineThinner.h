@@ -3,6 +3,7 @@
 #include "picture/Figure.h"
 
 #include <tracery/DataThinner.h>
+#include <tracery/host/HostArray.h>
 
 #include <cstddef>
 #include <limits>
@@ -15,7 +16,7 @@ namespace scope {
 /// step there is. How the line is cut into calls makes no difference.
 class LineThinner {
 public:
-    explicit LineThinner(double columnsPerSecond) : columnsPerSecond_(columnsPerSecond) {}
+    explicit LineThinner(double columnsPerSecond);
 
     /// Adds `count` samples; sample i is values[i * stride] at times[i]. Times must not decrease.
     void add(const double* times, const double* values, std::size_t count, std::size_t stride);
@@ -23,15 +24,15 @@ public:
     std::vector<Point> finish();
 
 private:
-    void thin();
+    std::size_t addRun(const double* times, const double* values, std::size_t count, std::size_t stride);
+    void thin(bool endOfRun);
     void closeRun();
-    void keepPendingExtremes();
 
     tracery::DataThinner thinner_;
     double columnsPerSecond_;
-    std::vector<double> pairs_; ///< of the run: the pending extremes of its open column, then what is not thinned yet
-    bool runOpen_ = false;      ///< the run's first points have gone through the thinner
-    double columnStart_ = 0;
+    tracery::HostArrayPtr batch_; ///< (time, value) pairs: the column that was open, then what is not thinned yet
+    double* pairs_;               ///< the batch's data
+    std::size_t count_ = 0;       ///< points in the batch
     double lastTime_ = -std::numeric_limits<double>::infinity();
     std::vector<Point> points_;
 };

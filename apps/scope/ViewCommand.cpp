@@ -74,15 +74,16 @@ std::vector<Line> chooseLines(const Recordings& recordings, const ViewOptions& o
             std::string label = channel.name;
             if (recordings.size() > 1)
                 label = std::filesystem::path(info.path).stem().string() + ": " + label;
-            lines.push_back({port, c, false, info.complex ? label + " I" : label, channel.unit,
-                             LineThinner(columnsPerSecond)});
+            lines.push_back(
+                {port, c, false, info.complex ? label + " I" : label, channel.unit, LineThinner(columnsPerSecond)});
             if (info.complex)
                 lines.push_back({port, c, true, label + " Q", channel.unit, LineThinner(columnsPerSecond)});
         }
     }
     for (std::size_t i = 0; i < options.channels.size(); ++i)
         if (!found[i])
-            throw UsageError("--channels: there is no channel '" + options.channels[i] + "'; there are " + channelNames(recordings));
+            throw UsageError("--channels: there is no channel '" + options.channels[i] + "'; there are " +
+                             channelNames(recordings));
     return lines;
 }
 
@@ -99,8 +100,8 @@ void streamLines(Recordings recordings, const Window& window, std::vector<Line>&
         for (Line& line : lines) {
             if (line.port != steps->port)
                 continue;
-            const double* values = line.imaginary ? tracery::getImagData(steps->values.get())
-                                                  : tracery::getRealData(steps->values.get());
+            const double* values =
+                line.imaginary ? tracery::getImagData(steps->values.get()) : tracery::getRealData(steps->values.get());
             line.thinner.add(times, values + line.channel, steps->count(), channels[line.port]);
         }
         progress.show((feed.reached() - window.from) / (window.to - window.from));
@@ -243,8 +244,7 @@ void runView(const ViewOptions& options)
     figure.title = options.title.empty() ? std::filesystem::path(options.files[0]).filename().string() : options.title;
     figure.xMin = window.from;
     figure.xMax = window.to;
-    std::vector<Line> lines =
-        chooseLines(recordings, options, plotWidth(options.width) / (window.to - window.from));
+    std::vector<Line> lines = chooseLines(recordings, options, plotWidth(options.width) / (window.to - window.from));
     streamLines(std::move(recordings), window, lines);
     figure.panels = makePanels(lines, window, options.stack);
     if (triggered)

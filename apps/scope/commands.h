@@ -33,7 +33,7 @@ struct ViewOptions {
     int width = 1200;
     int height = 600;
     std::string title;
-    bool stack = false; ///< every channel in axes of its own
+    bool stack = false;                     ///< every channel in axes of its own
     std::optional<TriggerSettings> trigger; ///< none: the whole window, untriggered
     std::uint64_t nth = 1;                  ///< which triggered window, from 1
     std::size_t blockSteps = 1024;          ///< steps handed to the detector at once

@@ -90,37 +90,46 @@ void addTrigger(CLI::App& command, scope::TriggerSettings& settings, std::functi
                              {"runt", TypeEnum::Runt},
                              {"window", TypeEnum::Window},
                              {"timeout", TypeEnum::Timeout}});
-    option("--trigger", [type, chosen](const std::string& text) { type(text), chosen(); },
-           "edge, pulse-width, transition, runt, window or timeout")
+    option(
+        "--trigger", [type, chosen](const std::string& text) { type(text), chosen(); },
+        "edge, pulse-width, transition, runt, window or timeout")
         ->type_name("TYPE");
-    option("--mode",
-           oneOf(settings.mode, "--mode",
-                 {{"auto", ModeEnum::Auto}, {"normal", ModeEnum::Normal}, {"once", ModeEnum::Once}, {"off", ModeEnum::Off}}),
-           "auto, normal, once or off [default: normal]")
+    option(
+        "--mode",
+        oneOf(
+            settings.mode, "--mode",
+            {{"auto", ModeEnum::Auto}, {"normal", ModeEnum::Normal}, {"once", ModeEnum::Once}, {"off", ModeEnum::Off}}),
+        "auto, normal, once or off [default: normal]")
         ->type_name("MODE");
     option("--polarity",
            oneOf(settings.polarity, "--polarity",
-                 {{"rising", PolarityEnum::Positive}, {"falling", PolarityEnum::Negative}, {"either", PolarityEnum::Either}}),
+                 {{"rising", PolarityEnum::Positive},
+                  {"falling", PolarityEnum::Negative},
+                  {"either", PolarityEnum::Either}}),
            "rising, falling or either; for a window inside, outside or either is meant [default: rising]")
         ->type_name("WAY");
-    option("--level",
-           [&settings](const std::string& text) {
-               settings.level.reset();
-               if (text != "auto")
-                   settings.level = parseLevel(text, "--level");
-           },
-           "Level of edge and timeout: a value, a share of the signal's range such as 50%, or auto, the middle of the "
-           "last span [default: auto; 50% for timeout]")
+    option(
+        "--level",
+        [&settings](const std::string& text) {
+            settings.level.reset();
+            if (text != "auto")
+                settings.level = parseLevel(text, "--level");
+        },
+        "Level of edge and timeout: a value, a share of the signal's range such as 50%, or auto, the middle of the "
+        "last span [default: auto; 50% for timeout]")
         ->type_name("LEVEL");
-    option("--hysteresis",
-           [&settings](const std::string& text) { settings.hysteresis = parseLevel(text, "--hysteresis"); },
-           "How far beyond the level the signal must have been before it counts [default: 0]")
+    option(
+        "--hysteresis",
+        [&settings](const std::string& text) { settings.hysteresis = parseLevel(text, "--hysteresis"); },
+        "How far beyond the level the signal must have been before it counts [default: 0]")
         ->type_name("LEVEL");
-    option("--upper", [&settings](const std::string& text) { settings.upper = parseLevel(text, "--upper"); },
-           "Upper level of the other types [default: auto, 90% of the last span's range]")
+    option(
+        "--upper", [&settings](const std::string& text) { settings.upper = parseLevel(text, "--upper"); },
+        "Upper level of the other types [default: auto, 90% of the last span's range]")
         ->type_name("LEVEL");
-    option("--lower", [&settings](const std::string& text) { settings.lower = parseLevel(text, "--lower"); },
-           "Lower level of the other types [default: auto, 10% of the last span's range]")
+    option(
+        "--lower", [&settings](const std::string& text) { settings.lower = parseLevel(text, "--lower"); },
+        "Lower level of the other types [default: auto, 10% of the last span's range]")
         ->type_name("LEVEL");
     option("--min-time", duration(settings.minTime, "--min-time"), "Shortest pulse or transition [default: 0]")
         ->type_name("TIME");
@@ -130,24 +139,27 @@ void addTrigger(CLI::App& command, scope::TriggerSettings& settings, std::functi
         ->type_name("TIME");
     option("--holdoff", duration(settings.holdoff, "--holdoff"), "Least time between two events [default: 0]")
         ->type_name("TIME");
-    option("--position",
-           [&settings](const std::string& text) {
-               std::optional<double> value;
-               quantity(value, "--position")(text.ends_with('%') ? text.substr(0, text.size() - 1) : text);
-               settings.position = text.ends_with('%') ? *value / 100 : *value;
-           },
-           "Place of the event in the window, 0 left to 1 right [default: 0.5]")
+    option(
+        "--position",
+        [&settings](const std::string& text) {
+            std::optional<double> value;
+            quantity(value, "--position")(text.ends_with('%') ? text.substr(0, text.size() - 1) : text);
+            settings.position = text.ends_with('%') ? *value / 100 : *value;
+        },
+        "Place of the event in the window, 0 left to 1 right [default: 0.5]")
         ->type_name("SHARE");
-    option("--delay",
-           [&settings](const std::string& text) {
-               std::optional<double> value;
-               quantity(value, "--delay")(text);
-               settings.delay = *value;
-           },
-           "Time from the event to that place [default: 0]")
+    option(
+        "--delay",
+        [&settings](const std::string& text) {
+            std::optional<double> value;
+            quantity(value, "--delay")(text);
+            settings.delay = *value;
+        },
+        "Time from the event to that place [default: 0]")
         ->type_name("TIME");
-    option("--source", [&settings](const std::string& text) { settings.source = text; },
-           "Channel to trigger on, a name or a number from 1 [default: the first]")
+    option(
+        "--source", [&settings](const std::string& text) { settings.source = text; },
+        "Channel to trigger on, a name or a number from 1 [default: the first]")
         ->type_name("CHANNEL");
     option("--part",
            oneOf(settings.part, "--part",
@@ -230,20 +242,24 @@ void addView(CLI::App& app, scope::ViewOptions& options, scope::TriggerSettings&
 void addEvents(CLI::App& app, scope::EventsOptions& options)
 {
     CLI::App* events = app.add_subcommand("events", "Print every trigger event of a recording and what became of it");
-    events->footer("One row an event, in order: its time, what became of it (shown; overlap: before the last window had\n"
-                   "passed; superseded by a later one; not_full: the recording ends inside its window; disarmed: once\n"
-                   "had its window; free_run: no event, mode auto), and the window when shown. A summary follows.\n"
-                   "Example:\n  tracery-scope events ecg.csv --level 0.4 --hysteresis 0.3 --span 1");
+    events->footer(
+        "One row an event, in order: its time, what became of it (shown; overlap: before the last window had\n"
+        "passed; superseded by a later one; not_full: the recording ends inside its window; disarmed: once\n"
+        "had its window; free_run: no event, mode auto), and the window when shown. A summary follows.\n"
+        "Example:\n  tracery-scope events ecg.csv --level 0.4 --hysteresis 0.3 --span 1");
     events->add_option("FILE", options.file, "The recording")->required();
     addTrigger(*events, options.trigger, [] {});
-    events->add_option_function<std::string>("--from", quantity(options.from, "--from"),
-                                             "Where to start [default: the recording's start]")
+    events
+        ->add_option_function<std::string>("--from", quantity(options.from, "--from"),
+                                           "Where to start [default: the recording's start]")
         ->type_name("TIME");
-    events->add_option_function<std::string>("--span", quantity(options.span, "--span"),
-                                             "How much time a window shows [default: a tenth of the recording]")
+    events
+        ->add_option_function<std::string>("--span", quantity(options.span, "--span"),
+                                           "How much time a window shows [default: a tenth of the recording]")
         ->type_name("TIME");
-    events->add_option_function<std::string>("--rate", quantity(options.rate, "--rate"),
-                                             "Samples per second, for a file that gives no times")
+    events
+        ->add_option_function<std::string>("--rate", quantity(options.rate, "--rate"),
+                                           "Samples per second, for a file that gives no times")
         ->type_name("HZ");
     events->add_option("--block", options.blockSteps, "Samples handed to the detector at once [default: 1024]")
         ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 24));

@@ -14,9 +14,9 @@ struct Prefix {
     std::string_view text;
     double factor;
 };
-constexpr std::array kPrefixes{Prefix{"a", 1e-18}, Prefix{"f", 1e-15}, Prefix{"p", 1e-12}, Prefix{"n", 1e-9},
-                               Prefix{"\u00b5", 1e-6}, Prefix{"u", 1e-6}, Prefix{"m", 1e-3}, Prefix{"", 1.0},
-                               Prefix{"k", 1e3}, Prefix{"M", 1e6}, Prefix{"G", 1e9}, Prefix{"T", 1e12}};
+constexpr std::array kPrefixes{Prefix{"a", 1e-18},     Prefix{"f", 1e-15}, Prefix{"p", 1e-12}, Prefix{"n", 1e-9},
+                               Prefix{"\u00b5", 1e-6}, Prefix{"u", 1e-6},  Prefix{"m", 1e-3},  Prefix{"", 1.0},
+                               Prefix{"k", 1e3},       Prefix{"M", 1e6},   Prefix{"G", 1e9},   Prefix{"T", 1e12}};
 constexpr std::array<std::string_view, 7> kUnits{"", "s", "Hz", "V", "A", "g", "S/s"};
 
 } // namespace

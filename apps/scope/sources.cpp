@@ -45,8 +45,8 @@ TriggerSource findTriggerSource(const Recordings& recordings, const std::string&
     throw UsageError("--source: there is no channel '" + wanted + "'; there are " + channelNames(recordings));
 }
 
-BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate,
-                        const TriggerSource& source, double from, std::size_t steps)
+BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate, const TriggerSource& source,
+                        double from, std::size_t steps)
 {
     return {openRecording(files[source.port], {rate}), from, std::numeric_limits<double>::infinity(), steps};
 }
@@ -63,8 +63,8 @@ std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std
         if (range.finite == 0)
             throw UsageError("nothing triggers: the trigger channel has only gaps: no number in it");
     }
-    auto scan = std::make_unique<TriggerScan>(openBatches(files, rate, source, from, blockSteps), source.channel, from,
-                                              span);
+    auto scan =
+        std::make_unique<TriggerScan>(openBatches(files, rate, source, from, blockSteps), source.channel, from, span);
     configure(scan->controller(), settings, range);
     return scan;
 }

@@ -33,13 +33,13 @@ struct TriggerSource {
 TriggerSource findTriggerSource(const Recordings& recordings, const std::string& wanted);
 
 /// Batches of the source's recording, from `from` on.
-BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate,
-                        const TriggerSource& source, double from, std::size_t steps = 4096);
+BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate, const TriggerSource& source,
+                        double from, std::size_t steps = 4096);
 
 /// A scan of the source's recording with its controller set up; reads the recording once before when a level is a
 /// share of the signal's range.
 std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std::optional<double> rate,
-                                      const TriggerSource& source, const TriggerSettings& settings, double from, double span,
-                                      std::size_t blockSteps);
+                                      const TriggerSource& source, const TriggerSettings& settings, double from,
+                                      double span, std::size_t blockSteps);
 
 } // namespace scope

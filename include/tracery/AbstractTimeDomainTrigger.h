@@ -93,8 +93,8 @@ protected:
     /// The settings of detectors of one level, and of two. The others keep their initial values.
     AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level, double hysteresis,
                               double holdoff);
-    AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
-                              double lowerLevel, double minTime, double maxTime, double holdoff);
+    AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
+                              double minTime, double maxTime, double holdoff);
 
     // Copied as part of a detector only, so that none is sliced.
     AbstractTimeDomainTrigger(const AbstractTimeDomainTrigger&) = default;

@@ -11,11 +11,10 @@ namespace tracery {
 /// and fires below the level. All strict: a sample on the level neither arms nor crosses.
 class TRACERY_EXPORT EdgeTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
-    EdgeTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level, double hysteresis,
-                          double holdoff);
+    EdgeTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level, double hysteresis, double holdoff);
 
-    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema,
-                          double time, EventQueue& queue) override;
+    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema, double time,
+                          EventQueue& queue) override;
     void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
                           EventQueue& queue) override;
 

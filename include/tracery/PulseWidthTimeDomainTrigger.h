@@ -12,11 +12,11 @@ namespace tracery {
 /// middle between the levels.
 class TRACERY_EXPORT PulseWidthTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
-    PulseWidthTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
-                                double lowerLevel, double minTime, double maxTime, double holdoff);
+    PulseWidthTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
+                                double minTime, double maxTime, double holdoff);
 
-    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema,
-                          double time, EventQueue& queue) override;
+    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema, double time,
+                          EventQueue& queue) override;
     void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
                           EventQueue& queue) override;
 

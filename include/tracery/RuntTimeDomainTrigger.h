@@ -15,8 +15,8 @@ public:
     RuntTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
                           double minTime, double maxTime, double holdoff);
 
-    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema,
-                          double time, EventQueue& queue) override;
+    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema, double time,
+                          EventQueue& queue) override;
     void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
                           EventQueue& queue) override;
 

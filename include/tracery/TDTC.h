@@ -14,14 +14,7 @@ enum class PolarityEnum : std::int32_t { Negative = -1, Either = 0, Positive = 1
 enum class ModeEnum : std::int32_t { Auto = 0, Normal = 1, Once = 2, Off = 3 };
 
 /// The kind of detector.
-enum class TypeEnum : std::int32_t {
-    Edge = 0,
-    PulseWidth = 1,
-    Transition = 2,
-    Runt = 3,
-    Window = 4,
-    Timeout = 5
-};
+enum class TypeEnum : std::int32_t { Edge = 0, PulseWidth = 1, Transition = 2, Runt = 3, Window = 4, Timeout = 5 };
 
 /// Which real quantity of the channel is triggered on. There is no value 0.
 enum class ComplexityEnum : std::int32_t { Scalar = 1, Real = 2, Imaginary = 3, Magnitude = 4, Phase = 5 };

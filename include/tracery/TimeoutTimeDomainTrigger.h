@@ -14,8 +14,8 @@ public:
     TimeoutTimeDomainTrigger(TDTC::PolarityEnum polarity, double level, double hysteresis, double holdoff,
                              double timeout);
 
-    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema,
-                          double time, EventQueue& queue) override;
+    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema, double time,
+                          EventQueue& queue) override;
     void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
                           EventQueue& queue) override;
 

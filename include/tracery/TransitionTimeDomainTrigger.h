@@ -10,11 +10,11 @@ namespace tracery {
 /// reach the far level. The duration runs from leaving the near level. A sample on a level has reached it.
 class TRACERY_EXPORT TransitionTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
-    TransitionTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
-                                double lowerLevel, double minTime, double maxTime, double holdoff);
+    TransitionTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
+                                double minTime, double maxTime, double holdoff);
 
-    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema,
-                          double time, EventQueue& queue) override;
+    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema, double time,
+                          EventQueue& queue) override;
     void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
                           EventQueue& queue) override;
 

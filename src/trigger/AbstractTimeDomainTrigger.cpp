@@ -17,8 +17,7 @@ TimedSample sampleOf(const Element* samples, bool imagPart, std::uint64_t i)
 
 /// The crossing at sample i; `previous` is the last sample of the block before.
 template <class Element>
-double crossingAt(const Element* samples, bool imagPart, std::uint64_t i, const TimedSample& previous,
-                  double level)
+double crossingAt(const Element* samples, bool imagPart, std::uint64_t i, const TimedSample& previous, double level)
 {
     const TimedSample before = i > 0 ? sampleOf(samples, imagPart, i - 1) : previous;
     return crossingTime(before, sampleOf(samples, imagPart, i), level);
@@ -26,16 +25,15 @@ double crossingAt(const Element* samples, bool imagPart, std::uint64_t i, const 
 
 } // namespace
 
-AbstractTimeDomainTrigger::AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel,
-                                                     double level, double hysteresis, double holdoff)
+AbstractTimeDomainTrigger::AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level,
+                                                     double hysteresis, double holdoff)
     : polarity_(polarity), autoLevel_(autoLevel), level_(level), hysteresis_(hysteresis), holdoff_(holdoff)
 {}
 
-AbstractTimeDomainTrigger::AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel,
-                                                     double upperLevel, double lowerLevel, double minTime,
-                                                     double maxTime, double holdoff)
-    : polarity_(polarity), autoLevel_(autoLevel), upperLevel_(upperLevel), lowerLevel_(lowerLevel),
-      minTime_(minTime), maxTime_(maxTime), holdoff_(holdoff)
+AbstractTimeDomainTrigger::AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
+                                                     double lowerLevel, double minTime, double maxTime, double holdoff)
+    : polarity_(polarity), autoLevel_(autoLevel), upperLevel_(upperLevel), lowerLevel_(lowerLevel), minTime_(minTime),
+      maxTime_(maxTime), holdoff_(holdoff)
 {}
 
 AbstractTimeDomainTrigger::~AbstractTimeDomainTrigger() = default;
@@ -90,8 +88,7 @@ double AbstractTimeDomainTrigger::interpTime(const double* samples, std::uint64_
 {
     return crossingAt(samples, processImagPart_, i, {lastSampleTime_, lastSampleValue_}, level);
 }
-double AbstractTimeDomainTrigger::interpTime(const std::complex<double>* samples, std::uint64_t i,
-                                             double level) const
+double AbstractTimeDomainTrigger::interpTime(const std::complex<double>* samples, std::uint64_t i, double level) const
 {
     return crossingAt(samples, processImagPart_, i, {lastSampleTime_, lastSampleValue_}, level);
 }

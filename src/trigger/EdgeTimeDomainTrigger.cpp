@@ -20,11 +20,10 @@ void EdgeTimeDomainTrigger::reset()
 template <class Element, class Crossing>
 void EdgeTimeDomainTrigger::pushCrossings(std::span<const Element> pairs, Crossing crosses, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_},
-         [&](TimedSample before, TimedSample now) {
-             if (crosses(now.value))
-                 push(queue, crossingTime(before, now, level_));
-         });
+    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+        if (crosses(now.value))
+            push(queue, crossingTime(before, now, level_));
+    });
 }
 
 template <class Element>
@@ -42,10 +41,9 @@ void EdgeTimeDomainTrigger::updateNegEventQueue(std::span<const Element> pairs, 
 template <class Element>
 void EdgeTimeDomainTrigger::updateAnyEventQueue(std::span<const Element> pairs, EventQueue& queue)
 {
-    pushCrossings(
-        pairs,
-        EitherCrossing{armedPositive_, armedNegative_, level_, level_ - hysteresis_, level_ + hysteresis_},
-        queue);
+    pushCrossings(pairs,
+                  EitherCrossing{armedPositive_, armedNegative_, level_, level_ - hysteresis_, level_ + hysteresis_},
+                  queue);
 }
 
 template <class Element>

@@ -4,9 +4,9 @@
 
 namespace tracery {
 
-PulseWidthTimeDomainTrigger::PulseWidthTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel,
-                                                         double upperLevel, double lowerLevel, double minTime,
-                                                         double maxTime, double holdoff)
+PulseWidthTimeDomainTrigger::PulseWidthTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
+                                                         double lowerLevel, double minTime, double maxTime,
+                                                         double holdoff)
     : AbstractTimeDomainTrigger(polarity, autoLevel, upperLevel, lowerLevel, minTime, maxTime, holdoff)
 {}
 
@@ -28,38 +28,36 @@ void PulseWidthTimeDomainTrigger::pushNegPulse(EventQueue& queue, double time)
 }
 
 template <class Element>
-void PulseWidthTimeDomainTrigger::update(std::span<const Element> pairs, const double* extrema,
-                                         EventQueue& queue)
+void PulseWidthTimeDomainTrigger::update(std::span<const Element> pairs, const double* extrema, EventQueue& queue)
 {
     if (pairs.empty())
         return;
     followTwoLevels(extrema);
     const double middle = (upperLevel_ + lowerLevel_) / 2;
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_},
-         [&](TimedSample before, TimedSample now) {
-             if (armedRise_ && now.value > middle) {
-                 armedRise_ = false;
-                 riseTime_ = crossingTime(before, now, middle);
-             }
-             if (armedFall_ && now.value < middle) {
-                 armedFall_ = false;
-                 fallTime_ = crossingTime(before, now, middle);
-             }
-             if (now.value < lowerLevel_) {
-                 if (watchesPositive() && highSeen_) {
-                     pushPosPulse(queue, crossingTime(before, now, lowerLevel_));
-                     highSeen_ = false;
-                 }
-                 armedRise_ = lowSeen_ = true;
-             }
-             if (now.value > upperLevel_) {
-                 if (watchesNegative() && lowSeen_) {
-                     pushNegPulse(queue, crossingTime(before, now, upperLevel_));
-                     lowSeen_ = false;
-                 }
-                 armedFall_ = highSeen_ = true;
-             }
-         });
+    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+        if (armedRise_ && now.value > middle) {
+            armedRise_ = false;
+            riseTime_ = crossingTime(before, now, middle);
+        }
+        if (armedFall_ && now.value < middle) {
+            armedFall_ = false;
+            fallTime_ = crossingTime(before, now, middle);
+        }
+        if (now.value < lowerLevel_) {
+            if (watchesPositive() && highSeen_) {
+                pushPosPulse(queue, crossingTime(before, now, lowerLevel_));
+                highSeen_ = false;
+            }
+            armedRise_ = lowSeen_ = true;
+        }
+        if (now.value > upperLevel_) {
+            if (watchesNegative() && lowSeen_) {
+                pushNegPulse(queue, crossingTime(before, now, upperLevel_));
+                lowSeen_ = false;
+            }
+            armedFall_ = highSeen_ = true;
+        }
+    });
     cacheLastSample(pairs.data(), pairs.size() / 2);
 }
 
@@ -69,8 +67,8 @@ void PulseWidthTimeDomainTrigger::updateEventQueue(const std::complex<double>* s
     update(std::span(samples, 2 * n), extrema, queue);
 }
 
-void PulseWidthTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n,
-                                                   const double* extrema, double /*time*/, EventQueue& queue)
+void PulseWidthTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
+                                                   double /*time*/, EventQueue& queue)
 {
     update(std::span(samples, 2 * n), extrema, queue);
 }

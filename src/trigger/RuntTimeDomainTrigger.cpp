@@ -5,8 +5,7 @@
 namespace tracery {
 
 RuntTimeDomainTrigger::RuntTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
-                                             double lowerLevel, double minTime, double maxTime,
-                                             double holdoff)
+                                             double lowerLevel, double minTime, double maxTime, double holdoff)
     : AbstractTimeDomainTrigger(polarity, autoLevel, upperLevel, lowerLevel, minTime, maxTime, holdoff)
 {}
 
@@ -23,32 +22,31 @@ void RuntTimeDomainTrigger::update(std::span<const Element> pairs, const double*
     if (pairs.empty())
         return;
     followTwoLevels(extrema);
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_},
-         [&](TimedSample before, TimedSample now) {
-             if (!between_ && lowerLevel_ < now.value && now.value < upperLevel_) {
-                 if (belowLower_)
-                     startTime_ = crossingTime(before, now, lowerLevel_);
-                 else if (aboveUpper_)
-                     startTime_ = crossingTime(before, now, upperLevel_);
-                 between_ = true;
-             }
-             if (now.value >= upperLevel_) {
-                 if (watchesNegative() && between_ && aboveUpper_ && !belowLower_) {
-                     const double end = crossingTime(before, now, upperLevel_);
-                     pushInTimeBounds(queue, end - startTime_, end);
-                 }
-                 aboveUpper_ = true;
-                 between_ = belowLower_ = false;
-             }
-             if (now.value <= lowerLevel_) {
-                 if (watchesPositive() && between_ && belowLower_ && !aboveUpper_) {
-                     const double end = crossingTime(before, now, lowerLevel_);
-                     pushInTimeBounds(queue, end - startTime_, end);
-                 }
-                 aboveUpper_ = between_ = false;
-                 belowLower_ = true;
-             }
-         });
+    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+        if (!between_ && lowerLevel_ < now.value && now.value < upperLevel_) {
+            if (belowLower_)
+                startTime_ = crossingTime(before, now, lowerLevel_);
+            else if (aboveUpper_)
+                startTime_ = crossingTime(before, now, upperLevel_);
+            between_ = true;
+        }
+        if (now.value >= upperLevel_) {
+            if (watchesNegative() && between_ && aboveUpper_ && !belowLower_) {
+                const double end = crossingTime(before, now, upperLevel_);
+                pushInTimeBounds(queue, end - startTime_, end);
+            }
+            aboveUpper_ = true;
+            between_ = belowLower_ = false;
+        }
+        if (now.value <= lowerLevel_) {
+            if (watchesPositive() && between_ && belowLower_ && !aboveUpper_) {
+                const double end = crossingTime(before, now, lowerLevel_);
+                pushInTimeBounds(queue, end - startTime_, end);
+            }
+            aboveUpper_ = between_ = false;
+            belowLower_ = true;
+        }
+    });
     cacheLastSample(pairs.data(), pairs.size() / 2);
 }
 

@@ -5,8 +5,8 @@
 
 namespace tracery {
 
-TimeoutTimeDomainTrigger::TimeoutTimeDomainTrigger(TDTC::PolarityEnum polarity, double level,
-                                                   double hysteresis, double holdoff, double timeout)
+TimeoutTimeDomainTrigger::TimeoutTimeDomainTrigger(TDTC::PolarityEnum polarity, double level, double hysteresis,
+                                                   double holdoff, double timeout)
     : AbstractTimeDomainTrigger(polarity, false, level, hysteresis, holdoff)
 {
     timeout_ = timeout;
@@ -21,18 +21,16 @@ void TimeoutTimeDomainTrigger::reset()
 }
 
 template <class Element, class Crossing>
-void TimeoutTimeDomainTrigger::pushTimeouts(std::span<const Element> pairs, Crossing crosses,
-                                            EventQueue& queue)
+void TimeoutTimeDomainTrigger::pushTimeouts(std::span<const Element> pairs, Crossing crosses, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_},
-         [&](TimedSample before, TimedSample now) {
-             if (crosses(now.value))
-                 lastCrossingTime_ = crossingTime(before, now, level_);
-             if (now.time - timeout_ > lastCrossingTime_) {
-                 push(queue, now.time);
-                 lastCrossingTime_ = kWaitForCrossing; // even when holdoff refused the event
-             }
-         });
+    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+        if (crosses(now.value))
+            lastCrossingTime_ = crossingTime(before, now, level_);
+        if (now.time - timeout_ > lastCrossingTime_) {
+            push(queue, now.time);
+            lastCrossingTime_ = kWaitForCrossing; // even when holdoff refused the event
+        }
+    });
 }
 
 template <class Element>
@@ -50,10 +48,9 @@ void TimeoutTimeDomainTrigger::updateNegEventQueue(std::span<const Element> pair
 template <class Element>
 void TimeoutTimeDomainTrigger::updateAnyEventQueue(std::span<const Element> pairs, EventQueue& queue)
 {
-    pushTimeouts(
-        pairs,
-        EitherCrossing{armedPositive_, armedNegative_, level_, level_ - hysteresis_, level_ + hysteresis_},
-        queue);
+    pushTimeouts(pairs,
+                 EitherCrossing{armedPositive_, armedNegative_, level_, level_ - hysteresis_, level_ + hysteresis_},
+                 queue);
 }
 
 template <class Element>
@@ -78,8 +75,8 @@ void TimeoutTimeDomainTrigger::updateEventQueue(const std::complex<double>* samp
     update(std::span(samples, 2 * n), queue);
 }
 
-void TimeoutTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n,
-                                                const double* /*extrema*/, double /*time*/, EventQueue& queue)
+void TimeoutTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* /*extrema*/,
+                                                double /*time*/, EventQueue& queue)
 {
     update(std::span(samples, 2 * n), queue);
 }

@@ -4,9 +4,8 @@
 
 namespace tracery {
 
-WindowTimeDomainTrigger::WindowTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel,
-                                                 double upperLevel, double lowerLevel, double minTime,
-                                                 double maxTime, double holdoff)
+WindowTimeDomainTrigger::WindowTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
+                                                 double lowerLevel, double minTime, double maxTime, double holdoff)
     : AbstractTimeDomainTrigger(polarity, autoLevel, upperLevel, lowerLevel, minTime, maxTime, holdoff)
 {}
 
@@ -33,8 +32,7 @@ void WindowTimeDomainTrigger::enterBand(TimedSample before, TimedSample now)
     inside_ = true;
 }
 
-void WindowTimeDomainTrigger::begin(bool& open, double& start, double level, TimedSample before,
-                                    TimedSample now)
+void WindowTimeDomainTrigger::begin(bool& open, double& start, double level, TimedSample before, TimedSample now)
 {
     start = crossingTime(before, now, level);
     open = true;
@@ -51,51 +49,48 @@ void WindowTimeDomainTrigger::end(bool& open, double start, double level, TimedS
 template <class Element>
 void WindowTimeDomainTrigger::updateInsideEventQueue(std::span<const Element> pairs, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_},
-         [&](TimedSample before, TimedSample now) {
-             if (!inside_ && lowerLevel_ < now.value && now.value < upperLevel_)
-                 enterBand(before, now);
-             above_ = now.value >= upperLevel_;
-             below_ = now.value <= lowerLevel_;
-             if (inside_ && (above_ || below_))
-                 end(inside_, entryTime_, above_ ? upperLevel_ : lowerLevel_, before, now, queue);
-         });
+    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+        if (!inside_ && lowerLevel_ < now.value && now.value < upperLevel_)
+            enterBand(before, now);
+        above_ = now.value >= upperLevel_;
+        below_ = now.value <= lowerLevel_;
+        if (inside_ && (above_ || below_))
+            end(inside_, entryTime_, above_ ? upperLevel_ : lowerLevel_, before, now, queue);
+    });
 }
 
 template <class Element>
 void WindowTimeDomainTrigger::updateOutsideEventQueue(std::span<const Element> pairs, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_},
-         [&](TimedSample before, TimedSample now) {
-             if (!above_ && now.value > upperLevel_)
-                 begin(above_, aboveStart_, upperLevel_, before, now);
-             if (!below_ && now.value < lowerLevel_)
-                 begin(below_, belowStart_, lowerLevel_, before, now);
-             if (above_ && now.value <= upperLevel_)
-                 end(above_, aboveStart_, upperLevel_, before, now, queue);
-             if (below_ && now.value >= lowerLevel_)
-                 end(below_, belowStart_, lowerLevel_, before, now, queue);
-         });
+    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+        if (!above_ && now.value > upperLevel_)
+            begin(above_, aboveStart_, upperLevel_, before, now);
+        if (!below_ && now.value < lowerLevel_)
+            begin(below_, belowStart_, lowerLevel_, before, now);
+        if (above_ && now.value <= upperLevel_)
+            end(above_, aboveStart_, upperLevel_, before, now, queue);
+        if (below_ && now.value >= lowerLevel_)
+            end(below_, belowStart_, lowerLevel_, before, now, queue);
+    });
 }
 
 template <class Element>
 void WindowTimeDomainTrigger::updateEitherEventQueue(std::span<const Element> pairs, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_},
-         [&](TimedSample before, TimedSample now) {
-             if (!inside_ && lowerLevel_ < now.value && now.value < upperLevel_)
-                 enterBand(before, now);
-             if (!above_ && now.value >= upperLevel_)
-                 begin(above_, aboveStart_, upperLevel_, before, now);
-             if (!below_ && now.value <= lowerLevel_)
-                 begin(below_, belowStart_, lowerLevel_, before, now);
-             if (inside_ && (now.value >= upperLevel_ || now.value <= lowerLevel_))
-                 end(inside_, entryTime_, above_ ? upperLevel_ : lowerLevel_, before, now, queue);
-             if (above_ && now.value < upperLevel_)
-                 end(above_, aboveStart_, upperLevel_, before, now, queue);
-             if (below_ && now.value > lowerLevel_)
-                 end(below_, belowStart_, lowerLevel_, before, now, queue);
-         });
+    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+        if (!inside_ && lowerLevel_ < now.value && now.value < upperLevel_)
+            enterBand(before, now);
+        if (!above_ && now.value >= upperLevel_)
+            begin(above_, aboveStart_, upperLevel_, before, now);
+        if (!below_ && now.value <= lowerLevel_)
+            begin(below_, belowStart_, lowerLevel_, before, now);
+        if (inside_ && (now.value >= upperLevel_ || now.value <= lowerLevel_))
+            end(inside_, entryTime_, above_ ? upperLevel_ : lowerLevel_, before, now, queue);
+        if (above_ && now.value < upperLevel_)
+            end(above_, aboveStart_, upperLevel_, before, now, queue);
+        if (below_ && now.value > lowerLevel_)
+            end(below_, belowStart_, lowerLevel_, before, now, queue);
+    });
 }
 
 template <class Element>

@@ -1,4 +1,5 @@
 #include "Feed.h"
+
 #include "scope/TableRecording.h"
 
 #include <gtest/gtest.h>
@@ -91,8 +92,7 @@ TEST(FeedThreadTest, AReadersErrorArrivesAndAnUnfinishedFeedStops)
     }
     table.failAt = 300000;
     Feed feed(open({table}), 0, 1e9);
-    EXPECT_THROW(
-        while (feed.next()) {}, InputError);
+    EXPECT_THROW(while (feed.next()){}, InputError);
 }
 
 } // namespace

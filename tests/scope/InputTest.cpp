@@ -91,8 +91,7 @@ TEST_F(InputTest, BlocksOfAnySizeGiveTheSameSteps)
         EXPECT_EQ(all.steps(), recording->info().steps.value_or(all.steps()));
         for (const std::size_t blockSteps : {1U, 7U, 1000U}) {
             recording->seek(-kInfinity);
-            EXPECT_TRUE(same(rest(*recording, blockSteps), all))
-                << recording->info().path << " by " << blockSteps;
+            EXPECT_TRUE(same(rest(*recording, blockSteps), all)) << recording->info().path << " by " << blockSteps;
         }
     }
 }
@@ -108,8 +107,8 @@ TEST_F(InputTest, SeekGoesToTheLastStepBeforeATime)
         for (const double time : times) {
             const auto notBefore = std::ranges::lower_bound(all.times, time) - all.times.begin();
             recording->seek(time);
-            const Block expected = after(
-                all, static_cast<std::size_t>(std::max<std::ptrdiff_t>(notBefore - 1, 0)), recording->info());
+            const Block expected =
+                after(all, static_cast<std::size_t>(std::max<std::ptrdiff_t>(notBefore - 1, 0)), recording->info());
             EXPECT_TRUE(same(rest(*recording), expected)) << recording->info().path << " at " << time;
         }
     }
@@ -153,8 +152,7 @@ TEST_F(InputTest, SoundKeepsItsValuesAndTellsItsFormat)
 TEST_F(InputTest, WavFilesCutShortAreRefused)
 {
     const int pcm = SF_FORMAT_PCM_16;
-    for (const int format :
-         {SF_FORMAT_WAV | pcm, SF_ENDIAN_BIG | SF_FORMAT_WAV | pcm, SF_FORMAT_RF64 | pcm}) {
+    for (const int format : {SF_FORMAT_WAV | pcm, SF_ENDIAN_BIG | SF_FORMAT_WAV | pcm, SF_FORMAT_RF64 | pcm}) {
         const auto size = std::filesystem::file_size(writeSound("cut.wav", format, 1, 100));
         EXPECT_EQ(failure("cut.wav"), "none");
         std::filesystem::resize_file(path("cut.wav"), size - 31);
@@ -250,9 +248,8 @@ TEST_F(InputTest, WhatIsWrongWithASigMfPairIsToldWithTheFile)
               "bytes, found 3");
     EXPECT_EQ(failureOf(good, "ab", R"([{"core:header_bytes": 2}])"), "x: holds no samples");
     EXPECT_EQ(failureOf(good, ""), "x.sigmf-data: the file is empty");
-    EXPECT_EQ(
-        failureOf(good, "ab", R"([{"core:header_bytes": 3}])"),
-        "x.sigmf-data: byte 2: the file ends here, within the header and trailing bytes of its description");
+    EXPECT_EQ(failureOf(good, "ab", R"([{"core:header_bytes": 3}])"),
+              "x.sigmf-data: byte 2: the file ends here, within the header and trailing bytes of its description");
     EXPECT_EQ(failureOf(good, "ab", R"([{}, {"core:header_bytes": 3}])"),
               "x.sigmf-meta: core:header_bytes: expected it in the first capture only");
     EXPECT_EQ(failureOf(good + R"(, "core:num_channels": 0)", "ab"),
@@ -264,8 +261,7 @@ TEST_F(InputTest, WhatIsWrongWithASigMfPairIsToldWithTheFile)
     EXPECT_EQ(failureOf(R"("core:sample_rate": 4)", "ab"), "x.sigmf-meta: core:datatype is missing");
     EXPECT_EQ(failureOf(R"("core:datatype": "cu8")", "ab"),
               "x: gives neither times nor a rate: say the steps per second with --rate");
-    EXPECT_TRUE(
-        failureOf("\n\"core:datatype\": ,", "ab").starts_with("x.sigmf-meta: line 2, column 18: not JSON: "));
+    EXPECT_TRUE(failureOf("\n\"core:datatype\": ,", "ab").starts_with("x.sigmf-meta: line 2, column 18: not JSON: "));
 
     write("x.sigmf-meta", "[]");
     EXPECT_EQ(failure("x"), "x.sigmf-meta: the description: expected an object, found []");
@@ -287,8 +283,7 @@ TEST_F(InputTest, FilesThatAreNoRecordingsAreToldInOneLine)
         EXPECT_EQ(failure("empty" + ending), "empty" + ending + ": the file is empty");
     }
     write("text.doc", "hello");
-    EXPECT_TRUE(failure("text.doc").starts_with("text.doc: unknown format; expected WAV, FLAC"))
-        << failure("text.doc");
+    EXPECT_TRUE(failure("text.doc").starts_with("text.doc: unknown format; expected WAV, FLAC")) << failure("text.doc");
     write("head.wav", std::string("RIFF\x04\0\0\0WAVE", 12));
     EXPECT_TRUE(failure("head.wav").starts_with("head.wav: cannot be decoded: ")) << failure("head.wav");
     writeSound("none.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 0);
@@ -300,13 +295,11 @@ TEST_F(InputTest, ARateIsAskedForOnceAndIsPositive)
     write("times.csv", "time,a\n1,2\n");
     EXPECT_EQ(failure("times.csv", {10.0}), "times.csv: has its own times: leave out --rate");
     writeSound("own.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 10);
-    EXPECT_EQ(failure("own.wav", {10.0}),
-              "own.wav: has its own rate, 8000 steps per second: leave out --rate");
+    EXPECT_EQ(failure("own.wav", {10.0}), "own.wav: has its own rate, 8000 steps per second: leave out --rate");
     write("none.csv", "a\n2\n");
     EXPECT_EQ(failure("none.csv", {10.0}), "none");
     for (const double rate : {0.0, -1.0, kInfinity, kNaN})
-        EXPECT_TRUE(failure("none.csv", {rate}).starts_with("none.csv: the rate must be a positive number"))
-            << rate;
+        EXPECT_TRUE(failure("none.csv", {rate}).starts_with("none.csv: the rate must be a positive number")) << rate;
 }
 
 } // namespace

@@ -69,12 +69,8 @@ std::string failure(const Figure& figure, const std::string& path)
 Figure figureOf(std::vector<Point> points)
 {
     Figure figure;
-    figure.panels = {{.yLabel = "v",
-                      .yUnit = "V",
-                      .yMin = -1,
-                      .yMax = 1,
-                      .traces = {{"a", std::move(points)}},
-                      .levels = {}}};
+    figure.panels = {
+        {.yLabel = "v", .yUnit = "V", .yMin = -1, .yMax = 1, .traces = {{"a", std::move(points)}}, .levels = {}}};
     figure.width = 400;
     figure.height = 300;
     return figure;
@@ -112,8 +108,7 @@ public:
     }
 
 private:
-    std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface_{nullptr,
-                                                                                cairo_surface_destroy};
+    std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface_{nullptr, cairo_surface_destroy};
 };
 
 constexpr int kUnderLegend = 30; // pixels from the top of a figure that has no title
@@ -180,9 +175,7 @@ bool isPlainNumber(std::string_view label)
 TEST_F(PictureTest, TicksOfRangesOfEverySizeAreOrderedInsideAndToldApartByTheirLabels)
 {
     std::mt19937_64 random(7);
-    const auto uniform = [&](double low, double high) {
-        return std::uniform_real_distribution(low, high)(random);
-    };
+    const auto uniform = [&](double low, double high) { return std::uniform_real_distribution(low, high)(random); };
     const std::vector<std::string> units = {"", "V", "s", "dB", "°"};
     for (int i = 0; i < 20000; ++i) {
         const std::string& unit = units[random() % units.size()];
@@ -245,14 +238,10 @@ TEST_F(PictureTest, ComfortableLimitsLeaveAMarginOfFiveToTenPercent)
         const double span = std::pow(10.0, exponent(random));
         const double low = span * part(random), high = low + span;
         const Limits limits = comfortableLimits(low, high);
-        EXPECT_TRUE(limits.low <= low - 0.049 * span && limits.low >= low - 0.101 * span)
-            << low << ' ' << high;
-        EXPECT_TRUE(limits.high >= high + 0.049 * span && limits.high <= high + 0.101 * span)
-            << low << ' ' << high;
+        EXPECT_TRUE(limits.low <= low - 0.049 * span && limits.low >= low - 0.101 * span) << low << ' ' << high;
+        EXPECT_TRUE(limits.high >= high + 0.049 * span && limits.high <= high + 0.101 * span) << low << ' ' << high;
     }
-    const auto is = [](Limits limits, double low, double high) {
-        return limits.low == low && limits.high == high;
-    };
+    const auto is = [](Limits limits, double low, double high) { return limits.low == low && limits.high == high; };
     EXPECT_TRUE(is(comfortableLimits(5, 5), 4.5, 5.5));
     EXPECT_TRUE(is(comfortableLimits(0, 0), -1, 1));
     EXPECT_TRUE(is(comfortableLimits(kInfinity, -kInfinity), 0, 1));
@@ -367,8 +356,7 @@ TEST_F(PictureTest, TracesOfOneNameShareAStyleAcrossPanelsOnly)
     const Styles styles(figure);
     EXPECT_EQ(styles.labels(), (std::vector<std::string>{"a", "b", "b", "c"}));
     const auto same = [](const TraceStyle& a, const TraceStyle& b) {
-        return a.colour.red == b.colour.red && a.colour.green == b.colour.green &&
-               a.colour.blue == b.colour.blue;
+        return a.colour.red == b.colour.red && a.colour.green == b.colour.green && a.colour.blue == b.colour.blue;
     };
     EXPECT_TRUE(same(styles.of(0, 0), styles.of(1, 1)));
     EXPECT_TRUE(same(styles.of(0, 2), styles.of(1, 2)));
@@ -413,8 +401,7 @@ TEST_F(PictureTest, WhateverFailsLeavesNothingBehind)
 
 TEST_F(PictureTest, ExtremeValuesAndAnyTextAreDrawn)
 {
-    const std::vector<double> values = {0,         1,          -1,   1e308,  -1.7e308,
-                                        kInfinity, -kInfinity, kNaN, 5e-324, 1 + 1e-15};
+    const std::vector<double> values = {0, 1, -1, 1e308, -1.7e308, kInfinity, -kInfinity, kNaN, 5e-324, 1 + 1e-15};
     std::mt19937_64 random(11);
     const auto any = [&] { return values[random() % values.size()]; };
     const auto text = [&] {

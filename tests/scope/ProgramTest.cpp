@@ -1,7 +1,6 @@
 // The program as a person runs it: exit status, one line for what is wrong, pictures whole or not at all.
 
 #include <gtest/gtest.h>
-
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -43,7 +42,8 @@ protected:
     };
     Outcome run(const std::string& arguments)
     {
-        const std::string command = "cd '" + folder_.string() + "' && '" TRACERY_SCOPE "' " + arguments + " >stdout.txt 2>stderr.txt";
+        const std::string command =
+            "cd '" + folder_.string() + "' && '" TRACERY_SCOPE "' " + arguments + " >stdout.txt 2>stderr.txt";
         const int status = std::system(command.c_str());
         return {WEXITSTATUS(status), read("stdout.txt"), read("stderr.txt")};
     }
@@ -57,7 +57,10 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
     write("ragged.csv", "time,a,b\n0,1,2\n1,2\n");
     write("text.csv", "time,a\n0,1\n1,abc\n");
     write("backwards.csv", "time,a\n0,1\n2,1\n1,1\n");
-    write("short.wav", std::string("RIFF\x24\x10\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\0\x10\0\0", 44) + "abcd");
+    write("short.wav",
+          std::string(
+              "RIFF\x24\x10\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\0\x10\0\0", 44) +
+              "abcd");
     write("noise.bin", std::string(300, 'x'));
     fs::create_directory(folder_ / "folder.csv");
     struct Case {

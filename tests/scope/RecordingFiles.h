@@ -63,8 +63,7 @@ protected:
 
 inline bool same(const std::vector<double>& a, const std::vector<double>& b)
 {
-    return std::ranges::equal(a, b,
-                              [](double x, double y) { return x == y || (std::isnan(x) && std::isnan(y)); });
+    return std::ranges::equal(a, b, [](double x, double y) { return x == y || (std::isnan(x) && std::isnan(y)); });
 }
 
 inline bool same(const Block& a, const Block& b)

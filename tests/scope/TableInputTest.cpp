@@ -18,18 +18,10 @@ TEST_F(TableInputTest, TablesAreUnderstoodFromTheirFirstLine)
     };
     const std::vector<Case> cases{
         {"plain.csv", "time,a,b\n1,2,3\n4,5,6", {"a", "", "b", ""}, {1, 4}, {2, 3, 5, 6}},
-        {"units.csv",
-         "Time (ms);v [V];\"i; \"\"x\"\" (mA)\"\n1;2;3\n",
-         {"v", "V", "i; \"x\"", "mA"},
-         {0.001},
-         {2, 3}},
+        {"units.csv", "Time (ms);v [V];\"i; \"\"x\"\" (mA)\"\n1;2;3\n", {"v", "V", "i; \"x\"", "mA"}, {0.001}, {2, 3}},
         {"tabs.TSV", "t [\u00b5s]\ta,b\n3\t4\n", {"a,b", ""}, {3e-6}, {4}},
         {"windows.txt", "\xEF\xBB\xBFseconds,a\r\n1,2\r\n\r\n3,4\r\n\r\n", {"a", ""}, {1, 3}, {2, 4}},
-        {"comments.csv",
-         "# made by hand\n\ntime,,b\n# first\n1,2,3\n #last\n",
-         {"ch1", "", "b", ""},
-         {1},
-         {2, 3}},
+        {"comments.csv", "# made by hand\n\ntime,,b\n# first\n1,2,3\n #last\n", {"ch1", "", "b", ""}, {1}, {2, 3}},
         {"bare.csv", "1,2,3\n4,5,6\n", {"ch1", "", "ch2", ""}, {1, 4}, {2, 3, 5, 6}},
         {"bareRate.csv", ",2\n3,4\n", {"ch1", "", "ch2", ""}, {0, 0.1}, {kNaN, 2, 3, 4}, {10.0}},
         {"rate.csv", "\"1\",time\n3,4\n", {"1", "", "time", ""}, {0}, {3, 4}, {10.0}},
@@ -63,8 +55,7 @@ TEST_F(TableInputTest, WhatIsWrongWithATableIsToldWithItsPlace)
         {"time,a\n1,1e\n", "line 2, column 2: expected a number, found '1e'"},
         {"time,a\n1,+-1\n", "line 2, column 2: expected a number, found '+-1'"},
         {"time,a\n1,a\tb\r\r\n", "line 2, column 2: expected a number, found 'a?b'"},
-        {"time,a\n1," + longText,
-         "line 2, column 2: expected a number, found '" + longText.substr(0, 40) + "...'"},
+        {"time,a\n1," + longText, "line 2, column 2: expected a number, found '" + longText.substr(0, 40) + "...'"},
         {"time [ms],a\n0.6,1\n0.5,1\n", "line 3: time 0.5 comes after 0.6; times must not decrease"},
         {"time,a\n,1\n", "line 2, column 1: expected a time, found ''"},
         {"time,a\n1,1\nnan,1\n", "line 3, column 1: expected a time, found 'nan'"},
@@ -97,8 +88,7 @@ TEST_F(TableInputTest, RowsThatStraddleChunksAreReadWhole)
         times.push_back(i);
         values.insert(values.end(), {std::strtod(shown.c_str(), nullptr), kNaN});
     }
-    const std::string comments =
-        "# " + std::string(100000, '-') + "\n"; // hides the rows from a look at the end only
+    const std::string comments = "# " + std::string(100000, '-') + "\n"; // hides the rows from a look at the end only
     for (const std::string& end : {std::string(), comments}) {
         const auto recording = openRecording(write("long.csv", text + end), {});
         EXPECT_EQ(recording->range().last, times.back());

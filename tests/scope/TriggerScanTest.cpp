@@ -1,5 +1,6 @@
-#include "scope/TableRecording.h"
 #include "trigger/TriggerScan.h"
+
+#include "scope/TableRecording.h"
 #include "trigger/explain.h"
 
 #include <gtest/gtest.h>
@@ -28,17 +29,22 @@ struct Plant {
 double pulse(std::size_t place, std::size_t from, std::size_t to) { return place >= from && place < to ? 1.0 : 0.0; }
 
 const Plant kPlants[] = {
-    {TypeEnum::Edge, [](std::size_t i, bool planted) { return pulse(i, 100, 200) * (planted ? 1.0 : 0.45); }, 100, 0, 1e9},
-    {TypeEnum::PulseWidth, [](std::size_t i, bool planted) { return pulse(i, 100, planted ? 200 : 150); }, 200, 0.08, 0.12},
+    {TypeEnum::Edge, [](std::size_t i, bool planted) { return pulse(i, 100, 200) * (planted ? 1.0 : 0.45); }, 100, 0,
+     1e9},
+    {TypeEnum::PulseWidth, [](std::size_t i, bool planted) { return pulse(i, 100, planted ? 200 : 150); }, 200, 0.08,
+     0.12},
     {TypeEnum::Transition,
      [](std::size_t i, bool planted) {
          return planted && i >= 100 && i < 120 ? static_cast<double>(i - 100) / 20 : pulse(i, planted ? 120 : 100, 300);
      },
      116, 0.01, 0.03},
-    {TypeEnum::Runt, [](std::size_t i, bool planted) { return pulse(i, 100, 150) * (planted ? 0.5 : 1.0); }, 150, 0, 1e9},
-    {TypeEnum::Window, [](std::size_t i, bool planted) { return 1 - pulse(i, 100, 150) * (planted ? 0.5 : 0.15); }, 150, 0, 1e9},
+    {TypeEnum::Runt, [](std::size_t i, bool planted) { return pulse(i, 100, 150) * (planted ? 0.5 : 1.0); }, 150, 0,
+     1e9},
+    {TypeEnum::Window, [](std::size_t i, bool planted) { return 1 - pulse(i, 100, 150) * (planted ? 0.5 : 0.15); }, 150,
+     0, 1e9},
     {TypeEnum::Timeout,
-     [](std::size_t i, bool planted) { return planted && i >= 300 && i < 700 ? 0.0 : pulse(i % 50, 10, 25); }, 461, 0, 1e9},
+     [](std::size_t i, bool planted) { return planted && i >= 300 && i < 700 ? 0.0 : pulse(i % 50, 10, 25); }, 461, 0,
+     1e9},
 };
 
 bool isPlanted(std::size_t cell) { return cell % 13 == 5; }
@@ -138,10 +144,12 @@ TEST(TriggerScanTest, SaysWhyNothingIsShown)
               "nothing triggers: 20 pulses measured, none of them lasted 3 s to 4 s");
     EXPECT_EQ(why(timeout, [](TriggerSettings& s) { s.timeout = 9; }),
               "nothing triggers: the signal never goes 9 s without crossing the level 500 m");
-    EXPECT_EQ(why(edge, [](TriggerSettings& s) { s.hysteresis.value = 0.6; }),
-              "nothing triggers: the signal, which runs from 0 to 1, never crosses the level 500 m with a hysteresis of "
-              "600 m in that direction");
-    EXPECT_EQ(why(edge, [](TriggerSettings&) {}, 100),
+    EXPECT_EQ(
+        why(edge, [](TriggerSettings& s) { s.hysteresis.value = 0.6; }),
+        "nothing triggers: the signal, which runs from 0 to 1, never crosses the level 500 m with a hysteresis of "
+        "600 m in that direction");
+    EXPECT_EQ(why(
+                  edge, [](TriggerSettings&) {}, 100),
               "2 events, but the recording ends before a window of 100 s is full");
     EXPECT_EQ(why(edge, [](TriggerSettings& s) { s.mode = ModeEnum::Off; }), "nothing is shown: the trigger is off");
     Plant gaps = edge;

@@ -22,10 +22,7 @@ struct Settings {
     double level = 0, hysteresis = 0, upper = 2.1, lower = 0.2;
     double minTime = 0, maxTime = std::numeric_limits<double>::infinity(), timeout = 0, holdoff = 0;
 
-    tracery::TDTC::PolarityEnum tdtcPolarity() const
-    {
-        return static_cast<tracery::TDTC::PolarityEnum>(polarity);
-    }
+    tracery::TDTC::PolarityEnum tdtcPolarity() const { return static_cast<tracery::TDTC::PolarityEnum>(polarity); }
 };
 
 struct Outcome {

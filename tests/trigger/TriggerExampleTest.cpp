@@ -54,15 +54,13 @@ TEST(EdgeTriggerTest, CrossesAtTheLevelAndRearmsBelowTheHysteresis)
 {
     const Settings settings{.hysteresis = 0.5};
     EXPECT_EQ(events<Edge>(settings, {-1, 0.2, 0.4, 0.6}), Events{1 / 1.2});
-    EXPECT_EQ(events<Edge>(settings, {-1, 1, -0.5, 1, -0.4, 1}), Events{0.5})
-        << "on the arming level is not below it";
+    EXPECT_EQ(events<Edge>(settings, {-1, 1, -0.5, 1, -0.4, 1}), Events{0.5}) << "on the arming level is not below it";
     EXPECT_EQ(events<Edge>({}, {-1, 0, 0, 1}), Events{2}) << "a sample on the level neither arms nor crosses";
 }
 
 TEST(EdgeTriggerTest, EitherPolarityReportsEveryEdgeOfASquareWave)
 {
-    EXPECT_EQ(events<Edge>({.polarity = 0, .hysteresis = 0.5}, {-1, -1, 1, 1, -1, 1}),
-              (Events{1.5, 3.5, 4.5}));
+    EXPECT_EQ(events<Edge>({.polarity = 0, .hysteresis = 0.5}, {-1, -1, 1, 1, -1, 1}), (Events{1.5, 3.5, 4.5}));
 }
 
 TEST(EdgeTriggerTest, HoldoffCountsFromTheLastAcceptedEvent)
@@ -84,16 +82,14 @@ TEST(EdgeTriggerTest, EventsAtNaNTimesAreRefusedAndDisarm)
 TEST(TimeoutTriggerTest, OneEventAStretchWithoutCrossingsAtTheSampleThatShowsIt)
 {
     EXPECT_EQ(events<Timeout>({.timeout = 1.5}, {-1, -1, -1, -1, -1, -1}), Events{2});
-    EXPECT_EQ(events<Timeout>({.timeout = 2}, {-1, -1, -1, -1, -1, -1}), Events{3})
-        << "longer than, not as long as";
+    EXPECT_EQ(events<Timeout>({.timeout = 2}, {-1, -1, -1, -1, -1, -1}), Events{3}) << "longer than, not as long as";
     EXPECT_EQ(events<Timeout>({.timeout = 2}, {-1, 3, 3, 3, 3, 3}), Events{3}) << "the crossing was at 0.25";
     EXPECT_EQ(events<Timeout>({.timeout = 1.5}, {-1, -1, -1, 1, -1, -1, -1}), (Events{2, 5}));
 }
 
 TEST(TimeoutTriggerTest, ARefusedTimeoutWaitsForACrossingToo)
 {
-    EXPECT_EQ(events<Timeout>({.timeout = 1.5, .holdoff = 4}, {-1, -1, -1, 1, -1, -1, -1, -1, -1}),
-              Events{2});
+    EXPECT_EQ(events<Timeout>({.timeout = 1.5, .holdoff = 4}, {-1, -1, -1, 1, -1, -1, -1, -1, -1}), Events{2});
 }
 
 TEST(PulseWidthTriggerTest, ReportsWherePulsesOfTheRightWidthFallThroughTheLowerLevel)
@@ -143,8 +139,7 @@ TEST(WindowTriggerTest, PositiveReportsStaysInsideNegativeExcursionsOutsideAndEi
 TEST(WindowTriggerTest, AnExcursionOfNegativePolarityNeedsMoreThanReachingTheLevelOnPurpose)
 {
     EXPECT_EQ(events<Window>({.polarity = -1}, {1, 2.1, 1}), Events{});
-    EXPECT_EQ(events<Window>({.polarity = 0, .maxTime = 0}, {0.5, 2.1, 1}), Events{1})
-        << "reached and left at 1 s";
+    EXPECT_EQ(events<Window>({.polarity = 0, .maxTime = 0}, {0.5, 2.1, 1}), Events{1}) << "reached and left at 1 s";
 }
 
 TEST(WindowTriggerTest, AStayWithoutACrossingStartsAtTheSampleValueOnPurpose)

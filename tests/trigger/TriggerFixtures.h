@@ -36,8 +36,8 @@ inline std::vector<double> block(const naive::Signal& signal, std::size_t first,
 }
 
 /// Shows the detector samples [first, last) as one block.
-inline void feed(AbstractTimeDomainTrigger& detector, const naive::Signal& signal, std::size_t first,
-                 std::size_t last, EventQueue& queue, const double* extrema = nullptr)
+inline void feed(AbstractTimeDomainTrigger& detector, const naive::Signal& signal, std::size_t first, std::size_t last,
+                 EventQueue& queue, const double* extrema = nullptr)
 {
     detector.updateEventQueue(block(signal, first, last).data(), last - first, extrema, 0, queue);
 }

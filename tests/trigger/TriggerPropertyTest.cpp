@@ -36,8 +36,8 @@ Signal hostileSignal(Random& random)
         for (auto i = random() % 30; i > 0; --i) {
             const double walk = (std::isfinite(x) ? x : 0) + 0.25 * static_cast<double>(random() % 9) - 1.0;
             const double noise = std::normal_distribution(0.5, 1.5)(random);
-            const double next[] = {walk, i / 4 % 2 ? 1.0 : -1.0,
-                                   oneOf(random, {0.0, 0.0, 3.0, -3.0, kInf, -kInf}), kNaN, noise};
+            const double next[] = {walk, i / 4 % 2 ? 1.0 : -1.0, oneOf(random, {0.0, 0.0, 3.0, -3.0, kInf, -kInf}),
+                                   kNaN, noise};
             x = next[kind];
             t += oneOf(random, {0.0, 0.5, 0.5, 0.5, jitter, jitter, 4.0});
             signal.push_back({random() % 100 ? t : kNaN, x});
@@ -78,12 +78,10 @@ struct Case {
         return (naive::Rules(signal, settings).*Rule)();
     }
 };
-using Cases = testing::Types<Case<EdgeTimeDomainTrigger, &naive::Rules::edge>,
-                             Case<TimeoutTimeDomainTrigger, &naive::Rules::timeout>,
-                             Case<PulseWidthTimeDomainTrigger, &naive::Rules::pulseWidth>,
-                             Case<RuntTimeDomainTrigger, &naive::Rules::runt>,
-                             Case<TransitionTimeDomainTrigger, &naive::Rules::transition>,
-                             Case<WindowTimeDomainTrigger, &naive::Rules::window>>;
+using Cases = testing::Types<
+    Case<EdgeTimeDomainTrigger, &naive::Rules::edge>, Case<TimeoutTimeDomainTrigger, &naive::Rules::timeout>,
+    Case<PulseWidthTimeDomainTrigger, &naive::Rules::pulseWidth>, Case<RuntTimeDomainTrigger, &naive::Rules::runt>,
+    Case<TransitionTimeDomainTrigger, &naive::Rules::transition>, Case<WindowTimeDomainTrigger, &naive::Rules::window>>;
 
 template <class Case>
 struct TriggerPropertyTest : testing::Test {
@@ -124,41 +122,39 @@ TYPED_TEST(TriggerPropertyTest, AgreesWithTheNaiveRulesBitForBit)
 
 TYPED_TEST(TriggerPropertyTest, CuttingIntoBlocksAndGoingOnWithACopyChangesNothing)
 {
-    this->forManySignals(
-        [](const Signal& signal, const Settings& settings, const EventQueue& whole, Random& random) {
-            EventQueue events;
-            auto detector = TypeParam::make(settings);
-            for (std::size_t first = 0, last = 0; first < signal.size(); first = last) {
-                last = std::min<std::size_t>(signal.size(), first + random() % 20); // empty blocks too
-                auto copy = detector;
-                feed(copy, signal, first, last, events);
-                detector = std::move(copy);
-            }
-            EXPECT_EQ(bits(events), bits(whole));
-        });
+    this->forManySignals([](const Signal& signal, const Settings& settings, const EventQueue& whole, Random& random) {
+        EventQueue events;
+        auto detector = TypeParam::make(settings);
+        for (std::size_t first = 0, last = 0; first < signal.size(); first = last) {
+            last = std::min<std::size_t>(signal.size(), first + random() % 20); // empty blocks too
+            auto copy = detector;
+            feed(copy, signal, first, last, events);
+            detector = std::move(copy);
+        }
+        EXPECT_EQ(bits(events), bits(whole));
+    });
 }
 
 TYPED_TEST(TriggerPropertyTest, ComplexBlocksAreReadThroughTheChosenPart)
 {
-    this->forManySignals(
-        [](const Signal& signal, const Settings& settings, const EventQueue& real, Random& random) {
-            const Signal other = hostileSignal(random);
-            for (const bool imagPart : {false, true}) {
-                std::vector<std::complex<double>> pairs;
-                for (std::size_t i = 0; i < signal.size(); ++i) {
-                    const naive::Sample wanted = signal[i], noise = other[i % other.size()];
-                    const naive::Sample re = imagPart ? noise : wanted, im = imagPart ? wanted : noise;
-                    pairs.insert(pairs.end(), {{re.t, im.t}, {re.x, im.x}});
-                }
-                EventQueue events;
-                auto detector = TypeParam::make(settings);
-                detector.shouldProcessImagPart(imagPart);
-                const std::size_t cut = random() % signal.size();
-                detector.updateEventQueue(pairs.data(), cut, nullptr, 0, events);
-                detector.updateEventQueue(pairs.data() + 2 * cut, signal.size() - cut, nullptr, 0, events);
-                EXPECT_EQ(bits(events), bits(real));
+    this->forManySignals([](const Signal& signal, const Settings& settings, const EventQueue& real, Random& random) {
+        const Signal other = hostileSignal(random);
+        for (const bool imagPart : {false, true}) {
+            std::vector<std::complex<double>> pairs;
+            for (std::size_t i = 0; i < signal.size(); ++i) {
+                const naive::Sample wanted = signal[i], noise = other[i % other.size()];
+                const naive::Sample re = imagPart ? noise : wanted, im = imagPart ? wanted : noise;
+                pairs.insert(pairs.end(), {{re.t, im.t}, {re.x, im.x}});
             }
-        });
+            EventQueue events;
+            auto detector = TypeParam::make(settings);
+            detector.shouldProcessImagPart(imagPart);
+            const std::size_t cut = random() % signal.size();
+            detector.updateEventQueue(pairs.data(), cut, nullptr, 0, events);
+            detector.updateEventQueue(pairs.data() + 2 * cut, signal.size() - cut, nullptr, 0, events);
+            EXPECT_EQ(bits(events), bits(real));
+        }
+    });
 }
 
 TYPED_TEST(TriggerPropertyTest, EverySetterForgetsTheSignal)
@@ -176,22 +172,21 @@ TYPED_TEST(TriggerPropertyTest, EverySetterForgetsTheSignal)
         [](auto& d, auto& s) { d.setTimeout(s.timeout); },
         [](auto& d, auto& s) { d.setHoldoff(s.holdoff); },
     };
-    this->forManySignals(
-        [&](const Signal& signal, const Settings& settings, const EventQueue& events, Random& random) {
-            const Settings otherSettings = anySettings(random);
-            auto detector = TypeParam::make(otherSettings);
-            for (const auto& set : setters)
-                set(detector, settings);
-            const std::size_t cut = random() % signal.size();
-            for (const auto& set : setters) {
-                EventQueue ignored, again;
-                feed(detector, signal, cut, signal.size(), ignored);
-                set(detector, settings);
-                EXPECT_EQ(detector.getNumAcceptedEvents() + detector.getNumHoldoffRefusals(), 0U);
-                feed(detector, signal, 0, signal.size(), again);
-                EXPECT_EQ(bits(again), bits(events)) << "setter " << &set - setters;
-            }
-        });
+    this->forManySignals([&](const Signal& signal, const Settings& settings, const EventQueue& events, Random& random) {
+        const Settings otherSettings = anySettings(random);
+        auto detector = TypeParam::make(otherSettings);
+        for (const auto& set : setters)
+            set(detector, settings);
+        const std::size_t cut = random() % signal.size();
+        for (const auto& set : setters) {
+            EventQueue ignored, again;
+            feed(detector, signal, cut, signal.size(), ignored);
+            set(detector, settings);
+            EXPECT_EQ(detector.getNumAcceptedEvents() + detector.getNumHoldoffRefusals(), 0U);
+            feed(detector, signal, 0, signal.size(), again);
+            EXPECT_EQ(bits(again), bits(events)) << "setter " << &set - setters;
+        }
+    });
 }
 
 TYPED_TEST(TriggerPropertyTest, ResetForgetsTheChoiceOfPartInEdgeAndTimeoutOnlyOnPurpose)

@@ -183,8 +183,7 @@ void CsvRecording::fail(const Line& line, std::size_t column, const std::string&
     const std::size_t fields = countFields(line.text, layout_.separator);
     if (fields != layout_.columns())
         throw InputError(info_.path, lineOf(line),
-                         "expected " + std::to_string(layout_.columns()) + " fields, found " +
-                             std::to_string(fields));
+                         "expected " + std::to_string(layout_.columns()) + " fields, found " + std::to_string(fields));
     std::string_view rest = line.text;
     for (std::size_t i = 0; i < column; ++i)
         rest.remove_prefix(firstField(rest, layout_.separator).size() + 1);

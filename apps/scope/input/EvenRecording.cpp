@@ -13,12 +13,10 @@ double chooseRate(const std::string& path, std::optional<double> own, const Open
     if (!own && !options.rate)
         throw InputError(path, "", "gives neither times nor a rate: say the steps per second with --rate");
     if (own && options.rate)
-        throw InputError(path, "",
-                         "has its own rate, " + numberText(*own) + " steps per second: leave out --rate");
+        throw InputError(path, "", "has its own rate, " + numberText(*own) + " steps per second: leave out --rate");
     const double rate = own ? *own : *options.rate;
     if (!std::isfinite(rate) || rate <= 0)
-        throw InputError(path, "",
-                         "the rate must be a positive number of steps per second, found " + numberText(rate));
+        throw InputError(path, "", "the rate must be a positive number of steps per second, found " + numberText(rate));
     return rate;
 }
 
@@ -46,8 +44,10 @@ void EvenRecording::read(Block& block, std::size_t maxSteps)
     const std::uint64_t left = *info_.steps - next_;
     const std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>(maxSteps, left));
     block.times.resize(count);
+    const double first = static_cast<double>(next_);
+    const double rate = *info_.rate;
     for (std::size_t i = 0; i < count; ++i)
-        block.times[i] = stepTime(next_ + i, *info_.rate);
+        block.times[i] = (first + static_cast<double>(static_cast<std::int32_t>(i))) / rate; // stepTime, vectorised
     readValues(next_, count, block);
     next_ += count;
 }

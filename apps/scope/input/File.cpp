@@ -53,8 +53,7 @@ std::size_t File::read(std::uint64_t offset, std::span<char> into) const
         if (got > 0)
             done += static_cast<std::size_t>(got);
         else if (errno != EINTR)
-            throw InputError(path_, "byte " + std::to_string(offset + done),
-                             "cannot be read: " + lastSystemError());
+            throw InputError(path_, "byte " + std::to_string(offset + done), "cannot be read: " + lastSystemError());
     }
     return done;
 }

@@ -26,9 +26,9 @@ struct RecordingInfo {
     std::string path;
     std::string format; ///< for people: "WAV, signed 16 bit PCM", "CSV", "SigMF cu8"
     std::vector<Channel> channels;
-    bool complex = false;               ///< every channel carries in-phase and quadrature parts
-    std::optional<double> rate;         ///< steps per second; none when the file gives a time for each step
-    std::optional<std::uint64_t> steps; ///< none when only reading to the end would tell
+    bool complex = false;                  ///< every channel carries in-phase and quadrature parts
+    std::optional<double> rate;            ///< steps per second; none when the file gives a time for each step
+    std::optional<std::uint64_t> steps;    ///< none when only reading to the end would tell
     std::optional<double> centerFrequency; ///< Hz, of complex recordings
 };
 

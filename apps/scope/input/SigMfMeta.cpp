@@ -29,8 +29,7 @@ std::string readText(const File& file)
 /// The parser counts bytes from 1. Its messages repeat the place: "[...] parse error at line 3: message".
 InputError notJson(const std::string& path, std::string_view text, const Json::parse_error& error)
 {
-    const std::string_view before =
-        text.substr(0, std::min(text.size(), error.byte == 0 ? 0 : error.byte - 1));
+    const std::string_view before = text.substr(0, std::min(text.size(), error.byte == 0 ? 0 : error.byte - 1));
     const auto line = 1 + std::ranges::count(before, '\n');
     const std::size_t column = before.size() - (before.rfind('\n') + 1) + 1; // npos + 1 is 0
     const std::string message = error.what();
@@ -54,8 +53,7 @@ Json parse(const File& file)
 /// One object of the description, asked for its fields by name.
 class Section {
 public:
-    Section(const std::string& path, const std::string& name, const Json& object)
-        : path_(path), object_(object)
+    Section(const std::string& path, const std::string& name, const Json& object) : path_(path), object_(object)
     {
         require(object.is_object(), name, "an object", object);
     }
@@ -102,8 +100,7 @@ public:
     void require(bool holds, const std::string& key, const std::string& expected, const Json& found) const
     {
         if (!holds)
-            throw InputError(path_, "",
-                             key + ": expected " + expected + ", found " + found.dump().substr(0, kShown));
+            throw InputError(path_, "", key + ": expected " + expected + ", found " + found.dump().substr(0, kShown));
     }
 
 private:
@@ -141,8 +138,7 @@ SigMfMeta readSigMfMeta(const std::string& path)
     SigMfMeta meta;
     meta.datatype = global.text("core:datatype");
     const std::optional<SampleFormat> format = sampleFormat(meta.datatype);
-    global.require(format.has_value(), "core:datatype", "a type such as cf32_le, ri16_le or cu8",
-                   meta.datatype);
+    global.require(format.has_value(), "core:datatype", "a type such as cf32_le, ri16_le or cu8", meta.datatype);
     meta.format = *format;
     meta.channels = global.count("core:num_channels", 1);
     global.require(meta.channels != 0 && meta.channels <= kMaxChannels, "core:num_channels",

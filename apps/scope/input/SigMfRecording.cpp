@@ -19,8 +19,8 @@ std::uint64_t countSteps(const File& data, const SigMfMeta& meta)
     const std::uint64_t stepBytes = meta.channels * meta.format.sampleSize();
     if (bytes % stepBytes != 0)
         throw InputError(data.path(), "byte " + std::to_string(meta.headerBytes + bytes),
-                         "the samples end here, within a step: expected a multiple of " +
-                             std::to_string(stepBytes) + " bytes, found " + std::to_string(bytes));
+                         "the samples end here, within a step: expected a multiple of " + std::to_string(stepBytes) +
+                             " bytes, found " + std::to_string(bytes));
     return bytes / stepBytes;
 }
 

@@ -125,8 +125,7 @@ void SoundRecording::goTo(std::uint64_t frame)
         open();
     std::vector<double> skipped(kSkipFrames * static_cast<std::size_t>(format_.channels));
     while (frame_ < frame)
-        decode(skipped.data(),
-               static_cast<std::size_t>(std::min<std::uint64_t>(kSkipFrames, frame - frame_)));
+        decode(skipped.data(), static_cast<std::size_t>(std::min<std::uint64_t>(kSkipFrames, frame - frame_)));
 }
 
 void SoundRecording::decode(double* into, std::size_t count)

@@ -110,15 +110,11 @@ TableLayout readLayout(const std::string& path, const Line& first, bool hasRate)
         }
     }
     if (layout.channels.empty())
-        throw InputError(path, "line " + std::to_string(first.number),
-                         "expected a column of values after the time");
+        throw InputError(path, "line " + std::to_string(first.number), "expected a column of values after the time");
     return layout;
 }
 
-std::string_view firstField(std::string_view rest, char separator)
-{
-    return rest.substr(0, rest.find(separator));
-}
+std::string_view firstField(std::string_view rest, char separator) { return rest.substr(0, rest.find(separator)); }
 
 std::string_view fieldContent(std::string_view field)
 {

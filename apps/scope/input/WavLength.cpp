@@ -117,12 +117,10 @@ std::optional<Mend> mendWavLength(const File& file)
                              " bytes of samples from byte " + std::to_string(header->dataStart) + ", found " +
                              std::to_string(present));
 
-    const bool empty =
-        header->dataLength == 0 && onlyChunksFollow(file, header->dataStart, header->bigEndian);
+    const bool empty = header->dataLength == 0 && onlyChunksFollow(file, header->dataStart, header->bigEndian);
     if (filledIn || empty)
         return std::nullopt;
-    return Mend{header->lengthField,
-                bytesOf(std::min(present, allBits), header->lengthFieldSize, header->bigEndian)};
+    return Mend{header->lengthField, bytesOf(std::min(present, allBits), header->lengthFieldSize, header->bigEndian)};
 }
 
 } // namespace scope

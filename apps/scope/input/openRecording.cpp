@@ -25,8 +25,7 @@ std::optional<std::string> sigMfBase(const std::string& path)
         std::string base = path.substr(0, path.size() - ending.size());
         if (isFile(path) && ending == ".sigmf" && !isFile(base + ".sigmf-meta"))
             throw InputError(
-                path, "",
-                "is a SigMF archive: unpack it and give the .sigmf-meta file with the .sigmf-data beside it");
+                path, "", "is a SigMF archive: unpack it and give the .sigmf-meta file with the .sigmf-data beside it");
         return base;
     }
     if (!isFile(path) && isFile(path + ".sigmf-meta"))

@@ -23,8 +23,7 @@ Canvas::Canvas(cairo_surface_t& surface, bool whole) : context_(cairo_create(&su
     const std::unique_ptr<cairo_font_options_t, DestroyOptions> options(cairo_font_options_create());
     cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
     cairo_font_options_set_hint_style(options.get(), whole ? CAIRO_HINT_STYLE_SLIGHT : CAIRO_HINT_STYLE_NONE);
-    cairo_font_options_set_hint_metrics(options.get(),
-                                        whole ? CAIRO_HINT_METRICS_ON : CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_metrics(options.get(), whole ? CAIRO_HINT_METRICS_ON : CAIRO_HINT_METRICS_OFF);
     cairo_set_font_options(context(), options.get());
 }
 

@@ -11,7 +11,7 @@ namespace {
 constexpr double kEdge = 6; // pixels at scale 1 around everything
 constexpr double kUnderTitle = 8;
 constexpr double kUnderLegend = 6;
-constexpr double kPanelGap = 1.5; // in sizes of tick labels, so that those of neighbouring panels never meet
+constexpr double kPanelGap = 1.5;     // in sizes of tick labels, so that those of neighbouring panels never meet
 constexpr double kLegendShare = 0.22; // of the height
 } // namespace
 
@@ -38,8 +38,7 @@ Layout::Layout(int width, int height, const Sizes& sizes, const Heights& heights
     for (std::size_t i = 0; i < heights.panels; ++i) {
         const double start = top + static_cast<double>(i) * (each + gap);
         const double panelTop = std::round(start);
-        panels.push_back(
-            {left, panelTop, left + plotWidth(width), std::max(panelTop + 1, std::round(start + each))});
+        panels.push_back({left, panelTop, left + plotWidth(width), std::max(panelTop + 1, std::round(start + each))});
     }
 }
 

@@ -18,8 +18,7 @@ constexpr double kRowHeight = 1.45;  // in text sizes
 constexpr double kMiddle = 0.36;     // of small letters over the baseline, in text sizes
 } // namespace
 
-Legend::Legend(Canvas& canvas, const Styles& styles, const Sizes& sizes, double left, double right,
-               int mostRows)
+Legend::Legend(Canvas& canvas, const Styles& styles, const Sizes& sizes, double left, double right, int mostRows)
     : sizes_(sizes), sampleWidth_((kSampleWidth + kSampleGap) * sizes.scale), gap_(kEntryGap * sizes.scale),
       rowHeight_(std::ceil(kRowHeight * sizes.tick.size))
 {
@@ -59,9 +58,7 @@ void Legend::arrange(double left, double right, int mostRows)
     double widest = 0;
     for (const Entry& entry : entries_)
         widest = std::max(widest, entry.room + extra());
-    const auto columnsOf = [&](double width) {
-        return std::max(1, static_cast<int>((right - left) / width));
-    };
+    const auto columnsOf = [&](double width) { return std::max(1, static_cast<int>((right - left) / width)); };
     const auto rowsOf = [&](int columns) { return (count + columns - 1) / columns; };
 
     // The names in full if the rows suffice, else as many columns as bring all in or as are readable.
@@ -94,11 +91,9 @@ void Legend::draw(Canvas& canvas, double top) const
         const double baseline = top + rowHeight_ * entry.row + sizes_.tick.size;
         if (entry.sample)
             drawSample(canvas, entry.x, entry.x + kSampleWidth * sizes_.scale,
-                       std::round(baseline - kMiddle * sizes_.tick.size), entry.style,
-                       sizes_.traceLine + 0.5);
+                       std::round(baseline - kMiddle * sizes_.tick.size), entry.style, sizes_.traceLine + 0.5);
         canvas.setColour(kInk);
-        canvas.text(entry.text, sizes_.tick, Align::Start, entry.x + (entry.sample ? sampleWidth_ : 0),
-                    baseline);
+        canvas.text(entry.text, sizes_.tick, Align::Start, entry.x + (entry.sample ? sampleWidth_ : 0), baseline);
     }
 }
 

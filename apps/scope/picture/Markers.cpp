@@ -112,8 +112,8 @@ void drawLevels(Canvas& canvas, std::span<const Marker> levels, const Mapping& m
         for (double right = panel.right - 3 * sizes.scale; right - width >= panel.left; right -= width / 2)
             for (const double top : tops) {
                 const Box box{right - width, top, right, top + height};
-                const bool meets = std::any_of(taken.begin(), taken.end(),
-                                               [&](const Box& other) { return box.overlaps(other); });
+                const bool meets =
+                    std::any_of(taken.begin(), taken.end(), [&](const Box& other) { return box.overlaps(other); });
                 if (box.top < panel.top || box.bottom > panel.bottom || meets)
                     continue;
                 canvas.setColour(kWhite, kOpacity);

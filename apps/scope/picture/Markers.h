@@ -17,8 +17,8 @@ namespace scope {
 class PositionMarkers {
 public:
     /// left, right  edges of the plotting area, which `limits` map to; labels reach to `mostRight` at most
-    PositionMarkers(Canvas& canvas, std::span<const Marker> positions, const Limits& limits,
-                    const Sizes& sizes, double left, double right, double mostRight);
+    PositionMarkers(Canvas& canvas, std::span<const Marker> positions, const Limits& limits, const Sizes& sizes,
+                    double left, double right, double mostRight);
 
     /// Of the strip with labels and triangles above the first panel.
     double height() const;

@@ -22,8 +22,8 @@ double halves(double size) { return std::round(2 * size) / 2; }
 
 Sizes::Sizes(int width, int height)
     : scale(std::min(widthGrowth(width), growth(height / 600.0))), tick{halves(11.5 * scale)},
-      label{halves(12.5 * scale)}, title{halves(15 * scale), true},
-      hairline(std::max(1.0, std::round(scale))), traceLine(std::clamp(1.25 * scale, 1.0, 1.5))
+      label{halves(12.5 * scale)}, title{halves(15 * scale), true}, hairline(std::max(1.0, std::round(scale))),
+      traceLine(std::clamp(1.25 * scale, 1.0, 1.5))
 {}
 
 int leftMargin(int width) { return static_cast<int>(std::lround(kLeftMargin * widthGrowth(width))); }

@@ -31,8 +31,7 @@ constexpr std::array kColours = {
 constexpr std::array kDashed = {6.0, 2.5};
 constexpr std::array kDotted = {1.5, 2.5};
 constexpr std::array kDashDotted = {7.0, 2.5, 1.5, 2.5};
-constexpr std::array<std::span<const double>, 4> kDashes = {std::span<const double>(), kDashed, kDotted,
-                                                            kDashDotted};
+constexpr std::array<std::span<const double>, 4> kDashes = {std::span<const double>(), kDashed, kDotted, kDashDotted};
 constexpr std::array kLightening = {0.0, 0.3, 0.15, 0.4}; // share of white, by the same number as the dashes
 
 } // namespace

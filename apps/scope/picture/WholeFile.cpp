@@ -18,8 +18,7 @@ WholeFile::WholeFile(std::string path) : path_(std::move(path))
     // ever shared.
     const std::filesystem::path directory = std::filesystem::path(path_).parent_path();
     for (int number = 0; descriptor_ < 0; ++number) {
-        temporary_ =
-            directory / (".tracery-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part");
+        temporary_ = directory / (".tracery-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part");
         descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (descriptor_ < 0 && errno != EEXIST)
             fail(errno);

@@ -44,8 +44,7 @@ void forMinorTicks(const Axis& axis, const Limits& limits, double pixels, double
 }
 
 /// The axis label with its unit, of which the name is cut when there is not room for all.
-std::string axisLabel(Canvas& canvas, const std::string& name, const std::string& unit, Font font,
-                      double room)
+std::string axisLabel(Canvas& canvas, const std::string& name, const std::string& unit, Font font, double room)
 {
     const std::string clean = cleanText(name);
     if (unit.empty())
@@ -65,8 +64,7 @@ struct Caption {
 };
 Caption caption(Canvas& canvas, const Axis& axis, const std::string& name, Font font, double length)
 {
-    const double free =
-        axis.offset.empty() ? length : length - canvas.textWidth(axis.offset, font) - font.size;
+    const double free = axis.offset.empty() ? length : length - canvas.textWidth(axis.offset, font) - font.size;
     std::string label = axisLabel(canvas, name, axis.unit, font, free);
     const double middle = std::min(length / 2, free - canvas.textWidth(label, font) / 2);
     return {std::move(label), middle};
@@ -74,8 +72,7 @@ Caption caption(Canvas& canvas, const Axis& axis, const std::string& name, Font 
 
 } // namespace
 
-Axis fittingXAxis(Canvas& canvas, const Limits& limits, std::string_view unit, double pixels,
-                  const Sizes& sizes)
+Axis fittingXAxis(Canvas& canvas, const Limits& limits, std::string_view unit, double pixels, const Sizes& sizes)
 {
     for (int wished = kMostXSteps;; --wished) {
         Axis axis = makeAxis(limits, wished, unit);
@@ -132,8 +129,7 @@ void drawFrame(Canvas& canvas, const Mapping& mapping, const Axis& x, const Axis
     forMinorTicks(y, mapping.yLimits(), box.height(), sizes.scale, [&](double at) { yTick(at, kMinorTick); });
 }
 
-void drawYLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const std::string& name,
-                 const Sizes& sizes)
+void drawYLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const std::string& name, const Sizes& sizes)
 {
     const Box& box = mapping.box();
     const double right = box.left - kLabelGap * sizes.scale;
@@ -155,8 +151,8 @@ void drawYLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const
     canvas.text(axis.offset, sizes.label, Align::End, baseline, box.top, Turn::Upward);
 }
 
-void drawXLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const std::string& name,
-                 const Sizes& sizes, double tickBaseline, double labelBaseline, double mostRight)
+void drawXLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const std::string& name, const Sizes& sizes,
+                 double tickBaseline, double labelBaseline, double mostRight)
 {
     const Box& box = mapping.box();
     double free = 0;

@@ -11,8 +11,7 @@
 namespace scope {
 
 /// Axes with as many ticks as their labels leave room for.
-Axis fittingXAxis(Canvas& canvas, const Limits& limits, std::string_view unit, double pixels,
-                  const Sizes& sizes);
+Axis fittingXAxis(Canvas& canvas, const Limits& limits, std::string_view unit, double pixels, const Sizes& sizes);
 Axis fittingYAxis(const Limits& limits, std::string_view unit, double pixels, const Sizes& sizes);
 
 void drawGrid(Canvas& canvas, const Mapping& mapping, const Axis& x, const Axis& y, const Sizes& sizes);
@@ -20,10 +19,9 @@ void drawGrid(Canvas& canvas, const Mapping& mapping, const Axis& x, const Axis&
 void drawFrame(Canvas& canvas, const Mapping& mapping, const Axis& x, const Axis& y, const Sizes& sizes);
 
 /// The numbers left of a panel and, turned, the axis label left of these.
-void drawYLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const std::string& name,
-                 const Sizes& sizes);
+void drawYLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const std::string& name, const Sizes& sizes);
 /// The numbers under the lowest panel and the axis label under these, at the baselines given.
-void drawXLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const std::string& name,
-                 const Sizes& sizes, double tickBaseline, double labelBaseline, double mostRight);
+void drawXLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const std::string& name, const Sizes& sizes,
+                 double tickBaseline, double labelBaseline, double mostRight);
 
 } // namespace scope

@@ -18,8 +18,8 @@ namespace scope {
 
 namespace {
 
-void drawPanel(Canvas& canvas, const Panel& panel, std::size_t number, const Mapping& mapping,
-               const Axis& xAxis, const Styles& styles, const PositionMarkers& positions, const Sizes& sizes)
+void drawPanel(Canvas& canvas, const Panel& panel, std::size_t number, const Mapping& mapping, const Axis& xAxis,
+               const Styles& styles, const PositionMarkers& positions, const Sizes& sizes)
 {
     const Axis yAxis = fittingYAxis(mapping.yLimits(), cleanText(panel.yUnit), mapping.box().height(), sizes);
     drawGrid(canvas, mapping, xAxis, yAxis, sizes);
@@ -52,8 +52,8 @@ void drawFigure(Canvas& canvas, const Figure& figure)
     canvas.setColour(kWhite);
     canvas.fill({0, 0, static_cast<double>(figure.width), static_cast<double>(figure.height)});
     canvas.setColour(kInk);
-    canvas.text(canvas.fitted(cleanText(figure.title), sizes.title, mostRight - left), sizes.title,
-                Align::Start, left, layout.titleBaseline);
+    canvas.text(canvas.fitted(cleanText(figure.title), sizes.title, mostRight - left), sizes.title, Align::Start, left,
+                layout.titleBaseline);
     legend.draw(canvas, layout.legendTop);
 
     const Axis xAxis = fittingXAxis(canvas, xLimits, cleanText(figure.xUnit), right - left, sizes);
@@ -65,8 +65,7 @@ void drawFigure(Canvas& canvas, const Figure& figure)
     }
     positions.drawLabels(canvas, layout.panels.front().top);
     const Mapping lowest(layout.panels.back(), xLimits, {0, 1});
-    drawXLabels(canvas, lowest, xAxis, figure.xLabel, sizes, layout.tickBaseline, layout.labelBaseline,
-                mostRight);
+    drawXLabels(canvas, lowest, xAxis, figure.xLabel, sizes, layout.tickBaseline, layout.labelBaseline, mostRight);
 }
 
 } // namespace scope

@@ -1,5 +1,7 @@
 #include "picture/drawTrace.h"
 
+#include "picture/DenseLine.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -10,8 +12,9 @@ namespace scope {
 
 namespace {
 
-constexpr double kFarPixels = 1e100; // stands for infinity, with room to multiply
-constexpr double kOuter = 100;       // pixels around a panel within which lines are drawn, and then clipped
+constexpr double kFarPixels = 1e100;         // stands for infinity, with room to multiply
+constexpr double kOuter = 100;               // pixels around a panel within which lines are drawn, and then clipped
+constexpr double kDensePoints = 3;           // a pixel column, from which a trace is drawn column by column
 constexpr std::size_t kSegmentsAtOnce = 128; // the time to stroke a path grows faster than its length
 constexpr double kSpeck = 1.5;               // pixels; a run that covers less is drawn as a dot
 constexpr double kDotRadius = 1.8;           // in line widths
@@ -90,12 +93,11 @@ void drawDot(cairo_t* context, Point centre, double radius)
 }
 
 /// Draws the points of one run, in pixels.
-void drawRun(cairo_t* context, std::span<const Point> run, const Box& outer, Polyline& line, double dotRadius)
+template <class Line>
+void drawRun(cairo_t* context, std::span<const Point> run, const Box& outer, Line& line, double dotRadius)
 {
-    const auto [left, right] =
-        std::minmax_element(run.begin(), run.end(), [](auto& a, auto& b) { return a.x < b.x; });
-    const auto [top, bottom] =
-        std::minmax_element(run.begin(), run.end(), [](auto& a, auto& b) { return a.y < b.y; });
+    const auto [left, right] = std::minmax_element(run.begin(), run.end(), [](auto& a, auto& b) { return a.x < b.x; });
+    const auto [top, bottom] = std::minmax_element(run.begin(), run.end(), [](auto& a, auto& b) { return a.y < b.y; });
     if (right->x - left->x < kSpeck && bottom->y - top->y < kSpeck) {
         const Point centre{left->x + (right->x - left->x) / 2, top->y + (bottom->y - top->y) / 2};
         if (clipped(centre, centre, outer))
@@ -108,11 +110,26 @@ void drawRun(cairo_t* context, std::span<const Point> run, const Box& outer, Pol
     line.finish();
 }
 
+template <class Line>
+void drawRuns(cairo_t* context, const Trace& trace, const Mapping& mapping, const Box& outer, Line& line,
+              double dotRadius)
+{
+    std::vector<Point> run;
+    for (auto point = trace.points.begin(); point != trace.points.end();) {
+        run.clear();
+        for (; point != trace.points.end() && !isGap(*point); ++point)
+            run.push_back({mapping.x(point->x), mapping.y(point->y)});
+        if (!run.empty())
+            drawRun(context, run, outer, line, dotRadius);
+        else
+            ++point;
+    }
+}
+
 } // namespace
 
 Mapping::Mapping(const Box& box, const Limits& x, const Limits& y)
-    : box_(box), x_(x), y_(y), xScale_(box.width() / (x.high - x.low)),
-      yScale_(-box.height() / (y.high - y.low))
+    : box_(box), x_(x), y_(y), xScale_(box.width() / (x.high - x.low)), yScale_(-box.height() / (y.high - y.low))
 {}
 
 double Mapping::placed(double value, double from, double start, double scale)
@@ -132,8 +149,7 @@ std::optional<std::pair<Point, Point>> clipped(Point a, Point b, const Box& box)
                 *end = cut(from, to, along, across, (*end).*along < low ? low : high);
         return true;
     };
-    if (!against(&Point::x, &Point::y, box.left, box.right) ||
-        !against(&Point::y, &Point::x, box.top, box.bottom))
+    if (!against(&Point::x, &Point::y, box.left, box.right) || !against(&Point::y, &Point::x, box.top, box.bottom))
         return std::nullopt;
     // What rounding made of a far cut stays near the box.
     a.x = std::clamp(a.x, box.left, box.right);
@@ -141,8 +157,7 @@ std::optional<std::pair<Point, Point>> clipped(Point a, Point b, const Box& box)
     return std::pair{a, b};
 }
 
-void drawTrace(Canvas& canvas, const Trace& trace, const Mapping& mapping, const TraceStyle& style,
-               double lineWidth)
+void drawTrace(Canvas& canvas, const Trace& trace, const Mapping& mapping, const TraceStyle& style, double lineWidth)
 {
     const Box& box = mapping.box();
     const Box outer{box.left - kOuter, box.top - kOuter, box.right + kOuter, box.bottom + kOuter};
@@ -152,21 +167,17 @@ void drawTrace(Canvas& canvas, const Trace& trace, const Mapping& mapping, const
     cairo_clip(context);
     canvas.setColour(style.colour);
 
-    Polyline line(context, style, lineWidth);
-    std::vector<Point> run;
-    for (auto point = trace.points.begin(); point != trace.points.end();) {
-        run.clear();
-        for (; point != trace.points.end() && !isGap(*point); ++point)
-            run.push_back({mapping.x(point->x), mapping.y(point->y)});
-        if (!run.empty())
-            drawRun(context, run, outer, line, kDotRadius * lineWidth);
-        else
-            ++point;
+    if (style.dashes.empty() && static_cast<double>(trace.points.size()) > kDensePoints * box.width()) {
+        DenseLine line(context, box.left, box.right, lineWidth);
+        drawRuns(context, trace, mapping, outer, line, kDotRadius * lineWidth);
+        line.fill();
+    } else {
+        Polyline line(context, style, lineWidth);
+        drawRuns(context, trace, mapping, outer, line, kDotRadius * lineWidth);
     }
 }
 
-void drawSample(Canvas& canvas, double left, double right, double y, const TraceStyle& style,
-                double lineWidth)
+void drawSample(Canvas& canvas, double left, double right, double y, const TraceStyle& style, double lineWidth)
 {
     const SavedState saved(canvas);
     canvas.setColour(style.colour);

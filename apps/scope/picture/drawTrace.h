@@ -36,11 +36,9 @@ private:
 std::optional<std::pair<Point, Point>> clipped(Point a, Point b, const Box& box);
 
 /// Draws a trace into the mapping's box.
-void drawTrace(Canvas& canvas, const Trace& trace, const Mapping& mapping, const TraceStyle& style,
-               double lineWidth);
+void drawTrace(Canvas& canvas, const Trace& trace, const Mapping& mapping, const TraceStyle& style, double lineWidth);
 
 /// A sample line for the legend, in the trace's style.
-void drawSample(Canvas& canvas, double left, double right, double y, const TraceStyle& style,
-                double lineWidth);
+void drawSample(Canvas& canvas, double left, double right, double y, const TraceStyle& style, double lineWidth);
 
 } // namespace scope

@@ -59,21 +59,18 @@ constexpr std::array kLongUnits = {
     LongUnit{"h", 3600, kHourSteps, 24, "d"},
     LongUnit{"min", 60, kMinuteSteps, 60, "h"},
 };
-constexpr double kUnitsSpanned = 3; // a long unit is used for more than so many of it
-constexpr std::int64_t kMostLongUnits =
-    1000; // beyond, minutes are counted from a full hour and hours from a full day
+constexpr double kUnitsSpanned = 3;           // a long unit is used for more than so many of it
+constexpr std::int64_t kMostLongUnits = 1000; // beyond, minutes are counted from a full hour and hours from a full day
 
 const LongUnit* longUnit(double seconds)
 {
-    const auto unit = std::find_if(kLongUnits.begin(), kLongUnits.end(), [&](const LongUnit& each) {
-        return seconds > kUnitsSpanned * each.seconds;
-    });
+    const auto unit = std::find_if(kLongUnits.begin(), kLongUnits.end(),
+                                   [&](const LongUnit& each) { return seconds > kUnitsSpanned * each.seconds; });
     return unit == kLongUnits.end() ? nullptr : &*unit;
 }
 
 // A circle divides into these rather than into tens, from a step of 10° on.
-constexpr std::array kAngleSteps = {Step{15, 0, 3}, Step{30, 0, 3}, Step{45, 0, 3}, Step{90, 0, 3},
-                                    Step{180, 0, 4}};
+constexpr std::array kAngleSteps = {Step{15, 0, 3}, Step{30, 0, 3}, Step{45, 0, 3}, Step{90, 0, 3}, Step{180, 0, 4}};
 constexpr double kLeastAngleStep = 10;
 
 Step plainStep(const Unit& unit, double smallest)
@@ -89,8 +86,8 @@ Step longStep(const LongUnit& unit, double smallest)
 {
     if (unit.steps.empty())
         return smallest <= valueOf(kHalfDay) ? kHalfDay : decimalStep(smallest);
-    const auto step = std::find_if(unit.steps.begin(), unit.steps.end(),
-                                   [&](const Step& each) { return valueOf(each) >= smallest; });
+    const auto step =
+        std::find_if(unit.steps.begin(), unit.steps.end(), [&](const Step& each) { return valueOf(each) >= smallest; });
     return step == unit.steps.end() ? unit.steps.back() : *step;
 }
 

@@ -28,8 +28,7 @@ constexpr std::array<std::string_view, 26> kKnownBases = {
 };
 
 constexpr std::array<std::string_view, 17> kWithoutPrefix = {
-    "",    "%", "‰", "ppm", "ppb",    "°",     "°C",  "°F",      "deg",
-    "min", "h", "d", "LSB", "counts", "count", "rpm", "samples",
+    "", "%", "‰", "ppm", "ppb", "°", "°C", "°F", "deg", "min", "h", "d", "LSB", "counts", "count", "rpm", "samples",
 };
 
 constexpr int kLeastPlain = -3; // plain numbers from 0.001
@@ -123,9 +122,6 @@ std::string decimalText(std::int64_t digits, int exponent)
     return digits < 0 ? "\u2212" + text : text;
 }
 
-int leadingDigit(std::int64_t digits)
-{
-    return static_cast<int>(std::to_string(std::abs(digits)).size()) - 1;
-}
+int leadingDigit(std::int64_t digits) { return static_cast<int>(std::to_string(std::abs(digits)).size()) - 1; }
 
 } // namespace scope

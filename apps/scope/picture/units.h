@@ -10,7 +10,7 @@ namespace scope {
 enum class Scaling {
     Prefixes, ///< an SI prefix before the unit
     Seconds,  ///< likewise, but never above one second
-    Powers, ///< "×10⁶" where plain digits would be too many: no unit, or one that takes no prefix (dB, %, °)
+    Powers,   ///< "×10⁶" where plain digits would be too many: no unit, or one that takes no prefix (dB, %, °)
 };
 
 /// A unit without its prefix: what is given in "mV" is `base` "V" times 10 to the `exponent` -3.

@@ -28,8 +28,7 @@ cairo_status_t writePng(const Figure& figure, WholeFile& file)
     const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, figure.width, figure.height));
     Canvas canvas(*surface, true);
     drawFigure(canvas, figure);
-    return canvas.failed() ? canvas.status()
-                           : cairo_surface_write_to_png_stream(surface.get(), writeTo, &file);
+    return canvas.failed() ? canvas.status() : cairo_surface_write_to_png_stream(surface.get(), writeTo, &file);
 }
 
 cairo_status_t appendTo(void* text, const unsigned char* data, unsigned size) noexcept
@@ -76,8 +75,8 @@ constexpr Format kFormats[] = {{".png", writePng}, {".svg", writeSvg}};
 bool endsWith(std::string_view path, std::string_view ending)
 {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return path.size() >= ending.size() && std::equal(ending.rbegin(), ending.rend(), path.rbegin(),
-                                                      [&](char a, char b) { return a == lower(b); });
+    return path.size() >= ending.size() &&
+           std::equal(ending.rbegin(), ending.rend(), path.rbegin(), [&](char a, char b) { return a == lower(b); });
 }
 
 const Format& formatFor(const std::string& path, int width, int height)

@@ -78,12 +78,12 @@ bool TriggerScan::poll(double currentTime, const Visitor& visit)
 
 bool TriggerScan::report(const TriggerEvent& event, const Visitor& visit)
 {
-    std::uint64_t& count = event.freeRun                      ? totals_.freeRuns
-                           : event.fate == Fate::shown        ? totals_.shown
-                           : event.fate == Fate::superseded   ? totals_.superseded
-                           : event.fate == Fate::overlap      ? totals_.overlap
-                           : event.fate == Fate::disarmed     ? totals_.disarmed
-                                                              : totals_.notFull;
+    std::uint64_t& count = event.freeRun                    ? totals_.freeRuns
+                           : event.fate == Fate::shown      ? totals_.shown
+                           : event.fate == Fate::superseded ? totals_.superseded
+                           : event.fate == Fate::overlap    ? totals_.overlap
+                           : event.fate == Fate::disarmed   ? totals_.disarmed
+                                                            : totals_.notFull;
     ++count;
     return visit(event);
 }

@@ -35,7 +35,8 @@ void configure(tracery::TimeDomainTriggerController& controller, const TriggerSe
     controller.setComplexity(settings.part);
     controller.setAutoLevel(settings.autoLevel());
     controller.setLevel(valueOf(settings.level.value_or(kMiddle)));
-    controller.setHysteresis(settings.hysteresis.share ? height * settings.hysteresis.value : settings.hysteresis.value);
+    controller.setHysteresis(settings.hysteresis.share ? height * settings.hysteresis.value
+                                                       : settings.hysteresis.value);
     controller.setUpperLevel(valueOf(settings.upper.value_or(kUpper)));
     controller.setLowerLevel(valueOf(settings.lower.value_or(kLower)));
     controller.setMinTime(settings.minTime);

@@ -21,9 +21,8 @@ std::string rangeText(const SignalRange& range)
 /// Whether some value of the signal lies strictly above `level`, and some strictly below.
 bool reaches(const SignalRange& range, double level) { return range.low < level && level < range.high; }
 
-std::string explainNothingFound(const TriggerSettings& settings,
-                                const tracery::TimeDomainTriggerController& controller, const TriggerTotals& totals,
-                                const SignalRange& range)
+std::string explainNothingFound(const TriggerSettings& settings, const tracery::TimeDomainTriggerController& controller,
+                                const TriggerTotals& totals, const SignalRange& range)
 {
     const double level = controller.getLevel();
     const double upper = controller.getUpperLevel();
@@ -50,15 +49,15 @@ std::string explainNothingFound(const TriggerSettings& settings,
     if (settings.type == TypeEnum::Timeout)
         return "the signal never goes " + formatQuantity(settings.timeout, "s") + " without crossing the level " +
                formatQuantity(level, "");
-    return "the signal, which runs from " + rangeText(range) + ", never crosses the level " + formatQuantity(level, "") +
-           " with a hysteresis of " + formatQuantity(controller.getHysteresis(), "") + " in that direction";
+    return "the signal, which runs from " + rangeText(range) + ", never crosses the level " +
+           formatQuantity(level, "") + " with a hysteresis of " + formatQuantity(controller.getHysteresis(), "") +
+           " in that direction";
 }
 
 } // namespace
 
-std::string explainNothingShown(const TriggerSettings& settings,
-                                const tracery::TimeDomainTriggerController& controller, const TriggerTotals& totals,
-                                const SignalRange& range, double span)
+std::string explainNothingShown(const TriggerSettings& settings, const tracery::TimeDomainTriggerController& controller,
+                                const TriggerTotals& totals, const SignalRange& range, double span)
 {
     if (settings.mode == ModeEnum::Off)
         return "nothing is shown: the trigger is off";

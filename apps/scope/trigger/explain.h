@@ -9,8 +9,7 @@ namespace scope {
 
 /// Why no window was shown, in one line for a person.
 /// controller  as the run left it; range  of the trigger signal over the run
-std::string explainNothingShown(const TriggerSettings& settings,
-                                const tracery::TimeDomainTriggerController& controller, const TriggerTotals& totals,
-                                const SignalRange& range, double span);
+std::string explainNothingShown(const TriggerSettings& settings, const tracery::TimeDomainTriggerController& controller,
+                                const TriggerTotals& totals, const SignalRange& range, double span);
 
 } // namespace scope
