@@ -105,8 +105,10 @@ void addTrigger(CLI::App& command, scope::TriggerSettings& settings, std::functi
            oneOf(settings.polarity, "--polarity",
                  {{"rising", PolarityEnum::Positive},
                   {"falling", PolarityEnum::Negative},
-                  {"either", PolarityEnum::Either}}),
-           "rising, falling or either; for a window inside, outside or either is meant [default: rising]")
+                  {"either", PolarityEnum::Either},
+                  {"inside", PolarityEnum::Positive},
+                  {"outside", PolarityEnum::Negative}}),
+           "rising, falling or either; of a window, inside, outside or either [default: rising or inside]")
         ->type_name("WAY");
     option(
         "--level",

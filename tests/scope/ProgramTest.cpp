@@ -92,7 +92,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"view good.csv --trigger timeout -o o.png", "--trigger timeout needs --timeout"},
         {"view good.csv --trigger edge --span 100m --nth 50 -o o.png", "only 5 windows are shown, of 5 events"},
         {"events good.csv --source 3", "there is no channel '3'"},
-        {"events good.csv --polarity up", "--polarity: expected one of rising, falling, either, found 'up'"},
+        {"events good.csv --polarity up", "--polarity: expected one of rising, falling, either, inside, outside, found 'up'"},
         {"", "subcommand"},
     };
     for (const Case& each : cases) {

@@ -88,6 +88,11 @@ bool TriggerScan::report(const TriggerEvent& event, const Visitor& visit)
     return visit(event);
 }
 
+double polarPart(double re, double im, bool phase)
+{
+    return phase ? std::atan2(im, re) * 57.29577951308232 : std::hypot(re, im);
+}
+
 SignalRange measureRange(BatchReader reader, std::size_t channel, TDTC::ComplexityEnum part)
 {
     using TDTC::ComplexityEnum;
@@ -99,9 +104,9 @@ SignalRange measureRange(BatchReader reader, std::size_t channel, TDTC::Complexi
         for (std::uint64_t i = 0; i < batch->count; ++i) {
             const double re = real[i * channels + channel];
             const double im = imag != nullptr ? imag[i * channels + channel] : 0.0;
-            const double value = part == ComplexityEnum::Imaginary   ? im
-                                 : part == ComplexityEnum::Magnitude ? std::hypot(re, im)
-                                 : part == ComplexityEnum::Phase     ? std::atan2(im, re) * 57.29577951308232
+            const bool polar = part == ComplexityEnum::Magnitude || part == ComplexityEnum::Phase;
+            const double value = polar                               ? polarPart(re, im, part == ComplexityEnum::Phase)
+                                 : part == ComplexityEnum::Imaginary ? im
                                                                      : re;
             if (!std::isfinite(value))
                 continue;

@@ -66,6 +66,9 @@ private:
     TriggerTotals totals_;
 };
 
+/// Magnitude, or phase in degrees, of a complex sample.
+double polarPart(double re, double im, bool phase);
+
 /// Reads the whole of a recording for the range of the trigger signal.
 SignalRange measureRange(BatchReader reader, std::size_t channel, tracery::TDTC::ComplexityEnum part);
 

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "LineThinner.h"
+#include "commands.h"
+#include "picture/Figure.h"
+#include "sources.h"
+
+#include <tracery/TimeBuffer.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace scope {
+
+using SamplePart = tracery::TimeBuffer::SamplePart;
+
+inline bool isPolar(SamplePart part) { return part == SamplePart::magnitude || part == SamplePart::phase; }
+
+/// Stretch of time that is shown, seconds.
+struct Window {
+    double from;
+    double to;
+};
+
+/// A part of a channel of a recording.
+struct LineSource {
+    std::size_t port;
+    std::size_t channel;
+    SamplePart part;
+    bool sameChannel(const LineSource& other) const { return port == other.port && channel == other.channel; }
+};
+
+/// One line to draw.
+struct Line {
+    LineSource source;
+    std::string label;
+    std::string unit;
+    LineThinner thinner;
+    std::size_t panel = 0; ///< where it is drawn
+};
+
+/// The lines of the channels that are wanted: one for a real channel, two for a complex one.
+/// trigger  what is triggered on; its magnitude or phase is drawn, too, when it is that
+/// throws   UsageError when a wanted channel does not exist
+std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<std::string>& wanted,
+                              const std::optional<LineSource>& trigger, double columnsPerSecond);
+
+/// Reads the window through the buffer and thins every line on the way.
+void streamLines(Recordings recordings, const Window& window, std::vector<Line>& lines);
+
+/// Takes the thinned lines into panels, one a unit, or a channel when they are stacked, in order of appearance.
+/// throws  UsageError when no line has anything in the window
+std::vector<Panel> makePanels(std::vector<Line>& lines, const Window& window, bool stack);
+
+} // namespace scope
