@@ -95,7 +95,13 @@ bool Feed::writeBatch(std::size_t index, const Batch& batch)
             capacities.push_back(each.capacity);
         buffer_.SetMaxNumTimeSteps(capacities);
     }
-    changed_.wait(lock, [&] { return stop_ || port.written + batch.count <= port.capacity + port.taken; });
+    const auto hasRoom = [&] { return stop_ || port.written + batch.count <= port.capacity + port.taken; };
+    if (!hasRoom()) {
+        writerWaits_ = true;
+        changed_.notify_all();
+        changed_.wait(lock, hasRoom);
+        writerWaits_ = false;
+    }
     if (stop_)
         return false;
     lock.unlock();
@@ -115,7 +121,7 @@ std::size_t Feed::portWithNewSteps() const
     for (std::size_t k = 0; k < ports_.size(); ++k) {
         const Port& port = ports_[k];
         // The display may have taken steps that are in the buffer already and not yet in the writer's count.
-        const std::uint64_t enough = finished_ ? 1 : port.capacity / kBlocksKept * kBlocksTaken;
+        const std::uint64_t enough = finished_ || writerWaits_ ? 1 : port.capacity / kBlocksKept * kBlocksTaken;
         if (port.written >= port.taken + enough &&
             (chosen == ports_.size() || port.takenTime < ports_[chosen].takenTime))
             chosen = k;

@@ -55,6 +55,7 @@ private:
     std::condition_variable changed_;
     bool stop_ = false;
     bool finished_ = false;
+    bool writerWaits_ = false; ///< for room, so the display must take what there is
     std::exception_ptr failure_;
     std::thread writer_;
 };
