@@ -8,8 +8,8 @@
 #include <memory>
 #include <utility>
 
-/// The controller's rules over plain lists, written as plainly as they are told. The detectors are the real ones, which
-/// have tests of their own.
+/// The controller's rules over plain lists, written as plainly as they are told. The detectors and
+/// the buffer's read are the real ones, which have tests of their own.
 namespace naive {
 
 using namespace tracery::TDTC;

@@ -63,12 +63,12 @@ private:
     {
         return hostile_ && chance(0.05) ? hostileNumber(random_) : oneOf(random_, values);
     }
-    double span() { return number({1, 2, 4, 8, 8, 0}); }
+    double span() { return number({1, 2, 3.3, 8, 7.1, 0}); }
     double now() { return chance(0.02) ? clock_ - 1 : number({clock_}); }
     double value(double& held)
     {
         if (chance(0.5))
-            held = oneOf(random_, {-3, -1, -1, 0, 0.2, 1, 1, 2.1, 3});
+            held = oneOf(random_, {-3, -1, -1, 0, 0.2, 1, 1, 2.1, 3, std::normal_distribution<>()(random_)});
         return chance(0.02) ? hostileNumber(random_) : held;
     }
 
@@ -84,7 +84,7 @@ private:
                 naive::addStep(buffer_, port, clock_, {{re, im}, {im, re}});
                 continue;
             }
-            const double t = now(), look = span();
+            const double t = chance(0.001) ? now() : clock_, look = span();
             real_.processSample(clock_, re, t, look);
             naive_.takeSample(clock_, re, t, look);
         }
@@ -92,9 +92,15 @@ private:
 
     void ask()
     {
-        const double t = now(), look = span(), first = number({0, 20});
+        const double look = span(), first = number({0, 20});
         const bool partial = chance(0.3), only = fromBuffer_ && chance(0.2);
         const std::uint64_t port = chance(0.1), channel = framed_ ? 0 : chance(0.1);
+        double t = now();
+        if (!partial && !naive_.events.empty() && chance(0.3)) { // just when a window is full
+            const double full = naive_.events.front() + look - look * naive_.position + naive_.delay;
+            if (full > clock_ && full < clock_ + 20)
+                t = clock_ = full;
+        }
         Window got;
         if (only)
             real_.processBuffer(buffer_, framed_, period_, port, channel, t, look);
@@ -128,9 +134,9 @@ private:
     void change()
     {
         if (chance(0.2))
-            real_.setPosition(naive_.position = number({0, 0.25, 0.5, 1}));
+            real_.setPosition(naive_.position = number({0, 0.3, 0.5, 1}));
         if (chance(0.2))
-            real_.setDelay(naive_.delay = number({0, 2, -1}));
+            real_.setDelay(naive_.delay = number({0, 2, -1, 0.1}));
         if (chance(0.2))
             set(&Controller::setAutoLevel, &Detector::setAutoLevel, naive_.s.autoLevel, !naive_.s.autoLevel);
         if (chance(0.1))

@@ -111,6 +111,17 @@ TEST(TimeDomainTriggerControllerTest, WindowsNeverOverlapAndFatesReconcile)
     }
 }
 
+TEST(TimeDomainTriggerControllerTest, OnlyStepsBackBeyondTheToleranceRestart)
+{
+    Fed controller(ModeEnum::Normal);
+    controller.setStepBackTolerance(0.5);
+    controller.feed({{0, -1}, {2, 1}});
+    controller.ask(1, 100);
+    EXPECT_EQ(controller.events(), EventQueue{1});
+    controller.ask(0.499, 100);
+    EXPECT_TRUE(controller.events().empty());
+}
+
 TEST(TimeDomainTriggerControllerTest, OnceGivesOneWindowUntilArmedAgain)
 {
     Fed controller(ModeEnum::Once);
@@ -170,7 +181,7 @@ TEST(TimeDomainTriggerControllerTest, TwoSignalsNeverMakeOneCrossing)
         EXPECT_EQ(eventsAcross([](Fed& c) { c.setSourcePort(1); }, detectFirst), 1U) << "the same source";
     }
     Fed reading(ModeEnum::Normal, {2});
-    for (int i = 0; i < 20; ++i) {
+    for (unsigned i = 0; i < 20; ++i) {
         reading.add(i, {{-1, 1}, {1, -1}});
         EXPECT_TRUE(reading.read(i / 2 % 2).empty());
         reading.setComplexity(i % 5 < 3 ? ComplexityEnum::Imaginary : ComplexityEnum::Real);
