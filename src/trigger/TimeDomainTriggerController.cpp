@@ -305,8 +305,7 @@ TimeDomainTriggerController::findLastDisplayableEvent(double offset, double curr
 {
     FoundEvent event;
     consumedEvents_.clear();
-    while (mode_ != ModeEnum::Off && !eventQueue_.empty() &&
-           currentTime >= displayTime(eventQueue_.front(), offset, span)) {
+    while (!eventQueue_.empty() && currentTime >= displayTime(eventQueue_.front(), offset, span)) {
         event.time = lastDisplayableEvent_ = eventQueue_.front();
         eventQueue_.pop_front();
         const bool clear = event.time >= lastTriggerTime_ + offset;
@@ -317,10 +316,8 @@ TimeDomainTriggerController::findLastDisplayableEvent(double offset, double curr
         consumedEvents_.push_back({event.time, event.found     ? EventFate::Shown
                                                : !onceAllows() ? EventFate::Disarmed
                                                                : EventFate::Overlap});
-        if (event.found && mode_ == ModeEnum::Once) {
-            enableOnce_ = false;
-            break;
-        }
+        if (event.found && mode_ == ModeEnum::Once)
+            break; // its window disarms
     }
     return event;
 }
