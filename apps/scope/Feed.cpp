@@ -113,8 +113,8 @@ bool Feed::writeBatch(std::size_t index, const Batch& batch)
     return true;
 }
 
-/// The port with enough new steps (any, once nothing more comes) that is furthest behind; the number of ports when there
-/// is none.
+/// The port with enough new steps (any, once the writer waits or has finished) that is furthest behind; the number of
+/// ports when there is none.
 std::size_t Feed::portWithNewSteps() const
 {
     std::size_t chosen = ports_.size();
