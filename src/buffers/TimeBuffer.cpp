@@ -167,18 +167,23 @@ void TimeBuffer::SetMaxNumTimeSteps(const Counts& steps)
         std::adjacent_find(steps.begin(), steps.end(), std::not_equal_to<>()) != steps.end())
         throw Error(errors::InvalidMaxNumTimeStepsChange);
     const auto stepsOf = [&](std::uint64_t k) { return steps[steps.size() == 1 ? 0 : k]; };
-    for (std::uint64_t k = 0; k < s.numPorts; ++k)
-        ringCapacity(s.ports[k].elementsPerStep, stepsOf(k));
 
+    // All rings are made ready before the first one changes, as a ring that stays behind would pair values with the
+    // wrong times.
+    std::vector<Ring::CapacityChange> changes;
     for (std::uint64_t k = 0; k < s.times.size(); ++k)
-        s.times[k].ring.setCapacity(stepsOf(k));
+        changes.emplace_back(s.times[k].ring, stepsOf(k));
     for (std::uint64_t k = 0; k < s.numPorts; ++k) {
         State::Port& port = s.ports[k];
         const std::uint64_t capacity = ringCapacity(port.elementsPerStep, stepsOf(k));
-        port.real.ring.setCapacity(capacity);
+        changes.emplace_back(port.real.ring, capacity);
         if (port.imag)
-            port.imag->ring.setCapacity(capacity);
-        s.dropValuesWithoutTimes(port, s.timesOf(k));
+            changes.emplace_back(port.imag->ring, capacity);
+    }
+    for (Ring::CapacityChange& change : changes)
+        change.apply();
+    for (std::uint64_t k = 0; k < s.numPorts; ++k) {
+        State::dropValuesWithoutTimes(s.ports[k], s.timesOf(k));
         s.maxNumTimeSteps[k] = stepsOf(k);
     }
 }
