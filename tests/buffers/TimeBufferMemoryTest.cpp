@@ -1,14 +1,13 @@
 // Memory that runs out at every allocation in turn: an operation then either happened or did not.
 
 #include "support/Expect.h"
+#include "support/FailingMemory.h"
 
 #include <tracery/TimeBuffer.h>
 
 #include <cmath>
 #include <complex>
-#include <cstdlib>
 #include <functional>
-#include <new>
 
 using namespace tracery;
 using namespace tracery::test;
@@ -16,46 +15,8 @@ using Counts = TimeBuffer::Counts;
 
 namespace {
 
-/// Allocations of this thread until one fails; negative for none.
-thread_local long allocationsLeft = -1;
-
-void* allocate(std::size_t bytes)
-{
-    if (allocationsLeft >= 0 && allocationsLeft-- == 0)
-        throw std::bad_alloc();
-    if (void* memory = std::malloc(bytes != 0 ? bytes : 1))
-        return memory;
-    throw std::bad_alloc();
-}
-
-} // namespace
-
-void* operator new(std::size_t bytes) { return allocate(bytes); }
-void* operator new[](std::size_t bytes) { return allocate(bytes); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-
-namespace {
-
 constexpr auto kReal = HostComplexity::real;
 constexpr auto kComplex = HostComplexity::complex;
-
-/// Runs `call` with memory for `allocations` allocations; returns whether that was enough.
-template <class Call>
-bool runs(long allocations, Call&& call)
-{
-    allocationsLeft = allocations;
-    try {
-        call();
-    } catch (const std::bad_alloc&) {
-        allocationsLeft = -1;
-        return false;
-    }
-    allocationsLeft = -1;
-    return true;
-}
 
 /// Port 0 takes 2 by 2 real values a step, port 1 three complex ones.
 struct Setting {
