@@ -21,7 +21,8 @@ enum class ThinDataMinMax : std::int32_t { Min = 0, Max = 1 };
 /// inside the vectors, and nine output values.
 class TRACERY_EXPORT DataThinner {
 public:
-    /// Pixel columns per second. A new column opens after half a column, so that no two points share a pixel.
+    /// Pixel columns per second. The next column opens half a column after the last one opened, so what is drawn of
+    /// one, its opening sample and two extremes, lies within half a column while times do not decrease.
     void setPixelTimeRatio(double columnsPerSecond) { pixelTimeRatio_ = columnsPerSecond; }
     double getPixelTimeRatio() const { return pixelTimeRatio_; }
 
@@ -60,8 +61,8 @@ public:
     /// channelPosition  place in the time step's loop over channels; 0 decides `needUpdate` for all of them
     /// time             of the step, seconds
     /// realData, imagData, sampleIndex
-    ///                  the sample is element sampleIndex; imagData is read when isComplex. Without data
-    ///                  nothing is accumulated, and a column opens with NaN.
+    ///                  the sample is element sampleIndex; imagData is read when isComplex. Of an empty realData
+    ///                  nothing is accumulated, of an empty imagData no imaginary part; a column opens with NaN.
     /// out              at least nine values: (time, real, imaginary) of the earlier extreme, of the later
     ///                  extreme and of the sample that opens the new column. Infinite values are written as
     ///                  NaN; imaginary slots only when isComplex. Written only when needUpdate, the extremes
@@ -86,8 +87,9 @@ public:
     /// continuePrevious  carry on in the column that the previous call ended in, else start anew
     /// Emitted per column: the opening point, then the extremes in time order, as one point when they fall on
     /// the same time. Infinities become NaN. Points at a NaN time or at the very time of the opening one pass
-    /// through at once and unchanged, ahead of pending extremes. Extremes still pending at the end are
-    /// discarded on purpose: a caller that wants them appends a point that opens another column.
+    /// through at once and unchanged, ahead of pending extremes; but where there is no column yet, or it opened at
+    /// a NaN time, any point opens one, a NaN time included. Extremes still pending at the end are discarded on
+    /// purpose: a caller that wants them appends a point that opens another column.
     /// Complexity: one pass; each point is emitted at most once.
     HostArray* getArrayThinData(const HostArray* data, int numPoints, double pixelTimeRatio, bool continuePrevious);
 

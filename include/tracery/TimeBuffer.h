@@ -22,7 +22,7 @@ enum class BufferType : std::int32_t { SingleRate = 1, MultipleRate = 2 };
 ///
 /// Life: before set-up (by a constructor with arguments or ResetBuffer) writes and clears do nothing whatever their
 /// arguments, and reads return nothing. Afterwards a port out of range is InvalidPortID in every operation that takes
-/// one. Every operation checks all it can refuse before its first change.
+/// one. An operation that throws, for want of memory too, has left the buffer as it was.
 ///
 /// Thread: with isThreadSafe, every public operation holds the buffer's mutex, so one thread may write while another
 /// reads. Otherwise only addTimeAndValue holds it, and reads must not run beside anything else.
@@ -39,7 +39,8 @@ public:
     TimeBuffer(const Counts& maxNumTimeSteps, const Counts& maxDimensions, const Counts& nDim, std::uint64_t nPorts,
                BufferType type, const std::vector<HostComplexity>& complexity, bool isThreadSafe);
     /// A SingleRate buffer of real ports that all have maxDimensions.size() / nPorts extents, not thread safe.
-    /// throws  InvalidMaxDimensions when nPorts is 0 or does not divide the number of extents
+    /// throws  InvalidMaxNumTimeStepsSize as ResetBuffer; InvalidMaxDimensions when nPorts is 0 or does not divide the
+    ///         number of extents, and as ResetBuffer
     TimeBuffer(const Counts& maxNumTimeSteps, const Counts& maxDimensions, std::uint64_t nPorts);
     ~TimeBuffer();
     TimeBuffer(const TimeBuffer&) = delete;
@@ -53,7 +54,8 @@ public:
     /// nDim             per port, how many extents it has there (0 makes steps of one value)
     /// complexity       one flag a port
     /// throws  InvalidMaxNumTimeStepsSize (too few capacities), InvalidMaxDimensions (as many extents as nDim adds up to
-    ///         are needed, and one nDim a port), InvalidComplexityDimension (too few flags),
+    ///         are needed, and one nDim a port; the steps of all ports together may have INT_MAX / 3 elements, because
+    ///         the NaN-pattern detector keeps three and counts in int), InvalidComplexityDimension (too few flags),
     ///         InvalidMaxNumTimeStepsValue (a ring too large to address)
     /// Times are shared between the ports when the type is SingleRate, the buffer is not thread safe, and all
     /// capacities are equal.
@@ -67,25 +69,30 @@ public:
     // ---- Capacity and shape
 
     /// Changes the capacities, keeping the newest steps; one for all ports or one a port.
-    /// throws  InvalidMaxNumTimeStepsSize, InvalidMaxNumTimeStepsValue (a 0), InvalidMaxNumTimeStepsChange (shared
-    ///         times and different capacities)
+    /// throws  InvalidMaxNumTimeStepsSize, InvalidMaxNumTimeStepsValue (a 0, or a ring too large to address),
+    ///         InvalidMaxNumTimeStepsChange (shared times and different capacities)
     void SetMaxNumTimeSteps(const Counts& steps);
-    /// SetMaxNumTimeSteps to 20000 for every port.
+    /// SetMaxNumTimeSteps to 20000 for every port; throws  InvalidMaxNumTimeStepsValue likewise.
     void SetToMaximumCapacity();
     Counts GetMaxNumTimeSteps() const;
     /// Gives a port other maximum extents, as many as it has. Its rings restart empty (all ports' rings when times are
-    /// shared, so that steps stay aligned), and the NaN-pattern detector starts anew.
-    /// throws  InvalidMaxDimensions for another count, a negative extent, or a block too large to address
+    /// shared, so that steps stay aligned), and the NaN-pattern detector starts anew. Ports whose extents stay the same
+    /// keep the shape of their last array (see AddValue).
+    /// throws  InvalidMaxDimensions for another count, a negative extent, a product of extents past 64 bits, or more
+    ///         than INT_MAX / 3 elements in the steps of all ports; InvalidMaxNumTimeStepsValue when the steps are small
+    ///         enough to count but the ring would be too large to address, as of two huge extents
     void SetMaxDimensions(const std::vector<int>& extents, std::uint64_t port);
-    /// The same for all ports at once: a real matrix of ports by extents, whole numbers.
-    /// throws  EmptyInput, InvalidMaxDimensions
+    /// The same for all ports at once: a real matrix of ports by extents. Values are truncated to whole numbers (2.9
+    /// is 2, -0.9 is 0); ports with fewer extents than there are columns are filled up with 1.
+    /// throws  EmptyInput, InvalidMaxDimensions (also for another number of rows), InvalidMaxNumTimeStepsValue
     void SetMaxDimensions(const HostArray* portsByExtents);
     /// A port's maximum extents. Extents past the largest int read as that.
     std::vector<int> GetMaxDimensions(std::uint64_t port) const;
     /// A new ports-by-extents matrix; ports with fewer extents than the widest one are filled up with 1.
     HostArray* GetMaxDimensions() const;
-    /// Fills `out` with the matrix's elements row after row; this turns ports-by-extents into the list that ResetBuffer
-    /// takes. throws  InvalidMaxDimensions when the array is not a real matrix of numbers that fit 64 bits unsigned
+    /// Fills `out` with the matrix's elements row after row, truncated to whole numbers; this turns ports-by-extents
+    /// into the list that ResetBuffer takes.
+    /// throws  InvalidMaxDimensions when the array is not a real matrix of numbers that fit 64 bits unsigned
     static void TransposeMaxDimensions(const HostArray* matrix, Counts& out);
     std::uint64_t GetNPorts() const;
     Counts GetNDim() const;
@@ -187,8 +194,8 @@ public:
     /// framePeriod   seconds from frame to frame: samples of a frame are framePeriod / k apart, or at the same time
     ///               when it is infinite. Read when isFrameBased.
     /// toMagnitudePhase  give magnitude and phase (degrees) in place of real and imaginary part
-    /// throws  InvalidLimits (not four of them), InvalidChannelID when the channel reaches outside the values,
-    ///         AddValueError and GetComplexDataError as GetIndexRange
+    /// throws  InvalidLimits (not four of them), InvalidChannelID when the channel reaches outside the values, and for no
+    ///         channels or no samples a frame; AddValueError and GetComplexDataError as GetIndexRange
     /// Cost follows the samples delivered, not the channels stored.
     void GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out, std::vector<double>& limits, double timeOffset,
                                     const double& tStart, const double& tEnd, const double& tLastDrawn,

@@ -1,6 +1,6 @@
-#include <tracery/TimeBuffer.h>
-
 #include "buffers/TimeBufferState.h"
+
+#include <tracery/TimeBuffer.h>
 
 #include <cmath>
 #include <limits>
@@ -11,6 +11,9 @@ namespace tracery {
 namespace {
 
 constexpr std::uint64_t kMaximumCapacity = 20000;
+
+/// Elements of one step of all ports: the NaN-pattern detector keeps three steps and counts them as int.
+constexpr std::uint64_t kMaximumElements = std::numeric_limits<int>::max() / 3;
 
 /// nullopt when the product passes 64 bits.
 std::optional<std::uint64_t> product(const TimeBuffer::Counts& factors)
@@ -49,7 +52,10 @@ TimeBuffer::TimeBuffer(const Counts& maxNumTimeSteps, const Counts& maxDimension
 
 TimeBuffer::TimeBuffer(const Counts& maxNumTimeSteps, const Counts& maxDimensions, std::uint64_t nPorts) : TimeBuffer()
 {
-    if (nPorts == 0 || nPorts > maxNumTimeSteps.max_size())
+    // Checked ahead of ResetBuffer, whose other arguments take memory for every port.
+    if (maxNumTimeSteps.size() != 1 && maxNumTimeSteps.size() < nPorts)
+        throw Error(errors::InvalidMaxNumTimeStepsSize);
+    if (nPorts == 0 || maxDimensions.size() % nPorts != 0 || nPorts > kMaximumElements)
         throw Error(errors::InvalidMaxDimensions);
     ResetBuffer(maxNumTimeSteps, maxDimensions, Counts(nPorts, maxDimensions.size() / nPorts), nPorts,
                 BufferType::SingleRate, std::vector<HostComplexity>(nPorts, HostComplexity::real), false);
@@ -80,7 +86,7 @@ DataPattern TimeBuffer::State::makePattern(const std::vector<std::uint64_t>& ele
     for (const std::uint64_t width : elementsPerStep)
         if (__builtin_add_overflow(elements, width, &elements))
             throw Error(errors::InvalidMaxDimensions);
-    if (elements > static_cast<std::uint64_t>(std::numeric_limits<int>::max() / 3))
+    if (elements > kMaximumElements)
         throw Error(errors::InvalidMaxDimensions, "the ports' steps have too many elements together");
     return DataPattern(static_cast<int>(elements));
 }
@@ -167,18 +173,23 @@ void TimeBuffer::SetMaxNumTimeSteps(const Counts& steps)
         std::adjacent_find(steps.begin(), steps.end(), std::not_equal_to<>()) != steps.end())
         throw Error(errors::InvalidMaxNumTimeStepsChange);
     const auto stepsOf = [&](std::uint64_t k) { return steps[steps.size() == 1 ? 0 : k]; };
-    for (std::uint64_t k = 0; k < s.numPorts; ++k)
-        ringCapacity(s.ports[k].elementsPerStep, stepsOf(k));
 
+    // All rings are made ready before the first one changes, as a ring that stays behind would pair values with the
+    // wrong times.
+    std::vector<Ring::CapacityChange> changes;
     for (std::uint64_t k = 0; k < s.times.size(); ++k)
-        s.times[k].ring.setCapacity(stepsOf(k));
+        changes.emplace_back(s.times[k].ring, stepsOf(k));
     for (std::uint64_t k = 0; k < s.numPorts; ++k) {
         State::Port& port = s.ports[k];
         const std::uint64_t capacity = ringCapacity(port.elementsPerStep, stepsOf(k));
-        port.real.ring.setCapacity(capacity);
+        changes.emplace_back(port.real.ring, capacity);
         if (port.imag)
-            port.imag->ring.setCapacity(capacity);
-        s.dropValuesWithoutTimes(port, s.timesOf(k));
+            changes.emplace_back(port.imag->ring, capacity);
+    }
+    for (Ring::CapacityChange& change : changes)
+        change.apply();
+    for (std::uint64_t k = 0; k < s.numPorts; ++k) {
+        State::dropValuesWithoutTimes(s.ports[k], s.timesOf(k));
         s.maxNumTimeSteps[k] = stepsOf(k);
     }
 }

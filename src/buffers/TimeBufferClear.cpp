@@ -1,6 +1,6 @@
-#include <tracery/TimeBuffer.h>
-
 #include "buffers/TimeBufferState.h"
+
+#include <tracery/TimeBuffer.h>
 
 namespace tracery {
 
@@ -60,7 +60,7 @@ void TimeBuffer::ClearBackTo(double time)
             line.ring.dropNewest(dropped * port.elementsPerStep);
             line.steps -= dropped;
         });
-        s.dropValuesWithoutTimes(port, s.timesOf(k));
+        State::dropValuesWithoutTimes(port, s.timesOf(k));
     }
 }
 
@@ -97,9 +97,8 @@ void TimeBuffer::clearUptoLastTime()
 bool TimeBuffer::GetIsFull() const
 {
     const Lock lock(*state_);
-    return std::any_of(state_->times.begin(), state_->times.end(), [](const State::TimeLine& line) {
-        return line.ring.size() >= line.ring.capacity();
-    });
+    return std::any_of(state_->times.begin(), state_->times.end(),
+                       [](const State::TimeLine& line) { return line.ring.size() >= line.ring.capacity(); });
 }
 
 bool TimeBuffer::GetIsReady() const

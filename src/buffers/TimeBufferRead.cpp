@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 
 namespace tracery {
 
@@ -12,7 +13,10 @@ namespace {
 
 HostDoubles allocateDoubles(std::uint64_t count)
 {
-    return HostDoubles(static_cast<double*>(allocateMemory(count * sizeof(double))));
+    std::size_t bytes = 0;
+    if (__builtin_mul_overflow(count, sizeof(double), &bytes))
+        throw std::bad_alloc();
+    return HostDoubles(static_cast<double*>(allocateMemory(bytes)));
 }
 
 /// Steps copied out of a port's rings; turned into arrays once the lock is released.
@@ -53,12 +57,13 @@ struct ChannelLayout {
     double sampleSpacing; ///< seconds
 
     /// Samples of step i start at `i * stride + offset`. The last of `steps` steps must end inside `available` values.
+    /// As a block holds one channel at least, there are no more samples than values.
     static ChannelLayout of(std::uint64_t channelCount, std::uint64_t channel, bool isFrameBased, double framePeriod,
                             std::uint64_t samplesPerFrame, std::uint64_t steps, std::uint64_t available)
     {
         const std::uint64_t k = isFrameBased ? samplesPerFrame : 1;
-        if (k == 0)
-            throw Error(errors::InvalidChannelID, "a frame needs at least one sample");
+        if (k == 0 || channelCount == 0)
+            throw Error(errors::InvalidChannelID, "a frame needs at least one sample, a step at least one channel");
         const double spacing = isFrameBased && !std::isinf(framePeriod) ? framePeriod / static_cast<double>(k) : 0.0;
         ChannelLayout layout{k, 0, 0, spacing};
         std::uint64_t end = 0;
@@ -221,8 +226,6 @@ void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out,
                                             bool widen, bool toMagnitudePhase) const
 {
     out = nullptr;
-    if (limits.size() != 4)
-        throw Error(errors::InvalidLimits);
     std::uint64_t columns = 0;
     HostDoubles realPart;
     HostDoubles imagPart;
@@ -230,6 +233,8 @@ void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out,
         const Lock lock(*state_);
         if (!state_->initialized)
             return;
+        if (limits.size() != 4)
+            throw Error(errors::InvalidLimits);
         std::optional<State::StepRange> range = state_->findSteps(port, tStart, tEnd, widen).range();
         if (!range)
             return;
@@ -256,9 +261,12 @@ void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out,
             *imagOut++ = im;
         });
     }
+    HostArrayPtr pairs(adoptDoubleMatrix(2, columns, std::move(realPart), std::move(imagPart)));
+    double* const reals = getRealData(pairs.get());
+    double* const imags = getImagData(pairs.get());
     for (std::uint64_t i = 1; i < 2 * columns; i += 2) {
-        double& re = realPart[i];
-        double& im = imagPart[i];
+        double& re = reals[i];
+        double& im = imags[i];
         if (toMagnitudePhase) {
             const double magnitude = magnitudeOf(re, im);
             im = phaseOf(re, im);
@@ -267,7 +275,7 @@ void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out,
         fold(re, limits[0], limits[1]);
         fold(im, limits[2], limits[3]);
     }
-    out = adoptDoubleMatrix(2, columns, std::move(realPart), std::move(imagPart));
+    out = pairs.release();
 }
 
 void TimeBuffer::GetSamplesAfter(double after, std::uint64_t port, std::uint64_t channel, bool isFrameBased,

@@ -1,6 +1,6 @@
-#include <tracery/TimeBuffer.h>
-
 #include "buffers/TimeBufferState.h"
+
+#include <tracery/TimeBuffer.h>
 
 #include <limits>
 
@@ -19,6 +19,11 @@ void TimeBuffer::State::reshape(const std::map<std::uint64_t, Counts>& extentsOf
             newPorts[k] = makePort(found != extentsOfPorts.end() ? found->second : old.extents, old.complex(),
                                    maxNumTimeSteps[k]);
             newPorts[k]->linear = old.linear;
+            if (newPorts[k]->extents == old.extents) {
+                // Only its steps restart: arrays still come in the shape that the last one had.
+                newPorts[k]->arrayExtents = old.arrayExtents;
+                newPorts[k]->takeArrayExtents = old.takeArrayExtents;
+            }
             const std::uint64_t line = sharedTime ? 0 : k;
             newTimes[line] = TimeLine{Ring(times[line].ring.capacity())};
         }
@@ -102,7 +107,7 @@ HostArray* TimeBuffer::GetMaxDimensions() const
 
 void TimeBuffer::TransposeMaxDimensions(const HostArray* matrix, Counts& out)
 {
-    if (matrix == nullptr || !isDouble(matrix) || !isReal2dMatrix(matrix))
+    if (matrix == nullptr || !isReal2dMatrix(matrix))
         throw Error(errors::InvalidMaxDimensions);
     const std::uint64_t rows = getDimensions(matrix)[0];
     const std::uint64_t columns = getDimensions(matrix)[1];

@@ -46,7 +46,8 @@ struct TimeBuffer::State {
         std::uint64_t steps = 0;
         std::uint64_t elements = 0; ///< of the whole input
         bool whole = true;
-        Counts extents; ///< of one step of the input
+        Counts extents;    ///< of one step of the input
+        Counts subscripts; ///< room to walk them
     };
 
     /// Stored steps, inclusive, counted from the oldest.
@@ -91,16 +92,22 @@ struct TimeBuffer::State {
     /// A fresh detector, as wide as the ports' steps together.
     static DataPattern makePattern(const std::vector<std::uint64_t>& elementsPerStep);
 
-    // Writing (TimeBufferWrite.cpp)
-    bool everyTimeLineIsWritten() const;
-    void addTime(const double* newTimes, std::uint64_t count, std::uint64_t port);
+    // Writing (TimeBufferWrite.cpp). Room is made in every ring first, as this alone can fail: either all rings and
+    // counters that belong together change, or none.
+    template <class Use>
+    void forWrittenTimeLines(std::uint64_t port, Use&& use);
+    void reserveTimes(std::uint64_t count, std::uint64_t port);
+    void addTime(const double* newTimes, std::uint64_t count, std::uint64_t port) noexcept;
     ValueLine& lineFor(std::uint64_t port, HostComplexity complexity);
     /// Checks a write against the port's shape and against the steps of its times.
     Write checkWrite(const Port& port, const ValueLine& line, std::uint64_t timeSteps, Counts dims) const;
-    void write(std::uint64_t port, ValueLine& line, const Write& write, const double* values);
+    static void reserveValues(const Port& port, ValueLine& line, const Write& write);
+    void write(std::uint64_t port, ValueLine& line, Write& write, const double* values) noexcept;
+    /// Both of it at once.
+    void reserveAndWrite(std::uint64_t port, ValueLine& line, Write& write, const double* values);
     void addArray(const HostArray* newTimes, const HostArray* values, std::uint64_t port, bool refresh);
     /// Keeps steps aligned with times from the newest end: no value may outlast its time.
-    void dropValuesWithoutTimes(Port& port, const TimeLine& timeLine);
+    static void dropValuesWithoutTimes(Port& port, const TimeLine& timeLine) noexcept;
 
     // Reading (TimeBufferRead.cpp)
     /// Whether the port has anything to read. throws when values and times differ.

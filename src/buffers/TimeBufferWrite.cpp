@@ -1,6 +1,6 @@
-#include <tracery/TimeBuffer.h>
-
 #include "buffers/TimeBufferState.h"
+
+#include <tracery/TimeBuffer.h>
 
 #include <bit>
 #include <numeric>
@@ -16,11 +16,11 @@ const double kFill = std::bit_cast<double>(std::uint64_t{0xFFF8000000000000});
 constexpr double kSparseShare = 0.1;
 
 /// Walks the columns of a step of `extents` inside a block of `maxExtents`: calls visit(offset of the column's first
-/// element in the block) in storage order.
+/// element in the block) in storage order. `subscripts` has a 0 for each extent, and again afterwards.
 template <class Visit>
-void forEachColumn(const TimeBuffer::Counts& extents, const TimeBuffer::Counts& maxExtents, Visit&& visit)
+void forEachColumn(const TimeBuffer::Counts& extents, const TimeBuffer::Counts& maxExtents,
+                   TimeBuffer::Counts& subscripts, Visit&& visit)
 {
-    TimeBuffer::Counts subscripts(extents.size(), 0);
     while (true) {
         std::uint64_t offset = 0;
         std::uint64_t stride = 1;
@@ -39,11 +39,12 @@ void forEachColumn(const TimeBuffer::Counts& extents, const TimeBuffer::Counts& 
 
 /// Appends one smaller step column by column, with NaN up to where the next column starts.
 void DenseBufferFill(Ring& ring, const double* values, const TimeBuffer::Counts& extents,
-                     const TimeBuffer::Counts& maxExtents, std::uint64_t elementsPerStep)
+                     const TimeBuffer::Counts& maxExtents, TimeBuffer::Counts& subscripts,
+                     std::uint64_t elementsPerStep)
 {
     const std::uint64_t column = extents.empty() ? 1 : extents[0];
     std::uint64_t filled = 0;
-    forEachColumn(extents, maxExtents, [&](std::uint64_t offset) {
+    forEachColumn(extents, maxExtents, subscripts, [&](std::uint64_t offset) {
         ring.appendFill(offset - filled, kFill);
         ring.append(values, column);
         values += column;
@@ -54,10 +55,11 @@ void DenseBufferFill(Ring& ring, const double* values, const TimeBuffer::Counts&
 
 /// Appends one smaller step as a block of NaN and then sets the few values in it.
 void SparseBufferFill(Ring& ring, const double* values, const TimeBuffer::Counts& extents,
-                      const TimeBuffer::Counts& maxExtents, std::uint64_t elementsPerStep)
+                      const TimeBuffer::Counts& maxExtents, TimeBuffer::Counts& subscripts,
+                      std::uint64_t elementsPerStep)
 {
     ring.appendFill(elementsPerStep, kFill);
-    forEachColumn(extents, maxExtents, [&](std::uint64_t offset) {
+    forEachColumn(extents, maxExtents, subscripts, [&](std::uint64_t offset) {
         for (std::uint64_t i = 0; i < extents[0]; ++i)
             ring.setFromEnd(elementsPerStep - (offset + i), *values++);
     });
@@ -86,18 +88,26 @@ void requireTimes(const HostArray* times)
 
 } // namespace
 
-bool TimeBuffer::State::everyTimeLineIsWritten() const { return type == BufferType::SingleRate && !threadSafe; }
-
-void TimeBuffer::State::addTime(const double* newTimes, std::uint64_t count, std::uint64_t port)
+template <class Use>
+void TimeBuffer::State::forWrittenTimeLines(std::uint64_t port, Use&& use)
 {
-    const auto append = [&](TimeLine& line) {
+    if (type == BufferType::SingleRate && !threadSafe)
+        std::for_each(times.begin(), times.end(), use);
+    else
+        use(timesOf(port));
+}
+
+void TimeBuffer::State::reserveTimes(std::uint64_t count, std::uint64_t port)
+{
+    forWrittenTimeLines(port, [count](TimeLine& line) { line.ring.reserveFor(count); });
+}
+
+void TimeBuffer::State::addTime(const double* newTimes, std::uint64_t count, std::uint64_t port) noexcept
+{
+    forWrittenTimeLines(port, [newTimes, count](TimeLine& line) {
         line.ring.append(newTimes, count);
         line.steps += count;
-    };
-    if (everyTimeLineIsWritten())
-        std::for_each(times.begin(), times.end(), append);
-    else
-        append(timesOf(port));
+    });
 }
 
 TimeBuffer::State::ValueLine& TimeBuffer::State::lineFor(std::uint64_t port, HostComplexity complexity)
@@ -109,8 +119,8 @@ TimeBuffer::State::ValueLine& TimeBuffer::State::lineFor(std::uint64_t port, Hos
     return *ports[port].imag;
 }
 
-TimeBuffer::State::Write TimeBuffer::State::checkWrite(const Port& port, const ValueLine& line,
-                                                       std::uint64_t timeSteps, Counts dims) const
+TimeBuffer::State::Write TimeBuffer::State::checkWrite(const Port& port, const ValueLine& line, std::uint64_t timeSteps,
+                                                       Counts dims) const
 {
     Write write;
     if (std::find(dims.begin(), dims.end(), 0U) == dims.end()) {
@@ -131,6 +141,7 @@ TimeBuffer::State::Write TimeBuffer::State::checkWrite(const Port& port, const V
             const std::uint64_t elementsPerStep = product(dims);
             write.elements = elementsPerStep * write.steps;
             write.whole = elementsPerStep == port.elementsPerStep;
+            write.subscripts.assign(numExtents, 0);
             write.extents = std::move(dims);
         }
     }
@@ -139,7 +150,15 @@ TimeBuffer::State::Write TimeBuffer::State::checkWrite(const Port& port, const V
     return write;
 }
 
-void TimeBuffer::State::write(std::uint64_t port, ValueLine& line, const Write& write, const double* values)
+void TimeBuffer::State::reserveValues(const Port& port, ValueLine& line, const Write& write)
+{
+    if (write.whole)
+        line.ring.reserveFor(write.elements);
+    else
+        line.ring.reserveFor(std::min(write.steps, line.ring.capacity() / port.elementsPerStep) * port.elementsPerStep);
+}
+
+void TimeBuffer::State::write(std::uint64_t port, ValueLine& line, Write& write, const double* values) noexcept
 {
     if (write.steps == 0)
         return;
@@ -157,12 +176,18 @@ void TimeBuffer::State::write(std::uint64_t port, ValueLine& line, const Write& 
         // Steps that the ring could not keep beside the newer ones are not laid out at all.
         const std::uint64_t kept = std::min(write.steps, line.ring.capacity() / p.elementsPerStep);
         for (std::uint64_t i = write.steps - kept; i < write.steps; ++i)
-            fill(line.ring, values + i * inputStep, write.extents, p.extents, p.elementsPerStep);
+            fill(line.ring, values + i * inputStep, write.extents, p.extents, write.subscripts, p.elementsPerStep);
     }
     dropValuesWithoutTimes(p, timesOf(port));
 }
 
-void TimeBuffer::State::dropValuesWithoutTimes(Port& port, const TimeLine& timeLine)
+void TimeBuffer::State::reserveAndWrite(std::uint64_t port, ValueLine& line, Write& write, const double* values)
+{
+    reserveValues(ports[port], line, write);
+    this->write(port, line, write, values);
+}
+
+void TimeBuffer::State::dropValuesWithoutTimes(Port& port, const TimeLine& timeLine) noexcept
 {
     const auto drop = [&](ValueLine& line) {
         const std::uint64_t lag = timeLine.steps - line.steps; // the newest times whose values are still to come
@@ -187,12 +212,18 @@ void TimeBuffer::State::addArray(const HostArray* newTimes, const HostArray* val
 
     const std::uint64_t newSteps = newTimes != nullptr ? getNumberOfElements(newTimes) : 0;
     const std::uint64_t timeSteps = timesOf(port).steps + newSteps;
-    const Write realWrite = checkWrite(p, p.real, timeSteps, extents);
-    const Write imagWrite = p.imag ? checkWrite(p, *p.imag, timeSteps, extents) : Write{};
+    Write realWrite = checkWrite(p, p.real, timeSteps, extents);
+    Write imagWrite = p.imag ? checkWrite(p, *p.imag, timeSteps, extents) : Write{};
     std::vector<double> zeros;
     if (getRealData(values) == nullptr || (p.imag && getImagData(values) == nullptr))
         zeros.resize(elements);
+    if (newTimes != nullptr)
+        reserveTimes(newSteps, port);
+    reserveValues(p, p.real, realWrite);
+    if (p.imag)
+        reserveValues(p, *p.imag, imagWrite);
 
+    // From here on nothing can fail.
     if (newTimes != nullptr)
         addTime(getRealData(newTimes), newSteps, port);
     if (takeExtents) {
@@ -213,6 +244,7 @@ void TimeBuffer::AddTime(const double* times, std::uint64_t count, std::uint64_t
     state_->requirePort(port);
     if (times == nullptr && count > 0)
         throw Error(errors::EmptyInput);
+    state_->reserveTimes(count, port);
     state_->addTime(times, count, port);
 }
 
@@ -223,6 +255,7 @@ void TimeBuffer::AddTime(const HostArray* times, std::uint64_t port)
         return;
     state_->requirePort(port);
     requireTimes(times);
+    state_->reserveTimes(getNumberOfElements(times), port);
     state_->addTime(getRealData(times), getNumberOfElements(times), port);
 }
 
@@ -233,10 +266,10 @@ void TimeBuffer::AddValue(const double* values, const Counts& dims, std::uint64_
         return;
     state_->requirePort(port);
     State::ValueLine& line = state_->lineFor(port, complexity);
-    const State::Write write = state_->checkWrite(state_->ports[port], line, state_->timesOf(port).steps, dims);
+    State::Write write = state_->checkWrite(state_->ports[port], line, state_->timesOf(port).steps, dims);
     if (values == nullptr && write.elements > 0)
         throw Error(errors::EmptyInput);
-    state_->write(port, line, write, values);
+    state_->reserveAndWrite(port, line, write, values);
 }
 
 void TimeBuffer::AddValue(const std::complex<double>* values, const Counts& dims, std::uint64_t port,
@@ -247,14 +280,14 @@ void TimeBuffer::AddValue(const std::complex<double>* values, const Counts& dims
         return;
     state_->requirePort(port);
     State::ValueLine& line = state_->lineFor(port, complexity);
-    const State::Write write = state_->checkWrite(state_->ports[port], line, state_->timesOf(port).steps, dims);
+    State::Write write = state_->checkWrite(state_->ports[port], line, state_->timesOf(port).steps, dims);
     if (values == nullptr && write.elements > 0)
         throw Error(errors::EmptyInput);
     std::vector<double> part(write.elements);
     std::transform(values, values + write.elements, part.begin(), [&](std::complex<double> value) {
         return complexity == HostComplexity::real ? value.real() : value.imag();
     });
-    state_->write(port, line, write, part.data());
+    state_->reserveAndWrite(port, line, write, part.data());
 }
 
 void TimeBuffer::AddValue(const HostArray* values, std::uint64_t port, bool refresh)

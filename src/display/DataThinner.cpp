@@ -105,13 +105,14 @@ void DataThinner::setMinMaxValues(int /*channelPosition*/, double& time, std::ve
         return;
     Channel& accumulated = at(asIndex(channel));
     const double value = sampleOf(realData, sampleIndex);
-    const double imaginary = isComplex ? sampleOf(imagData, sampleIndex) : 0.0;
+    const bool hasImaginary = isComplex && !imagData.empty();
+    const double imaginary = hasImaginary ? sampleOf(imagData, sampleIndex) : 0.0;
     for (const ThinDataMinMax which : {ThinDataMinMax::Max, ThinDataMinMax::Min}) {
         if (replaces(value, accumulated.real, which)) {
             accumulated.real[asIndex(which)] = value;
             accumulated.time[asIndex(which)] = time;
         }
-        if (isComplex && replaces(imaginary, accumulated.imaginary, which))
+        if (hasImaginary && replaces(imaginary, accumulated.imaginary, which))
             accumulated.imaginary[asIndex(which)] = imaginary;
     }
     accumulated.hasData = true;

@@ -86,6 +86,7 @@ public:
             throw Error(errors::InvalidArray, "an array needs at least one extent");
         if (extents.size() == 1)
             extents.push_back(1);
+        product(std::span(extents).subspan(1)); // so that getN can always be told
         elements = product(extents);
     }
 
@@ -181,7 +182,8 @@ HostArray* adoptDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostDoub
     return array.release();
 }
 
-HostArray* createNumericMatrix(std::uint64_t rows, std::uint64_t columns, HostClassID classId, HostComplexity complexity)
+HostArray* createNumericMatrix(std::uint64_t rows, std::uint64_t columns, HostClassID classId,
+                               HostComplexity complexity)
 {
     return createNumericArray(2, Extents2{{rows, columns}}, classId, complexity);
 }
@@ -257,7 +259,6 @@ HostArray* createObjectArray(const char* className, std::size_t numDims, const s
 HostArray* duplicateArray(const HostArray* array)
 {
     HostArrayPtr copy = makeArray(array->extents.size(), array->extents.data());
-    copy->scope = array->scope;
     copy->data = std::visit(Duplicator{array->elements}, array->data);
     return copy.release();
 }
@@ -286,8 +287,7 @@ bool isDouble(const HostArray* array) { return dataOf<DoubleData>(array) != null
 
 bool isReal2dMatrix(const HostArray* array)
 {
-    return array->extents.size() == 2 && !isComplex(array) &&
-           (isDouble(array) || dataOf<LogicalData>(array) != nullptr);
+    return array->extents.size() == 2 && isDouble(array) && !isComplex(array);
 }
 
 void setArrayScope(HostArray* array, HostArrayScope scope) { array->scope = scope; }

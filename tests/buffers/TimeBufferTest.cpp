@@ -51,6 +51,10 @@ TEST(TimeBufferTest, BeforeSetUpNothingHappensWhateverTheArguments)
     buffer.SetMaxNumTimeSteps({});
     buffer.SetMaxDimensions({-1}, 5);
     buffer.SetMaxDimensions(nullptr);
+    HostArray* pairs = nullptr;
+    std::vector<double> noLimits;
+    buffer.GetTimeAndValueInterleaved(3, pairs, noLimits, 0, 0, 1, 0, 0, 7, true, 1, -1, false, false);
+    EXPECT_EQ(pairs, nullptr);
     EXPECT_TRUE(timesOf(buffer, 3).empty());
     EXPECT_FALSE(buffer.GetIsReady());
     EXPECT_FALSE(buffer.GetIsFull());
@@ -76,6 +80,9 @@ TEST(TimeBufferTest, SetUpRefusesWhatDoesNotFitAndKeepsTheOldBuffer)
     EXPECT_EQ(reset({1ULL << 60}, {1ULL << 10}, {1}, 1, 1), "InvalidMaxNumTimeStepsValue");
     EXPECT_EQ(failure([] { TimeBuffer({5}, {1, 1}, 0); }), "InvalidMaxDimensions");
     EXPECT_EQ(failure([] { TimeBuffer({5}, {1, 1, 1}, 2); }), "InvalidMaxDimensions");
+    EXPECT_EQ(failure([] { TimeBuffer({5, 6}, {}, 1ULL << 50); }), "InvalidMaxNumTimeStepsSize");
+    EXPECT_EQ(failure([] { TimeBuffer({5}, {}, 1ULL << 50); }), "InvalidMaxDimensions");
+    EXPECT_EQ(failure([&] { buffer.SetMaxNumTimeSteps({1ULL << 61}); }), "InvalidMaxNumTimeStepsValue");
     EXPECT_TRUE(sameBits(timesOf(buffer), {1, 2}));
     EXPECT_FALSE(buffer.getIsThreadSafe());
 
@@ -104,6 +111,25 @@ TEST(TimeBufferTest, ASmallerInputIsWidenedWithNaN)
     EXPECT_TRUE(sameBits(valuesOf(buffer), expected));
 }
 
+TEST(TimeBufferTest, MissingExtentsCountAsOneWhereTheLastMaximumIsOne)
+{
+    TimeBuffer flat({4}, {4, 1}, 1);
+    const double two[] = {7, 8};
+    flat.AddTime(row({1}).get(), 0);
+    flat.AddValue(two, {2}, 0, kReal);
+    const std::vector<double> values = valuesOf(flat);
+    EXPECT_TRUE(values[0] == 7 && values[1] == 8 && std::isnan(values[2]) && std::isnan(values[3]));
+
+    // A matrix is one step of such a port, not steps laid end to end.
+    TimeBuffer deep({4}, {2, 1, 1}, 1);
+    EXPECT_EQ(failure([&] {
+                  deep.addTimeAndValue(row({1, 2}).get(), matrix(2, 2, {1, 2, 3, 4}).get(), 0, true);
+              }),
+              "AddValueInputFormatError");
+    deep.addTimeAndValue(row({1}).get(), matrix(2, 1, {5, 6}).get(), 0, true);
+    EXPECT_TRUE(sameBits(valuesOf(deep), {5, 6}));
+}
+
 TEST(TimeBufferTest, RefusedWritesChangeNothing)
 {
     TimeBuffer buffer({8}, {2, 2}, {1, 1}, 2, BufferType::MultipleRate, {kReal, kComplex}, false);
@@ -124,7 +150,8 @@ TEST(TimeBufferTest, RefusedWritesChangeNothing)
     };
     EXPECT_EQ(add(row({3}), matrix(3, 1, {1, 2, 3}), true), "AddValueInputFormatError");
     EXPECT_EQ(add(row({3}), matrix(2, 2, {1, 2, 3, 4}), true), "AddValueError");
-    EXPECT_EQ(add(row({3, 4}), matrix(1, 1, {1}), false), "AddValueInputFormatError") << "smaller than the cached (1, 2)";
+    EXPECT_EQ(add(row({3, 4}), matrix(1, 1, {1}), false), "AddValueInputFormatError")
+        << "smaller than the cached (1, 2)";
     EXPECT_EQ(add(row({3}), matrix(0, 0, {}), true), "AddValueError") << "no elements are no steps";
     EXPECT_EQ(add(row({}), matrix(0, 0, {}), true), "none");
     EXPECT_EQ(add(row({3, 4}), matrix(4, 1, {6, 7, 8, 9}), false), "none") << "the cached (1, 2) still holds";
@@ -144,6 +171,9 @@ TEST(TimeBufferTest, AComplexPortTakesBothPartsAndSaysWhenOneIsMissing)
     buffer.AddValue(&value, {1}, 0, kReal);
     EXPECT_EQ(failure([&] { timesOf(buffer); }), "GetComplexDataError");
     EXPECT_FALSE(buffer.GetIsReady());
+    // A write of both parts that its imaginary part alone cannot take: the times stay, too.
+    EXPECT_EQ(failure([&] { buffer.addTimeAndValue(row({2}).get(), row({4}).get(), 0, true); }), "AddValueError");
+    EXPECT_EQ(buffer.GetLastTime(), 1);
     buffer.AddValue(&value, {1}, 0, kComplex);
     HostArray* t = nullptr;
     HostArray* v = nullptr;
@@ -151,6 +181,8 @@ TEST(TimeBufferTest, AComplexPortTakesBothPartsAndSaysWhenOneIsMissing)
     const HostArrayPtr times(t), values(v);
     EXPECT_TRUE(sameBits(realOf(v), {2}));
     EXPECT_TRUE(sameBits(imagOf(v), {3}));
+    EXPECT_TRUE(isComplex(v));
+    EXPECT_FALSE(isComplex(t));
     EXPECT_EQ(failure([&] { timesOf(buffer, 1); }), "InvalidPortID");
 }
 
@@ -238,6 +270,34 @@ TEST(TimeBufferTest, WindowEdgesAreWidenedByTheSpacingOfDoubles)
     EXPECT_TRUE(buffer.GetIndexRange(0, -INFINITY, std::numeric_limits<double>::max(), false, s, e));
     EXPECT_EQ(e - s, 3);
     EXPECT_FALSE(buffer.GetIndexRange(0, 0, INFINITY, false, s, e));
+
+    // Around zero and among the denormals the spacing is the smallest denormal.
+    constexpr double d = std::numeric_limits<double>::denorm_min();
+    ScalarBuffer tiny(9);
+    tiny.add({-2 * d, -d, 0, d, 2 * d, 3 * d, 4 * d, 5 * d}, std::vector<double>(8));
+    EXPECT_TRUE(tiny.GetIndexRange(0, 0, 0, false, s, e));
+    EXPECT_EQ(s, 1) << "one spacing early is inside";
+    EXPECT_EQ(e, 2) << "one spacing late is not";
+    EXPECT_TRUE(tiny.GetIndexRange(0, 3 * d, 3 * d, false, s, e));
+    EXPECT_EQ(s, 4);
+    EXPECT_EQ(e, 5);
+}
+
+TEST(TimeBufferTest, ADisplayReadRefusesALayoutThatCannotBe)
+{
+    ScalarBuffer buffer(4);
+    buffer.add({1, 2}, {10, 20});
+    const auto read = [&](std::vector<double> limits, std::uint64_t channels, int samplesPerFrame) {
+        HostArray* pairs = nullptr;
+        return failure([&] {
+            buffer.GetTimeAndValueInterleaved(0, pairs, limits, 0, 0, 9, 0, channels, 0, true, 1, samplesPerFrame,
+                                              false, false);
+        });
+    };
+    EXPECT_EQ(read({0, 0, 0}, 1, 1), "InvalidLimits");
+    EXPECT_EQ(read({0, 0, 0, 0}, 1, 0), "InvalidChannelID");
+    EXPECT_EQ(read({0, 0, 0, 0}, 1, -1), "InvalidChannelID");
+    EXPECT_EQ(read({0, 0, 0, 0}, 0, 1), "InvalidChannelID");
 }
 
 TEST(TimeBufferTest, NewExtentsRestartTheRingsThatShareTimes)
@@ -256,13 +316,48 @@ TEST(TimeBufferTest, NewExtentsRestartTheRingsThatShareTimes)
     EXPECT_EQ(failure([&] { buffer.SetMaxDimensions(matrix(0, 2, {}).get()); }), "EmptyInput");
     EXPECT_EQ(failure([&] { buffer.SetMaxDimensions(matrix(1, 1, {2}).get()); }), "InvalidMaxDimensions");
     EXPECT_EQ(failure([&] { buffer.SetMaxDimensions(matrix(2, 1, {2, NAN}).get()); }), "InvalidMaxDimensions");
-    buffer.SetMaxDimensions(matrix(2, 2, {5, 6, 1, 1}).get());
+    EXPECT_EQ(failure([&] { buffer.SetMaxDimensions(matrix(2, 2, {5, 6, 1, 2}).get()); }), "InvalidMaxDimensions");
+    buffer.SetMaxDimensions(matrix(2, 2, {5.9, 6, 1, 1}).get());
+    EXPECT_EQ(buffer.GetMaxDimensions(0), std::vector<int>{5});
     EXPECT_EQ(buffer.GetMaxDimensions(1), std::vector<int>{6});
     EXPECT_TRUE(timesOf(buffer, 1).empty());
 
     Counts flat;
     TimeBuffer::TransposeMaxDimensions(matrix(2, 3, {1, 4, 2, 5, 3, 6}).get(), flat);
     EXPECT_EQ(flat, (Counts{1, 2, 3, 4, 5, 6}));
+
+    TimeBuffer wide({4}, {2, 2}, 1);
+    constexpr int kLargest = std::numeric_limits<int>::max();
+    EXPECT_EQ(failure([&] { wide.SetMaxDimensions({kLargest, kLargest}, 0); }), "InvalidMaxNumTimeStepsValue");
+    EXPECT_EQ(failure([&] { wide.SetMaxDimensions({kLargest / 2, 1}, 0); }), "InvalidMaxDimensions");
+}
+
+TEST(TimeBufferTest, NewExtentsOfOnePortRestartAllThatShareItsTimes)
+{
+    TimeBuffer buffer({9}, {1, 2}, {1, 1}, 2, BufferType::SingleRate, {kReal, kReal}, false);
+    buffer.setIsLinearInterpolation({1, 0});
+    const auto add = [&](double time) {
+        buffer.AddTime(&time, 1, 0);
+        buffer.AddValue(row({NAN}).get(), 0, false);
+        buffer.AddValue(row({time}).get(), 1, false); // extents (1, 1): half a step
+    };
+    add(1);
+    buffer.setDataHasNaNPattern(true);
+    buffer.SetMaxDimensions({3}, 0);
+    EXPECT_TRUE(timesOf(buffer, 0).empty());
+    EXPECT_TRUE(timesOf(buffer, 1).empty());
+    EXPECT_TRUE(buffer.GetIsReady());
+    EXPECT_FALSE(buffer.dataHasNaNPattern());
+    EXPECT_EQ(buffer.getIsLinearInterpolation(), (std::vector<bool>{true, false}));
+
+    // The other port still has the shape of its last array, and takes a larger one in that shape.
+    const double time = 2;
+    buffer.AddTime(&time, 1, 0);
+    buffer.AddValue(matrix(3, 1, {4, 5, 6}).get(), 0, false);
+    buffer.AddValue(matrix(2, 1, {7, 8}).get(), 1, false);
+    EXPECT_TRUE(sameBits(valuesOf(buffer, 0), {4, 5, 6}));
+    EXPECT_EQ(valuesOf(buffer, 1)[0], 7);
+    EXPECT_TRUE(std::isnan(valuesOf(buffer, 1)[1]));
 }
 
 TEST(TimeBufferTest, NothingIsStoredWithoutRoom)
@@ -291,6 +386,23 @@ TEST(TimeBufferTest, ARegularPatternOfNaNIsLearnedUntilTheNextSetUp)
     EXPECT_TRUE(buffer.dataHasNaNPattern());
     buffer.ResetBuffer({9}, {1}, {1}, 1, BufferType::SingleRate, {kReal}, false);
     EXPECT_FALSE(buffer.dataHasNaNPattern());
+}
+
+TEST(TimeBufferTest, ThePatternIsLookedForInTheFirstValueOfEachWriteOfEitherPart)
+{
+    ScalarBuffer blocks(9);
+    blocks.add({1, 2}, {NAN, 5});
+    blocks.add({3, 4}, {5, NAN});
+    EXPECT_FALSE(blocks.dataHasNaNPattern());
+    blocks.add({5, 6}, {NAN, 5});
+    EXPECT_TRUE(blocks.dataHasNaNPattern());
+
+    TimeBuffer complex({9}, {1}, {1}, 1, BufferType::SingleRate, {kComplex}, false);
+    for (double time : {1.0, 2.0}) {
+        EXPECT_FALSE(complex.dataHasNaNPattern());
+        complex.addTimeAndValue(row({time}).get(), row({NAN}).get(), 0, true); // NaN, then the imaginary 0
+    }
+    EXPECT_TRUE(complex.dataHasNaNPattern());
 }
 
 TEST(TimeBufferTest, PerPortSettingsAreKept)

@@ -2,9 +2,9 @@
 
 #include <tracery/TimeBuffer.h>
 
-#include <atomic>
+#include <chrono>
+#include <future>
 #include <limits>
-#include <thread>
 
 using namespace tracery;
 using namespace tracery::test;
@@ -16,11 +16,11 @@ TEST(TimeBufferThreadTest, EveryBlockReadBesideAWriterIsConsistent)
 {
     constexpr int kBlocks = 100000; // ten seconds or so under the thread sanitizer
     constexpr std::size_t kSteps = 16;
-    TimeBuffer buffer({300}, {2, 1}, {1, 1}, 2, BufferType::SingleRate,
-                      {HostComplexity::real, HostComplexity::complex}, true);
-    std::atomic<bool> done = false;
+    TimeBuffer buffer({300}, {2, 1}, {1, 1}, 2, BufferType::SingleRate, {HostComplexity::real, HostComplexity::complex},
+                      true);
 
-    std::thread writer([&] {
+    // Joins however this scope is left, and passes on what the writer throws.
+    std::future<void> writer = std::async(std::launch::async, [&] {
         double next = 0;
         for (int block = 0; block < kBlocks; ++block)
             for (std::uint64_t port : {0U, 1U}) {
@@ -40,12 +40,11 @@ TEST(TimeBufferThreadTest, EveryBlockReadBesideAWriterIsConsistent)
                 if (block % 5000 == 4999)
                     buffer.SetMaxNumTimeSteps({block % 10000 == 9999 ? 300U : 200U});
             }
-        done = true;
     });
 
     std::size_t reads = 0, failures = 0;
     const auto expect = [&](bool holds) { failures += holds ? 0 : 1; };
-    while (!done) {
+    while (writer.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
         const double last = buffer.GetLastTime();
         HostArray *time = nullptr, *value = nullptr, *pairs = nullptr;
         buffer.GetTimeAndValue(0, time, value, last - 100, last, true);
@@ -63,7 +62,7 @@ TEST(TimeBufferThreadTest, EveryBlockReadBesideAWriterIsConsistent)
             expect(re[i] == re[i + 1] && im[i] == re[i] && im[i + 1] == -re[i]);
         reads += times.size() + re.size() / 2;
     }
-    writer.join();
+    writer.get();
     EXPECT_GT(reads, 0U);
     EXPECT_EQ(failures, 0U);
     EXPECT_EQ(buffer.GetLastTime(), kBlocks * static_cast<double>(kSteps) - 1);

@@ -47,6 +47,10 @@ TEST(HostArrayTest, RefusesSizesThatOverflowAndClassesItDoesNotMake)
     EXPECT_EQ(failure([&] { createCellArray(2, huge); }), kInvalidArray);
     EXPECT_EQ(failure([] { createDoubleMatrix(1ULL << 62, 1, HostComplexity::real); }), kInvalidArray);
     EXPECT_EQ(failure([&] { createLogicalArray(0, huge); }), kInvalidArray);
+    const std::uint64_t wide[] = {0, 1ULL << 40, 1ULL << 40}, none[] = {1ULL << 40, 0, 1ULL << 40};
+    EXPECT_EQ(failure([&] { createNumericArray(3, wide, HostClassID::double_, HostComplexity::real); }), kInvalidArray)
+        << "it would have no N";
+    EXPECT_EQ(getN(HostArrayPtr(createLogicalArray(3, none)).get()), 0U);
     EXPECT_EQ(failure([] { createNumericMatrix(1, 1, HostClassID::cell, HostComplexity::real); }), kInvalidArray);
 }
 
@@ -82,6 +86,7 @@ TEST(HostArrayTest, StringsTurnBackIntoTextAndOtherClassesDoNot)
     HostArrayPtr flag(createLogicalScalar(true));
     EXPECT_EQ(arrayToString(flag.get()), nullptr);
     EXPECT_EQ(getLogicals(flag.get())[0], 1);
+    EXPECT_FALSE(isReal2dMatrix(flag.get())) << "flags are not numbers";
     destroyArray(nullptr);
 }
 
@@ -97,6 +102,22 @@ TEST(HostArrayTest, CellsOwnTheirElements)
     EXPECT_EQ(getNumberOfContainedElements(copy.get()), 2U);
     EXPECT_EQ(failure([&] { setCell(copy.get(), 2, nullptr); }), kInvalidArray);
     EXPECT_EQ(failure([&] { setCell(copy.get(), 0, copy.get()); }), kInvalidArray);
+}
+
+TEST(HostArrayTest, CopiesLiveForTheCallWhateverTheOriginalDoes)
+{
+    EXPECT_EQ(static_cast<int>(HostArrayScope::persistent), 0);
+    EXPECT_EQ(static_cast<int>(HostArrayScope::call), 1);
+    HostArrayPtr cell(createCellMatrix(1, 1));
+    EXPECT_EQ(getArrayScope(cell.get()), HostArrayScope::call);
+    HostArray* element = createString("kept");
+    setCell(cell.get(), 0, element);
+    for (HostArray* array : {cell.get(), element})
+        setArrayScope(array, HostArrayScope::persistent);
+    const HostArrayPtr copy(duplicateArray(cell.get()));
+    EXPECT_EQ(getArrayScope(copy.get()), HostArrayScope::call);
+    EXPECT_EQ(getArrayScope(getCell(copy.get(), 0)), HostArrayScope::call);
+    EXPECT_EQ(getArrayScope(element), HostArrayScope::persistent);
 }
 
 struct FakeObject : hostobj::COSInterface {

@@ -25,7 +25,7 @@ std::string failure(Call&& call)
     return "none";
 }
 
-/// Equal bit for bit, whatever the NaN and whatever the sign of a zero.
+/// Equal bit for bit: the payload and sign of a NaN and the sign of a zero count.
 inline ::testing::AssertionResult sameBits(const double* actual, const double* expected, std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i)
@@ -58,7 +58,13 @@ inline std::vector<double> part(const HostArray* array, const double* data)
 {
     return data != nullptr ? std::vector<double>(data, data + getNumberOfElements(array)) : std::vector<double>();
 }
-inline std::vector<double> realOf(const HostArray* array) { return array ? part(array, getRealData(array)) : part(nullptr, nullptr); }
-inline std::vector<double> imagOf(const HostArray* array) { return array ? part(array, getImagData(array)) : part(nullptr, nullptr); }
+inline std::vector<double> realOf(const HostArray* array)
+{
+    return array ? part(array, getRealData(array)) : part(nullptr, nullptr);
+}
+inline std::vector<double> imagOf(const HostArray* array)
+{
+    return array ? part(array, getImagData(array)) : part(nullptr, nullptr);
+}
 
 } // namespace tracery::test

@@ -18,8 +18,9 @@ enum class HostClassID : std::int32_t { cell, logical, char_, double_, object };
 /// Whether an array has an imaginary part. An empty complex array is complex all the same.
 enum class HostComplexity : std::int32_t { real = 0, complex = 1 };
 
-/// How long an array lives: to the end of the current host call, or until it is destroyed.
-enum class HostArrayScope : std::int32_t { call, persistent };
+/// How long an array lives: until it is destroyed, or to the end of the current host call. The codes are those of the
+/// host's interface.
+enum class HostArrayScope : std::int32_t { persistent = 0, call = 1 };
 
 /// The value that crosses the boundary to the host: an N-dimensional array, column-major, with the real and the
 /// imaginary part in separate buffers. Made and read by the functions below alone.
@@ -46,8 +47,9 @@ struct HostMemoryDeleter {
 /// Owning handle of doubles from the host's allocator.
 using HostDoubles = std::unique_ptr<double[], HostMemoryDeleter>;
 
-// ---- Creation. Data are zero-filled. Throws InvalidArray when the product of the extents (or the bytes they need)
-// ---- passes 64 bits, when there are no extents, and for a class that an operation does not make.
+// ---- Creation. Data are zero-filled, the scope is the current call. Throws InvalidArray when the product of the extents
+// ---- (of all, or of those past the first; or the bytes they need) passes 64 bits, when there are no extents, and for a
+// ---- class that an operation does not make.
 
 TRACERY_EXPORT HostArray* createDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostComplexity complexity);
 /// A double matrix that takes over its data, rows x columns doubles each; complex when `imag` is not null.
@@ -70,7 +72,8 @@ TRACERY_EXPORT HostArray* createString(const char* text);
 TRACERY_EXPORT HostArray* createClassArray(const char* className);
 /// An object array of the given extents, all references null.
 TRACERY_EXPORT HostArray* createObjectArray(const char* className, std::size_t numDims, const std::uint64_t* extents);
-/// A deep copy: class, extents, scope and both data parts; cells are copied through, object references are shared.
+/// A deep copy: class, extents and both data parts; cells are copied through, object references are shared. Copies,
+/// those in cells too, start with the scope of the current call, whatever the original's is.
 TRACERY_EXPORT HostArray* duplicateArray(const HostArray* array);
 
 // ---- Shape and class
@@ -87,17 +90,19 @@ TRACERY_EXPORT std::uint64_t getNumberOfContainedElements(const HostArray* array
 TRACERY_EXPORT bool isEmpty(const HostArray* array);
 TRACERY_EXPORT bool isComplex(const HostArray* array);
 TRACERY_EXPORT bool isDouble(const HostArray* array);
-/// True for a real double or logical array of exactly two extents.
+/// True for a real double array of exactly two extents; logical arrays are flags, not numbers.
 TRACERY_EXPORT bool isReal2dMatrix(const HostArray* array);
 TRACERY_EXPORT void setArrayScope(HostArray* array, HostArrayScope scope);
 TRACERY_EXPORT HostArrayScope getArrayScope(const HostArray* array);
 
 // ---- Data. Pointers stay valid until the part is replaced or the array is destroyed.
 
-/// The real parts, or null when the array has no doubles.
+/// The real parts, or null when there are none: for another class than double, after setRealData(null), and for an
+/// empty array that was not given a buffer.
 TRACERY_EXPORT double* getRealData(HostArray* array);
 TRACERY_EXPORT const double* getRealData(const HostArray* array);
-/// The imaginary parts, or null for a real or an empty array.
+/// The imaginary parts, or null when there are none: for a real array, another class than double, and for an empty
+/// array that was not given a buffer.
 TRACERY_EXPORT double* getImagData(HostArray* array);
 TRACERY_EXPORT const double* getImagData(const HostArray* array);
 /// The bytes (each 0 or 1) of a logical array, or null for another class or an empty one.
@@ -112,7 +117,8 @@ TRACERY_EXPORT void setRealData(HostArray* array, double* data);
 /// The same for the imaginary part; the array becomes complex, or real again when `data` is null.
 TRACERY_EXPORT void setImagData(HostArray* array, double* data);
 /// Moves `element` (may be null) into a cell; the element before is destroyed. Throws InvalidArray when `cell` is no
-/// cell, the index is outside it, or the element is the cell itself; `element` then stays with the caller.
+/// cell, the index is outside it, or the element is the cell itself; `element` then stays with the caller. An element
+/// that holds the cell deeper down makes a circle that is never released: that is for the caller to avoid.
 TRACERY_EXPORT void setCell(HostArray* cell, std::uint64_t index, HostArray* element);
 /// The element of a cell, still owned by it; null when absent, outside, or no cell.
 TRACERY_EXPORT const HostArray* getCell(const HostArray* cell, std::uint64_t index);

@@ -1,0 +1,214 @@
+// Memory that runs out at every allocation in turn: an operation then either happened or did not.
+
+#include "support/Expect.h"
+#include "support/FailingMemory.h"
+
+#include <tracery/TimeBuffer.h>
+
+#include <cmath>
+#include <complex>
+#include <functional>
+
+using namespace tracery;
+using namespace tracery::test;
+using Counts = TimeBuffer::Counts;
+
+namespace {
+
+constexpr auto kReal = HostComplexity::real;
+constexpr auto kComplex = HostComplexity::complex;
+
+/// Port 0 takes 2 by 2 real values a step, port 1 three complex ones.
+struct Setting {
+    BufferType type;
+    bool threadSafe;
+    void operator()(TimeBuffer& buffer) const
+    {
+        buffer.ResetBuffer({6}, {2, 2, 3}, {2, 1}, 2, type, {kReal, kComplex}, threadSafe);
+    }
+};
+
+/// Steps of `rows` rows whose values tell their time: 10 t + the place in the block, in the imaginary part negative.
+HostArrayPtr tellingValues(std::uint64_t port, std::uint64_t rows, const std::vector<double>& times)
+{
+    const std::uint64_t steps = times.size();
+    const std::uint64_t flat[] = {rows, steps}, block[] = {rows, 2, steps};
+    HostArrayPtr values(
+        createNumericArray(port == 0 ? 3 : 2, port == 0 ? block : flat, HostClassID::double_, kComplex));
+    const std::uint64_t width = getNumberOfElements(values.get()) / steps;
+    for (std::uint64_t i = 0; i < width * steps; ++i) {
+        const std::uint64_t place = i % width / rows * 2 + i % rows;
+        getRealData(values.get())[i] = 10 * times[i / width] + static_cast<double>(place);
+        getImagData(values.get())[i] = -getRealData(values.get())[i];
+    }
+    return values;
+}
+
+/// Appends whole steps to both ports.
+void addToBoth(TimeBuffer& buffer, const std::vector<double>& times)
+{
+    const bool oneTimeForAll = buffer.GetBufferType() == BufferType::SingleRate && !buffer.getIsThreadSafe();
+    for (const std::uint64_t port : {0U, 1U}) {
+        if (port == 0 || !oneTimeForAll)
+            buffer.AddTime(times.data(), times.size(), port);
+        buffer.AddValue(tellingValues(port, port == 0 ? 2 : 3, times).get(), port, true);
+    }
+}
+
+/// Everything that can be read, as one list; checks that no value sits at another step's time.
+std::vector<double> contents(const TimeBuffer& buffer)
+{
+    std::vector<double> all{buffer.GetLastTime(), buffer.GetIsReady() ? 1.0 : 0.0, buffer.GetIsFull() ? 1.0 : 0.0};
+    for (const std::uint64_t steps : buffer.GetMaxNumTimeSteps())
+        all.push_back(static_cast<double>(steps));
+    for (const std::uint64_t port : {0U, 1U}) {
+        HostArray *time = nullptr, *value = nullptr;
+        // Values that are still to come make a port unreadable; the error then stands for its contents.
+        all.push_back(static_cast<double>(failure([&] { buffer.GetTimeAndValue(port, time, value); }).size()));
+        const HostArrayPtr t(time), v(value);
+        const std::vector<double> times = realOf(time), real = realOf(value), imag = imagOf(value);
+        for (const std::vector<double>& part : {times, real, imag})
+            all.insert(all.end(), part.begin(), part.end());
+        const std::size_t width = times.empty() ? 1 : real.size() / times.size();
+        for (std::size_t i = 0; i < real.size(); ++i) {
+            const double told = 10 * times[i / width] + static_cast<double>(i % width);
+            EXPECT_TRUE(std::isnan(real[i]) || real[i] == told) << "port " << port << ", time " << times[i / width];
+            EXPECT_TRUE(imag.empty() || std::isnan(imag[i]) || imag[i] == -told) << "time " << times[i / width];
+        }
+        for (const int extent : buffer.GetMaxDimensions(port))
+            all.push_back(extent);
+    }
+    return all;
+}
+
+struct Case {
+    const char* name;
+    std::function<void(TimeBuffer&)> prepare;
+    std::function<void(TimeBuffer&)> operation;
+    bool allocates = true;
+};
+
+/// Fails the operation's first allocation, then its second, and so on until it needs no more. Where it fails, nothing
+/// may have changed, and the same again, with memory, must come out as if nothing had happened. Returns how many
+/// allocations there were.
+int failEveryAllocation(const Setting& setting, const std::vector<double>& stored, const Case& c)
+{
+    const auto prepared = [&](TimeBuffer& buffer) {
+        setting(buffer);
+        if (!stored.empty())
+            addToBoth(buffer, stored);
+        c.prepare(buffer);
+        return contents(buffer);
+    };
+    TimeBuffer undisturbed;
+    prepared(undisturbed);
+    c.operation(undisturbed);
+    const std::vector<double> expected = contents(undisturbed);
+    for (int n = 0;; ++n) {
+        TimeBuffer buffer;
+        const std::vector<double> before = prepared(buffer);
+        const bool done = runs(n, [&] { c.operation(buffer); });
+        if (!done) {
+            EXPECT_TRUE(sameBits(contents(buffer), before)) << "allocation " << n << " failed";
+            c.operation(buffer);
+        }
+        EXPECT_TRUE(sameBits(contents(buffer), expected)) << "allocation " << n << " failed";
+        if (done || ::testing::Test::HasFailure())
+            return n;
+    }
+}
+
+TEST(TimeBufferMemoryTest, AnOperationThatRunsOutOfMemoryHasNotHappened)
+{
+    const std::vector<double> times{6, 7, 8, 9};
+    const HostArrayPtr timeRow = row(times), whole = tellingValues(1, 3, times), parts = tellingValues(0, 1, times);
+    const std::vector<double> tall = realOf(whole.get());
+    std::vector<std::complex<double>> pairs;
+    for (const double value : tall)
+        pairs.emplace_back(value, -value);
+    const HostArrayPtr extents = matrix(2, 2, {2, 2, 3, 1});
+
+    const auto nothing = [](TimeBuffer&) {};
+    const auto timesOfBoth = [&](TimeBuffer& b) { b.AddTime(timeRow.get(), 0), b.AddTime(timeRow.get(), 1); };
+    const auto timesOfPort1 = [&](TimeBuffer& b) { b.AddTime(timeRow.get(), 1); };
+    const Case cases[] = {
+        {"times", nothing, timesOfPort1},
+        {"a complex array", nothing, [&](TimeBuffer& b) { b.addTimeAndValue(timeRow.get(), whole.get(), 1, true); }},
+        {"parts of steps", nothing, [&](TimeBuffer& b) { b.addTimeAndValue(timeRow.get(), parts.get(), 0, true); }},
+        {"an array after its times", timesOfPort1, [&](TimeBuffer& b) { b.AddValue(whole.get(), 1, true); }},
+        {"plain values", timesOfPort1,
+         [&](TimeBuffer& b) {
+             b.AddValue(tall.data(), {3, 4}, 1, kReal);
+         }},
+        {"pairs", timesOfPort1,
+         [&](TimeBuffer& b) {
+             b.AddValue(pairs.data(), {3, 4}, 1, kComplex);
+         }},
+        {"less room", nothing, [](TimeBuffer& b) { b.SetMaxNumTimeSteps({2}); }},
+        {"more room", nothing, [](TimeBuffer& b) { b.SetToMaximumCapacity(); }},
+        {"less room, values pending", timesOfBoth, [](TimeBuffer& b) { b.SetMaxNumTimeSteps({2}); }},
+        {"other extents", nothing, [](TimeBuffer& b) { b.SetMaxDimensions({2}, 1); }},
+        {"other extents of all", nothing, [&](TimeBuffer& b) { b.SetMaxDimensions(extents.get()); }},
+        {"set-up", nothing, Setting{BufferType::MultipleRate, true}},
+        {"clear", nothing, [](TimeBuffer& b) { b.Clear(); }, false},
+        {"clear back", nothing, [](TimeBuffer& b) { b.ClearBackTo(2); }, false},
+        {"clear up to the last", nothing, [](TimeBuffer& b) { b.clearUptoLastTime(); }, false},
+    };
+    for (const bool threadSafe : {false, true})
+        for (const BufferType type : {BufferType::SingleRate, BufferType::MultipleRate})
+            for (const Case& c : cases) {
+                int allocations = 0;
+                for (const std::vector<double>& stored : {std::vector<double>{}, {1, 2, 3}, {0, 1, 2, 3, 4, 5}}) {
+                    SCOPED_TRACE(testing::Message() << c.name << ", " << stored.size() << " steps stored, type "
+                                                    << static_cast<int>(type) << (threadSafe ? ", thread safe" : ""));
+                    allocations += failEveryAllocation({type, threadSafe}, stored, c);
+                }
+                EXPECT_EQ(allocations > 0, c.allocates) << c.name;
+            }
+}
+
+TEST(TimeBufferMemoryTest, AReadThatRunsOutOfMemoryGivesNothing)
+{
+    TimeBuffer buffer;
+    Setting{BufferType::MultipleRate, false}(buffer);
+    addToBoth(buffer, {1, 2, 3});
+    const std::vector<double> before = contents(buffer), seeds{INFINITY, -INFINITY, INFINITY, -INFINITY};
+    bool done = false;
+    for (int n = 0; !done; ++n) {
+        HostArray *time = nullptr, *value = nullptr, *pairs = nullptr;
+        std::vector<double> limits = seeds;
+        done = runs(n, [&] { buffer.GetTimeAndValue(1, time, value); });
+        const HostArrayPtr t(time), v(value);
+        EXPECT_EQ(time != nullptr, done);
+        EXPECT_EQ(value != nullptr, done);
+        const bool drawn = runs(n, [&] {
+            buffer.GetTimeAndValueInterleaved(1, pairs, limits, 0, 0, 9, 0, 3, 1, false, 1, 1, false, false);
+        });
+        const HostArrayPtr p(pairs);
+        EXPECT_EQ(pairs != nullptr, drawn);
+        EXPECT_TRUE(sameBits(limits, drawn ? std::vector<double>{11, 31, -31, -11} : seeds));
+        done &= drawn;
+        EXPECT_TRUE(sameBits(contents(buffer), before));
+    }
+}
+
+TEST(TimeBufferMemoryTest, AFullRingTakesNoMoreMemory)
+{
+    TimeBuffer buffer({100}, {3}, 1);
+    const std::vector<double> times(30, 1), values(90, 2);
+    const Counts dims{3, 30};
+    const auto add = [&] {
+        buffer.AddTime(times.data(), 30, 0);
+        buffer.AddValue(values.data(), dims, 0, kReal);
+    };
+    for (int i = 0; i < 4; ++i)
+        add();
+    ASSERT_TRUE(buffer.GetIsFull());
+    EXPECT_TRUE(runs(1, add)) << "the one is the copy of the extents";
+
+    TimeBuffer huge({1ULL << 40}, {4}, 1);
+    huge.addTimeAndValue(row({1}).get(), row({7}).get(), 0, true);
+    EXPECT_EQ(huge.GetLastTime(), 1);
+}
+
+} // namespace
