@@ -100,8 +100,19 @@ public:
     void append(const double* values, std::uint64_t count) noexcept
     {
         const std::uint64_t kept = std::min(count, capacity_);
-        if (kept > 0)
-            storage_.insert(storage_.end(), values + (count - kept), values + count);
+        values += count - kept;
+        if (kept > 0 && storage_.full()) {
+            // Over the oldest values, where they lie; turning a full ring moves nothing.
+            const auto one = storage_.array_one();
+            const std::uint64_t inOne = std::min<std::uint64_t>(kept, one.second);
+            std::memcpy(one.first, values, inOne * sizeof(double));
+            if (kept > inOne)
+                std::memcpy(storage_.array_two().first, values + inOne, (kept - inOne) * sizeof(double));
+            if (kept < storage_.size())
+                storage_.rotate(storage_.begin() + static_cast<std::ptrdiff_t>(kept));
+        } else if (kept > 0) {
+            storage_.insert(storage_.end(), values, values + kept);
+        }
     }
     void appendFill(std::uint64_t count, double value) noexcept
     {
