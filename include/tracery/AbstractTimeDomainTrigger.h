@@ -13,8 +13,8 @@ namespace tracery {
 struct TimedSample;
 
 /// Finds trigger events in one channel. A detector is shown consecutive blocks of samples and appends the
-/// times of the events it finds to a queue of the caller's. It remembers the last sample, so that cutting the
-/// signal into blocks anywhere gives the same events.
+/// times of the events it finds to a queue of the caller's. It remembers the last sample, so that, with fixed
+/// levels, cutting the signal into blocks anywhere gives the same events.
 ///
 /// A block is n (time, value) pairs: element 2i is the time of sample i in seconds, element 2i + 1 its value.
 /// Complex blocks are read through one part, real or imaginary, of times and values alike.
@@ -40,7 +40,9 @@ public:
     /// Forgets the signal: last sample, last event, and whatever the detector has half seen. Settings stay.
     virtual void reset();
 
-    /// The levels, in signal units. Auto level replaces them at every block.
+    /// The levels, in signal units. At every block auto level replaces those that the detector works on: the level of
+    /// edge, the two levels of the others, none of timeout. A crossing armed under one level may then be found at
+    /// another, at a time outside its segment; the formula is kept literal on purpose.
     double getLevel() const { return level_; }
     double getUpperLevel() const { return upperLevel_; }
     double getLowerLevel() const { return lowerLevel_; }
@@ -73,13 +75,15 @@ public:
     void cacheLastSample(const double* samples, std::uint64_t n);
     void cacheLastSample(const std::complex<double>* samples, std::uint64_t n);
 
-    /// Accepts the event when it is at least the holdoff after the last accepted one. A NaN time never is.
+    /// Accepts the event when it is at least the holdoff after the last accepted one. A time that is not finite never is:
+    /// it comes from a gap, or from a level that moved across a level line, and would hold off every later event.
     void push(EventQueue& queue, double time);
 
     /// Forgets the last event and the last sample, and starts the counts below anew.
     void resetEvents();
 
-    /// What became of the candidates since the last reset. Events at NaN times are in none of the counts.
+    /// What became of the candidates since the last reset. Events at times that are not finite are in
+    /// neither of these two.
     std::uint64_t getNumAcceptedEvents() const { return numAcceptedEvents_; }
     std::uint64_t getNumHoldoffRefusals() const { return numHoldoffRefusals_; }
     /// Durations that were measured but lay outside [minimum, maximum] time.

@@ -211,7 +211,9 @@ public:
     /// samples as their first maximum extent, framePeriod / samples apart (see GetTimeAndValueInterleaved); others one
     /// sample a channel.
     /// part    phase in degrees
-    /// throws  as GetTimeAndValueInterleaved
+    /// Frames must not overlap: a framePeriod that is negative, or longer than the distance of the steps, delivers samples
+    /// again or not at all.
+    /// throws  InvalidPortID, InvalidChannelID, AddValueError, GetComplexDataError
     void GetSamplesAfter(double after, std::uint64_t port, std::uint64_t channel, bool isFrameBased, double framePeriod,
                          SamplePart part, std::vector<double>& pairs) const;
 

@@ -22,12 +22,14 @@ class TimeBuffer;
 /// one by one through processSample. A window opens at event + delay - span x position and is `span` long; it is given
 /// out once it is full of data. start = end = -inf means no new window.
 ///
-/// Modes: Normal gives a window for each new event that does not overlap the last window; where several are ready, for
+/// Modes: Normal gives a window for each new event at least a span after the last window's event (after that event, for
+/// windows that are not yet full), so that full windows do not overlap; where several events are ready, for
 /// the last of them. Auto does the same and runs free when events are missing. Once gives one window and then stays
 /// disarmed until setMode, setEnableOnceMode(true) or reset arms it again. Off does nothing.
 ///
 /// Times are seconds. When the current time steps back, everything about the past is dropped and triggering starts
-/// anew. Main thread only.
+/// anew. A controller is fed in one form, from a buffer or sample by sample. While position, delay or span are NaN no
+/// window is given and events wait. Main thread only.
 class TRACERY_EXPORT TimeDomainTriggerController {
 public:
     using EventQueue = AbstractTimeDomainTrigger::EventQueue;
@@ -36,7 +38,7 @@ public:
     enum class EventFate : std::int32_t {
         Shown,      ///< it opened the window
         Superseded, ///< a later event was ready as well
-        Overlap,    ///< it came before the last window had passed
+        Overlap,    ///< it came less than a span after the last window's event
         Disarmed    ///< Once had given its window
     };
     struct ConsumedEvent {
@@ -115,8 +117,10 @@ public:
 
     /// The window to show, from samples of a buffer.
     /// isFrameBased, framePeriod  how the port's steps hold samples (see TimeBuffer::GetSamplesAfter)
-    /// port, channel         the trigger channel, counted from 0; another one than at the last call resets the detector
-    /// firstDisplayableTime  Auto runs free only once `span` more than this has passed
+    /// port, channel         the trigger channel, counted from 0; the first samples of another one than before reset the
+    ///                       detector
+    /// firstDisplayableTime  before the first window, Auto runs free only once `span` more than this has passed (with
+    ///                       partialWindow, once this has)
     /// currentTime, span     seconds
     /// partialWindow         give a window before it is full of data
     /// start, end            the window, or -inf both
@@ -147,7 +151,7 @@ public:
     const std::vector<ConsumedEvent>& getConsumedEvents() const { return consumedEvents_; }
     /// When the window of an event is full of data.
     double getDisplayTime(double event, double span) const { return displayTime(event, span, span); }
-    /// The detector, for its counts.
+    /// The detector, for its counts; valid until setType.
     const AbstractTimeDomainTrigger& getDetector() const { return *detector_; }
 
 private:

@@ -14,7 +14,7 @@ struct TimedSample {
 };
 
 /// The time at which the straight line from `before` to `now` reaches `level`. Not guarded: NaN without a
-/// sample before, or where the line is level.
+/// sample before, and not finite where the line is level, as it can be when auto level moves the level between samples.
 inline double crossingTime(TimedSample before, TimedSample now, double level)
 {
     return (now.time - before.time) / (now.value - before.value) * (level - before.value) + before.time;

@@ -67,11 +67,13 @@ void AbstractTimeDomainTrigger::followTwoLevels(const double* extrema)
 
 void AbstractTimeDomainTrigger::push(EventQueue& queue, double time)
 {
+    if (!std::isfinite(time))
+        return;
     if (time - holdoff_ >= lastEventTime_) {
         queue.push_back(time);
         lastEventTime_ = time;
         ++numAcceptedEvents_;
-    } else if (!std::isnan(time)) {
+    } else {
         ++numHoldoffRefusals_;
     }
 }

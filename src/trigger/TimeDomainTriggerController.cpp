@@ -279,7 +279,8 @@ void TimeDomainTriggerController::updateWindowExtrema(const std::vector<double>&
     }
     for (std::size_t i = 0; i < pairs.size(); i += 2) {
         const TimeValue sample{pairs[i], pairs[i + 1]};
-        if (sample.time < windowStart || !std::isfinite(sample.value))
+        // A sample at a NaN time would never expire.
+        if (sample.time < windowStart || std::isnan(sample.time) || !std::isfinite(sample.value))
             continue;
         while (!windowMinima_.empty() && windowMinima_.back().value > sample.value)
             windowMinima_.pop_back();

@@ -172,7 +172,8 @@ struct Controller {
         double extrema[] = {inf, -inf};
         if (s.autoLevel) {
             inWindow.insert(inWindow.end(), block.begin(), block.end());
-            std::erase_if(inWindow, [&](Sample x) { return x.t < now - span || !std::isfinite(x.x); });
+            std::erase_if(inWindow,
+                          [&](Sample x) { return x.t < now - span || std::isnan(x.t) || !std::isfinite(x.x); });
             for (const Sample sample : inWindow) {
                 extrema[0] = sample.x < extrema[0] ? sample.x : extrema[0];
                 extrema[1] = sample.x > extrema[1] ? sample.x : extrema[1];

@@ -211,10 +211,12 @@ private:
     {
         if (duration && !(c.minTime <= *duration && *duration <= c.maxTime))
             out.outOfBounds += !std::isnan(*duration);
+        else if (!std::isfinite(time))
+            return;
         else if (out.events.empty() || time - c.holdoff >= out.events.back())
-            std::isnan(time) ? void() : out.events.push_back(time);
+            out.events.push_back(time);
         else
-            out.heldOff += !std::isnan(time);
+            ++out.heldOff;
     }
 
     /// What began at `start` ends where sample i crosses the level.

@@ -72,11 +72,17 @@ TEST(EdgeTriggerTest, HoldoffCountsFromTheLastAcceptedEvent)
     EXPECT_EQ(detector.getNumHoldoffRefusals(), 1U);
 }
 
-TEST(EdgeTriggerTest, EventsAtNaNTimesAreRefusedAndDisarm)
+TEST(EdgeTriggerTest, EventsAtTimesThatAreNotFiniteAreRefusedAndDisarm)
 {
     auto detector = make<Edge>({});
     EXPECT_EQ(eventsOf(detector, everySecond({-1, kNaN, 1, 2})), Events{});
     EXPECT_EQ(detector.getNumHoldoffRefusals(), 0U);
+
+    // Auto level drops below a level line: the crossing has no finite time, and later ones must not suffer from it.
+    auto automatic = make<Edge>({.autoLevel = true});
+    const double high[] = {2, 2}, low[] = {0, 0};
+    EXPECT_EQ(eventsOf(automatic, everySecond({1}), high), Events{});
+    EXPECT_EQ(eventsOf(automatic, everySecond({1, 1, -1, 1}), low), Events{2.5});
 }
 
 TEST(TimeoutTriggerTest, OneEventAStretchWithoutCrossingsAtTheSampleThatShowsIt)
@@ -154,18 +160,22 @@ TEST(WindowTriggerTest, AStayWithoutACrossingStartsAtTheSampleValueOnPurpose)
 
 TEST(TriggerBaseTest, AutoLevelFollowsTheWindowButNotOnAnEmptyBlock)
 {
-    const double extrema[] = {-1, 3}, others[] = {5, 9};
+    // Extremes at which other orders of operations round otherwise.
+    const double extrema[] = {0.1, 0.7}, others[] = {1e308, 1.5e308};
     auto edge = make<Edge>({.autoLevel = true, .level = 7});
     EventQueue queue;
     edge.updateEventQueue(static_cast<const double*>(nullptr), 0, extrema, 0, queue);
     EXPECT_EQ(edge.getLevel(), 7.0);
-    EXPECT_EQ(eventsOf(edge, everySecond({-1, 3}), extrema), Events{0.5});
+    eventsOf(edge, everySecond({0}), others);
+    EXPECT_EQ(edge.getLevel(), INFINITY);
+    eventsOf(edge, everySecond({0}), extrema);
     edge.updateEventQueue(static_cast<const std::complex<double>*>(nullptr), 0, others, 0, queue);
-    EXPECT_EQ(edge.getLevel(), 1.0);
+    EXPECT_EQ(edge.getLevel(), (0.1 + 0.7) * 0.5);
 
     const auto followsTwo = [&]<class Detector>(Detector detector) {
         eventsOf(detector, everySecond({0}), extrema);
-        return detector.getLowerLevel() == -1 + 4 * 0.1 && detector.getUpperLevel() == -1 + 4 * 0.9;
+        return detector.getLowerLevel() == 0.1 + (0.7 - 0.1) * 0.1 &&
+               detector.getUpperLevel() == 0.1 + (0.7 - 0.1) * 0.9;
     };
     const Settings automatic{.autoLevel = true};
     EXPECT_TRUE(followsTwo(make<PulseWidth>(automatic)));
