@@ -45,9 +45,10 @@ HostDoubles join(const std::vector<double>& head, const std::vector<double>& tai
 
 double justAfter(double time) { return time + smallestStep(time); }
 
-BatchReader::BatchReader(std::unique_ptr<Recording> recording, double from, double to, std::size_t steps)
+BatchReader::BatchReader(std::unique_ptr<Recording> recording, double from, double to, std::size_t steps,
+                         double seconds)
     : recording_(std::move(recording)), channels_(recording_->info().channels.size()), from_(from), to_(to),
-      steps_(std::max<std::size_t>(steps, 1))
+      steps_(std::max<std::size_t>(steps, 1)), seconds_(seconds)
 {}
 
 std::optional<Batch> BatchReader::next()
@@ -76,8 +77,15 @@ void BatchReader::readBlock()
 {
     if (!std::exchange(sought_, true))
         recording_->seek(from_);
-    recording_->read(block_, steps_);
+    if (ahead_.steps() > 0)
+        block_ = std::exchange(ahead_, {});
+    else
+        recording_->read(block_, steps_);
     ended_ = block_.steps() == 0;
+    if (!ended_) {
+        const auto late = std::upper_bound(block_.times.begin() + 1, block_.times.end(), block_.times[0] + seconds_);
+        moveSteps(block_, ahead_, static_cast<std::size_t>(late - block_.times.begin()), channels_);
+    }
     // One step past the window's end is the last that is wanted.
     const auto past = std::upper_bound(block_.times.begin(), block_.times.end(), to_);
     if (past != block_.times.end()) {

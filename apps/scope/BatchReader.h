@@ -27,7 +27,9 @@ double justAfter(double time);
 class BatchReader {
 public:
     /// Steps in [from, to], with the last one before and the first one after.
-    BatchReader(std::unique_ptr<Recording> recording, double from, double to, std::size_t steps);
+    /// steps, seconds  the most a batch holds
+    BatchReader(std::unique_ptr<Recording> recording, double from, double to, std::size_t steps,
+                double seconds = std::numeric_limits<double>::infinity());
 
     const RecordingInfo& info() const { return recording_->info(); }
     /// The next batch, at least one step; nothing at the end. throws  InputError
@@ -46,8 +48,10 @@ private:
     double from_;
     double to_;
     std::size_t steps_;
+    double seconds_;
     Block block_;
-    Block held_; ///< the newest steps, until a step at a later time follows
+    Block ahead_; ///< read already, but past the seconds of the block
+    Block held_;  ///< the newest steps, until a step at a later time follows
     double reached_ = -std::numeric_limits<double>::infinity();
     bool sought_ = false;
     bool ended_ = false;

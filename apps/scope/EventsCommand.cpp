@@ -43,13 +43,14 @@ const char* nameOf(const TriggerEvent& event)
 void printCsv(const TriggerEvent& event)
 {
     const bool window = event.fate == Fate::shown;
-    std::printf("%s,%s,%s,%s\n", exact(event.time).c_str(), nameOf(event), window ? exact(event.start).c_str() : "",
-                window ? exact(event.end).c_str() : "");
+    std::printf("%s,%s,%s,%s\n", event.freeRun ? "" : exact(event.time).c_str(), nameOf(event),
+                window ? exact(event.start).c_str() : "", window ? exact(event.end).c_str() : "");
 }
 
 void printJson(const TriggerEvent& event)
 {
-    std::printf("{\"type\":\"event\",\"time\":%s,\"fate\":\"%s\"", exact(event.time).c_str(), nameOf(event));
+    std::printf("{\"type\":\"event\",\"time\":%s,\"fate\":\"%s\"", event.freeRun ? "null" : exact(event.time).c_str(),
+                nameOf(event));
     if (event.fate == Fate::shown)
         std::printf(",\"start\":%s,\"end\":%s", exact(event.start).c_str(), exact(event.end).c_str());
     std::printf("}\n");
@@ -97,8 +98,7 @@ void runEvents(const EventsOptions& options)
             [&](double reached) { progress.show((reached - from) / (source.range.last - from)); });
     }
     printTotals(totals, options.json);
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        throw std::runtime_error("standard output: cannot be written");
+    std::fflush(stdout);
     if (totals.shown + totals.freeRuns == 0) {
         const SignalRange range =
             measureRange(openBatches(files, options.rate, source, from), source.channel, options.trigger.part);

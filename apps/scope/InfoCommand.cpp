@@ -63,7 +63,7 @@ void printInfo(Recording& recording)
         std::printf("  rate      %s\n", formatQuantity(*info.rate, "Hz").c_str());
     if (info.centerFrequency)
         std::printf("  center    %.9g Hz\n", *info.centerFrequency);
-    std::printf("  steps     %llu\n  time      %.9g s to %.9g s (%s)\n", static_cast<unsigned long long>(steps),
+    std::printf("  steps     %llu\n  time      %.15g s to %.15g s (%s)\n", static_cast<unsigned long long>(steps),
                 range.first, range.last, formatQuantity(range.last - range.first, "s").c_str());
     std::printf("  channel                  minimum      maximum         mean    missing\n");
     for (std::size_t i = 0; i < statistics.size(); ++i) {

@@ -30,12 +30,13 @@ Window chooseWindow(Recordings& recordings, const ViewOptions& options)
     }
     const double from = options.from.value_or(all.first);
     double to = options.span ? from + *options.span : all.last;
-    if (!options.span && options.from && from >= all.last)
+    if (!options.span && options.from && from > all.last)
         throw UsageError("no samples at or after " + formatQuantity(from, "s") + ": the recording ends at " +
                          formatQuantity(all.last, "s"));
-    if (!(to > from)) // a single step, or several at one time
-        to = from + std::max(1e-6, std::abs(from) * 1e-9);
-    return {from, to};
+    if (to > from)
+        return {from, to};
+    const double around = std::max(1e-6, std::abs(from) * 1e-9); // a single step, or several at one time
+    return {from - around, from + around};
 }
 
 /// The window that a trigger shows, the event's time, and the levels as they were then.
@@ -44,6 +45,7 @@ struct TriggeredWindow {
     double event;
     std::vector<Marker> levels;
     LineSource source;
+    bool freeRun; ///< no event: the mode is auto
 };
 
 SamplePart partOf(tracery::TDTC::ComplexityEnum complexity)
@@ -58,9 +60,9 @@ SamplePart partOf(tracery::TDTC::ComplexityEnum complexity)
 TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& options)
 {
     TriggerSettings settings = *options.trigger;
-    if (settings.source.empty() && !options.channels.empty())
-        settings.source = options.channels[0];
-    const TriggerSource source = findTriggerSource(recordings, settings.source);
+    const bool firstDrawn = settings.source.empty() && !options.channels.empty();
+    const TriggerSource source = firstDrawn ? findTriggerSource(recordings, options.channels[0], "--channels")
+                                            : findTriggerSource(recordings, settings.source);
     const double from = options.from.value_or(source.range.first);
     const double span = options.span.value_or((source.range.last - source.range.first) / 10);
     const auto scan = makeScan(options.files, options.rate, source, settings, from, span, options.blockSteps);
@@ -72,8 +74,11 @@ TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& opti
         [&](const TriggerEvent& event) {
             if (event.fate != Fate::shown || ++shown < options.nth)
                 return true;
-            found = TriggeredWindow{
-                {event.start, event.end}, event.time, {}, {source.port, source.channel, partOf(settings.part)}};
+            found = TriggeredWindow{{event.start, event.end},
+                                    event.time,
+                                    {},
+                                    {source.port, source.channel, partOf(settings.part)},
+                                    event.freeRun};
             return false;
         },
         [&](double reached) { progress.show((reached - from) / (source.range.last - from)); });
@@ -93,10 +98,11 @@ TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& opti
 /// Puts time zero at the event and marks it, and the levels where the source is drawn as it is triggered on.
 void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::vector<Line>& lines)
 {
-    figure.xLabel = "Time from trigger";
+    figure.xLabel = (triggered.freeRun ? "Free run, no event; time from " : "Time from trigger at ") +
+                    formatQuantity(triggered.event, "s");
     figure.xMin -= triggered.event;
     figure.xMax -= triggered.event;
-    figure.positions.push_back({0, "T"});
+    figure.positions.push_back({0, triggered.freeRun ? "" : "T"});
     for (Panel& panel : figure.panels)
         for (Trace& trace : panel.traces)
             for (Point& point : trace.points)
@@ -114,6 +120,9 @@ void runView(const ViewOptions& options)
     const std::string stem = std::filesystem::path(options.files[0]).stem().string();
     const std::string output = options.output.empty() ? stem + ".png" : options.output;
     requireWritablePicture(output, options.width, options.height);
+    for (const std::string& file : options.files)
+        if (std::filesystem::exists(output) && std::filesystem::equivalent(file, output))
+            throw UsageError(output + ": the picture would replace the recording: name another with -o");
     std::optional<TriggeredWindow> triggered;
     if (options.trigger)
         triggered = findWindow(recordings, options);

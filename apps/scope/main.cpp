@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <functional>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -64,6 +65,16 @@ scope::LevelSetting parseLevel(const std::string& text, const char* option)
     return {share ? *value / 100 : *value, share};
 }
 
+/// The same, or "auto" for none.
+auto levelOrAuto(std::optional<scope::LevelSetting>& target, const char* option)
+{
+    return [&target, option](const std::string& text) {
+        target.reset();
+        if (text != "auto")
+            target = parseLevel(text, option);
+    };
+}
+
 /// A time that may not be negative.
 auto duration(double& target, const char* option)
 {
@@ -110,28 +121,20 @@ void addTrigger(CLI::App& command, scope::TriggerSettings& settings, std::functi
                   {"outside", PolarityEnum::Negative}}),
            "rising, falling or either; of a window, inside, outside or either [default: rising or inside]")
         ->type_name("WAY");
-    option(
-        "--level",
-        [&settings](const std::string& text) {
-            settings.level.reset();
-            if (text != "auto")
-                settings.level = parseLevel(text, "--level");
-        },
-        "Level of edge and timeout: a value, a share of the signal's range such as 50%, or auto, the middle of the "
-        "last span [default: auto; 50% for timeout]")
+    option("--level", levelOrAuto(settings.level, "--level"),
+           "Level of edge and timeout: a value, a share of the signal's range such as 50%, or auto, the middle of the "
+           "last span [default: auto; 50% for timeout]")
         ->type_name("LEVEL");
     option(
         "--hysteresis",
         [&settings](const std::string& text) { settings.hysteresis = parseLevel(text, "--hysteresis"); },
         "How far beyond the level the signal must have been before it counts [default: 0]")
         ->type_name("LEVEL");
-    option(
-        "--upper", [&settings](const std::string& text) { settings.upper = parseLevel(text, "--upper"); },
-        "Upper level of the other types [default: auto, 90% of the last span's range]")
+    option("--upper", levelOrAuto(settings.upper, "--upper"),
+           "Upper level of the other types [default: auto, 90% of the last span's range]")
         ->type_name("LEVEL");
-    option(
-        "--lower", [&settings](const std::string& text) { settings.lower = parseLevel(text, "--lower"); },
-        "Lower level of the other types [default: auto, 10% of the last span's range]")
+    option("--lower", levelOrAuto(settings.lower, "--lower"),
+           "Lower level of the other types [default: auto, 10% of the last span's range]")
         ->type_name("LEVEL");
     option("--min-time", duration(settings.minTime, "--min-time"), "Shortest pulse or transition [default: 0]")
         ->type_name("TIME");
@@ -174,10 +177,26 @@ void addTrigger(CLI::App& command, scope::TriggerSettings& settings, std::functi
 }
 
 /// What must hold between the options of a trigger.
-void checkTrigger(const scope::TriggerSettings& settings)
+void checkTrigger(const CLI::App& command, const scope::TriggerSettings& settings, bool triggered)
 {
-    if (settings.type == tracery::TDTC::TypeEnum::Timeout && !(settings.timeout > 0))
-        throw scope::UsageError("--trigger timeout needs --timeout TIME");
+    using tracery::TDTC::TypeEnum;
+    const auto given = [&](const char* option) { return command.get_option(option)->count() > 0; };
+    for (const CLI::Option* option : command.get_options())
+        if (!triggered && option->get_group() == "Trigger" && option->count() > 0)
+            throw scope::UsageError(option->get_name() + " does nothing without --trigger TYPE");
+    for (const char* option : {"--level", "--hysteresis"})
+        if (settings.usesTwoLevels() && given(option))
+            throw scope::UsageError(std::string(option) +
+                                    " is of edge and timeout; this trigger takes --upper and --lower");
+    for (const char* option : {"--upper", "--lower", "--min-time", "--max-time"})
+        if (triggered && !settings.usesTwoLevels() && given(option))
+            throw scope::UsageError(std::string(option) + " does nothing with this trigger, which takes --level");
+    if (settings.type == TypeEnum::Timeout && !(settings.timeout > 0))
+        throw scope::UsageError("--trigger timeout needs a --timeout TIME longer than 0");
+    if (triggered && settings.type != TypeEnum::Timeout && given("--timeout"))
+        throw scope::UsageError("--timeout is of --trigger timeout");
+    if (!(settings.position >= 0 && settings.position <= 1))
+        throw scope::UsageError("--position: expected 0 (left) to 1 (right), or 0% to 100%");
     if (settings.maxTime < settings.minTime)
         throw scope::UsageError("--max-time is less than --min-time: no duration fits");
     if (settings.hysteresis.value < 0)
@@ -209,8 +228,15 @@ void addView(CLI::App& app, scope::ViewOptions& options, scope::TriggerSettings&
                  "  tracery-scope view probe.csv --trigger edge --level 50% --span 2m");
     view->add_option("FILE", options.files, "Recordings; several share the time axis")->required();
     view->add_option("-o,--output", options.output, "The picture, .png or .svg [default: FILE's name with .png]");
-    view->add_option("--channels", options.channels, "Channels to draw: names or numbers from 1, with commas")
-        ->delimiter(',')
+    // One word, or it would swallow a FILE that follows.
+    view->add_option_function<std::string>(
+            "--channels",
+            [&options](const std::string& text) {
+                std::istringstream list(text);
+                for (std::string name; std::getline(list, name, ',');)
+                    options.channels.push_back(name);
+            },
+            "Channels to draw: names or numbers from 1, with commas")
         ->type_name("LIST");
     view->add_option_function<std::string>("--from", quantity(options.from, "--from"),
                                            "Where the picture starts [default: the recording's start]")
@@ -228,14 +254,13 @@ void addView(CLI::App& app, scope::ViewOptions& options, scope::TriggerSettings&
                                            "Samples per second, for a file that gives no times")
         ->type_name("HZ");
     addTrigger(*view, settings, [&options] { options.trigger.emplace(); });
-    view->add_option("--nth", options.nth, "Which triggered window to draw [default: 1]")
-        ->check(CLI::PositiveNumber)
-        ->group("Trigger");
-    view->callback([&options, &settings] {
-        if (options.trigger) {
-            checkTrigger(settings);
+    view->add_option("--nth", options.nth, "Which triggered window to draw, from 1 [default: 1]")->group("Trigger");
+    view->callback([&options, &settings, view] {
+        checkTrigger(*view, settings, options.trigger.has_value());
+        if (options.trigger)
             options.trigger = settings;
-        }
+        if (options.nth == 0)
+            throw scope::UsageError("--nth: windows count from 1, found 0");
         requirePositive(options.span, "--span");
         scope::runView(options);
     });
@@ -247,7 +272,8 @@ void addEvents(CLI::App& app, scope::EventsOptions& options)
     events->footer(
         "One row an event, in order: its time, what became of it (shown; overlap: before the last window had\n"
         "passed; superseded by a later one; not_full: the recording ends inside its window; disarmed: once\n"
-        "had its window; free_run: no event, mode auto), and the window when shown. A summary follows.\n"
+        "had its window; free_run: no event, mode auto), and the window when shown. A summary follows, with the\n"
+        "events that --holdoff kept out (held_off), which are not among the found.\n"
         "Example:\n  tracery-scope events ecg.csv --level 0.4 --hysteresis 0.3 --span 1");
     events->add_option("FILE", options.file, "The recording")->required();
     addTrigger(*events, options.trigger, [] {});
@@ -266,8 +292,8 @@ void addEvents(CLI::App& app, scope::EventsOptions& options)
     events->add_option("--block", options.blockSteps, "Samples handed to the detector at once [default: 1024]")
         ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 24));
     events->add_flag("--json", options.json, "JSON lines in place of CSV");
-    events->callback([&options] {
-        checkTrigger(options.trigger);
+    events->callback([&options, events] {
+        checkTrigger(*events, options.trigger, true);
         requirePositive(options.span, "--span");
         scope::runEvents(options);
     });
@@ -295,6 +321,8 @@ int main(int argc, char** argv)
     addEvents(app, eventsOptions);
     try {
         app.parse(argc, argv);
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+            return complain("standard output: cannot be written");
         return 0;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)

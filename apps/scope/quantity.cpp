@@ -45,12 +45,13 @@ std::optional<double> parseQuantity(std::string_view text)
 std::string formatQuantity(double value, std::string_view unit)
 {
     const Prefix* chosen = &kPrefixes[7];
-    if (std::isfinite(value) && value != 0)
+    // Seconds from one on, and bare numbers, stand as they are.
+    if (std::isfinite(value) && value != 0 && !unit.empty() && (unit != "s" || std::abs(value) < 1))
         for (const Prefix& prefix : kPrefixes)
             if (prefix.text != "u" && std::abs(value) >= prefix.factor * 0.99995)
                 chosen = &prefix;
     char number[32];
-    std::snprintf(number, sizeof number, "%.4g", value / chosen->factor);
+    std::snprintf(number, sizeof number, "%.12g", value / chosen->factor);
     std::string text = number;
     if (!chosen->text.empty() || !unit.empty())
         text += ' ';

@@ -1,6 +1,7 @@
 #include "sources.h"
 
 #include "commands.h"
+#include "quantity.h"
 
 #include <charconv>
 #include <limits>
@@ -33,7 +34,7 @@ std::string channelNames(const Recordings& recordings)
     return names;
 }
 
-TriggerSource findTriggerSource(const Recordings& recordings, const std::string& wanted)
+TriggerSource findTriggerSource(const Recordings& recordings, const std::string& wanted, const char* option)
 {
     std::size_t number = 0;
     for (std::size_t port = 0; port < recordings.size(); ++port) {
@@ -42,13 +43,14 @@ TriggerSource findTriggerSource(const Recordings& recordings, const std::string&
             if (wanted.empty() || meansChannel(wanted, ++number, channels[c].name))
                 return {port, c, recordings[port]->range()};
     }
-    throw UsageError("--source: there is no channel '" + wanted + "'; there are " + channelNames(recordings));
+    throw UsageError(std::string(option) + ": there is no channel '" + wanted + "'; there are " +
+                     channelNames(recordings));
 }
 
 BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate, const TriggerSource& source,
-                        double from, std::size_t steps)
+                        double from, std::size_t steps, double seconds)
 {
-    return {openRecording(files[source.port], {rate}), from, std::numeric_limits<double>::infinity(), steps};
+    return {openRecording(files[source.port], {rate}), from, std::numeric_limits<double>::infinity(), steps, seconds};
 }
 
 std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std::optional<double> rate,
@@ -56,15 +58,24 @@ std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std
                                       double span, std::size_t blockSteps)
 {
     if (!(span > 0))
-        throw UsageError("--span must be positive");
+        throw UsageError("the recording has a single time: say with --span how much time a window shows");
+    if (from > source.range.last)
+        throw UsageError(files[source.port] + ": no samples at or after " + formatQuantity(from, "s") +
+                         ": the recording ends at " + formatQuantity(source.range.last, "s"));
+    using tracery::TDTC::ComplexityEnum;
+    if (settings.part == ComplexityEnum::Imaginary && !openRecording(files[source.port], {rate})->info().complex)
+        throw UsageError(files[source.port] + ": the trigger channel is real: it has no imaginary part");
+    // Levels that follow the signal do so batch by batch: batches are short beside the span that they look back on.
+    constexpr double kBatchesASpan = 16;
+    const double seconds = settings.autoLevel() ? span / kBatchesASpan : std::numeric_limits<double>::infinity();
     SignalRange range{0, 1, 0};
     if (settings.needsRange()) {
         range = measureRange(openBatches(files, rate, source, from), source.channel, settings.part);
         if (range.finite == 0)
             throw UsageError("nothing triggers: the trigger channel has only gaps: no number in it");
     }
-    auto scan =
-        std::make_unique<TriggerScan>(openBatches(files, rate, source, from, blockSteps), source.channel, from, span);
+    auto scan = std::make_unique<TriggerScan>(openBatches(files, rate, source, from, blockSteps, seconds),
+                                              source.channel, from, span);
     configure(scan->controller(), settings, range);
     return scan;
 }

@@ -3,6 +3,7 @@
 #include "input/Recording.h"
 #include "trigger/TriggerScan.h"
 
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,12 +30,15 @@ struct TriggerSource {
 };
 
 /// wanted  a channel's name or number; empty: the first one
+/// option  what `wanted` was given with, for the message
 /// throws  UsageError when there is no such channel
-TriggerSource findTriggerSource(const Recordings& recordings, const std::string& wanted);
+TriggerSource findTriggerSource(const Recordings& recordings, const std::string& wanted,
+                                const char* option = "--source");
 
 /// Batches of the source's recording, from `from` on.
 BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate, const TriggerSource& source,
-                        double from, std::size_t steps = 4096);
+                        double from, std::size_t steps = 4096,
+                        double seconds = std::numeric_limits<double>::infinity());
 
 /// A scan of the source's recording with its controller set up; reads the recording once before when a level is a
 /// share of the signal's range.

@@ -88,11 +88,20 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"view -o o.png", "FILE"},
         {"view good.csv -o missing/o.png", "missing/o.png: "},
         {"view good.csv -o o.gif", "o.gif: "},
+        {"view good.csv --channels 1 good.csv -o missing/o.png", "missing/o.png: "}, // the list ends before FILE
         {"view good.csv --trigger edge --level 9 -o o.png", "the level 9 is outside the signal's range"},
-        {"view good.csv --trigger timeout -o o.png", "--trigger timeout needs --timeout"},
+        {"view good.csv --trigger timeout -o o.png", "--trigger timeout needs a --timeout"},
         {"view good.csv --trigger edge --span 100m --nth 50 -o o.png", "only 5 windows are shown, of 5 events"},
         {"events good.csv --source 3", "there is no channel '3'"},
-        {"events good.csv --polarity up", "--polarity: expected one of rising, falling, either, inside, outside, found 'up'"},
+        {"events good.csv --polarity up",
+         "--polarity: expected one of rising, falling, either, inside, outside, found 'up'"},
+        {"view good.csv --level 0.5 -o o.png", "--level does nothing without --trigger"},
+        {"view good.csv --trigger edge --upper 1 -o o.png", "--upper does nothing with this trigger"},
+        {"view good.csv --trigger edge --nth 0 -o o.png", "--nth"},
+        {"events good.csv --position 3", "--position"},
+        {"events good.csv --from 9", "good.csv: no samples at or after 9 s"},
+        {"events good.csv --part imaginary", "good.csv: the trigger channel is real"},
+
         {"", "subcommand"},
     };
     for (const Case& each : cases) {
@@ -124,6 +133,32 @@ TEST_F(ProgramTest, TheSameRecordingGivesTheSamePictureWithTheTrigger)
         EXPECT_GT(pictures[0].size(), 1000U);
         EXPECT_EQ(pictures[0], pictures[1]);
     }
+}
+
+TEST_F(ProgramTest, APictureNeverReplacesItsRecordingAndShowsItsFirstSample)
+{
+    fs::copy_file(folder_ / "good.csv", folder_ / "data.csv");
+    fs::create_hard_link(folder_ / "data.csv", folder_ / "data.png");
+    const Outcome refused = run("view data.csv -o data.png");
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_NE(refused.err.find("would replace the recording"), std::string::npos) << refused.err;
+    EXPECT_EQ(read("data.png"), read("good.csv"));
+
+    write("one.csv", "time,v\n5,1\n");
+    EXPECT_EQ(run("view one.csv -o o.png").status, 0);
+    EXPECT_EQ(run("view good.csv --from 0.999 -o o.png").status, 0) << "the last sample by itself";
+}
+
+TEST_F(ProgramTest, AutoLevelLooksAtBatchesShortBesideTheSpan)
+{
+    // The signal drops to a tenth: one level for both would miss the second half.
+    std::string table = "time,v\n";
+    for (int i = 0; i < 2000; ++i)
+        table += std::to_string(i * 0.01) + "," + (i / 100 % 2 == 0 ? "0" : i < 1000 ? "10" : "1") + "\n";
+    write("drop.csv", table);
+    for (const char* block : {"", " --block 7", " --block 100000"})
+        EXPECT_NE(run(std::string("events drop.csv --span 0.5") + block).out.find("# found=10 "), std::string::npos)
+            << block;
 }
 
 TEST_F(ProgramTest, EventsAddUpInBothForms)

@@ -139,15 +139,14 @@ TEST(TriggerScanTest, SaysWhyNothingIsShown)
     EXPECT_EQ(why(edge, [](TriggerSettings& s) { s.level->value = 7; }),
               "nothing triggers: the level 7 is outside the signal's range, 0 to 1");
     EXPECT_EQ(why(runt, [](TriggerSettings& s) { std::swap(s.upper, s.lower); }),
-              "nothing triggers: the levels are inverted: the lower one is 800 m, the upper one 200 m");
+              "nothing triggers: the levels are inverted: the lower one is 0.8, the upper one 0.2");
     EXPECT_EQ(why(width, [](TriggerSettings& s) { s.minTime = 3, s.maxTime = 4; }),
               "nothing triggers: 20 pulses measured, none of them lasted 3 s to 4 s");
     EXPECT_EQ(why(timeout, [](TriggerSettings& s) { s.timeout = 9; }),
-              "nothing triggers: the signal never goes 9 s without crossing the level 500 m");
-    EXPECT_EQ(
-        why(edge, [](TriggerSettings& s) { s.hysteresis.value = 0.6; }),
-        "nothing triggers: the signal, which runs from 0 to 1, never crosses the level 500 m with a hysteresis of "
-        "600 m in that direction");
+              "nothing triggers: the signal never goes 9 s without crossing the level 0.5");
+    EXPECT_EQ(why(edge, [](TriggerSettings& s) { s.hysteresis.value = 0.6; }),
+              "nothing triggers: the signal, which runs from 0 to 1, never crosses the level 0.5 with a hysteresis of "
+              "0.6 in that direction");
     EXPECT_EQ(why(
                   edge, [](TriggerSettings&) {}, 100),
               "2 events, but the recording ends before a window of 100 s is full");

@@ -23,11 +23,12 @@ void drawPanel(Canvas& canvas, const Panel& panel, std::size_t number, const Map
 {
     const Axis yAxis = fittingYAxis(mapping.yLimits(), cleanText(panel.yUnit), mapping.box().height(), sizes);
     drawGrid(canvas, mapping, xAxis, yAxis, sizes);
-    for (std::size_t i = 0; i < panel.traces.size(); ++i)
-        drawTrace(canvas, panel.traces[i], mapping, styles.of(number, i), sizes.traceLine);
     positions.drawLines(canvas, mapping.box());
     drawLevels(canvas, panel.levels, mapping, sizes);
     drawFrame(canvas, mapping, xAxis, yAxis, sizes);
+    // Last, so that nothing hides a sample: neither the frame the first column nor a label a peak.
+    for (std::size_t i = 0; i < panel.traces.size(); ++i)
+        drawTrace(canvas, panel.traces[i], mapping, styles.of(number, i), sizes.traceLine);
     drawYLabels(canvas, mapping, yAxis, panel.yLabel, sizes);
 }
 

@@ -21,6 +21,13 @@ std::string rangeText(const SignalRange& range)
 /// Whether some value of the signal lies strictly above `level`, and some strictly below.
 bool reaches(const SignalRange& range, double level) { return range.low < level && level < range.high; }
 
+std::string levelText(double level, const SignalRange& range)
+{
+    const bool atEnd = level == range.low || level == range.high;
+    return "the level " + formatQuantity(level, "") + (atEnd ? " is at the end of" : " is outside") +
+           " the signal's range, " + rangeText(range);
+}
+
 std::string explainNothingFound(const TriggerSettings& settings, const tracery::TimeDomainTriggerController& controller,
                                 const TriggerTotals& totals, const SignalRange& range)
 {
@@ -40,12 +47,12 @@ std::string explainNothingFound(const TriggerSettings& settings, const tracery::
     if (settings.usesTwoLevels()) {
         for (const double each : {lower, upper})
             if (!reaches(range, each))
-                return "the level " + formatQuantity(each, "") + " is outside the signal's range, " + rangeText(range);
+                return levelText(each, range);
         return "the signal, which runs from " + rangeText(range) + ", never does this between the levels " +
                formatQuantity(lower, "") + " and " + formatQuantity(upper, "");
     }
     if (!reaches(range, level))
-        return "the level " + formatQuantity(level, "") + " is outside the signal's range, " + rangeText(range);
+        return levelText(level, range);
     if (settings.type == TypeEnum::Timeout)
         return "the signal never goes " + formatQuantity(settings.timeout, "s") + " without crossing the level " +
                formatQuantity(level, "");
