@@ -62,6 +62,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
               "RIFF\x24\x10\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\0\x10\0\0", 44) +
               "abcd");
     write("noise.bin", std::string(300, 'x'));
+    write("blanks.txt", "time v\n0 1\n1 2\n");
     fs::create_directory(folder_ / "folder.csv");
     struct Case {
         const char* arguments;
@@ -77,6 +78,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"view short.wav -o o.png", "short.wav: byte 48"},
         {"view noise.bin -o o.png", "noise.bin: "},
         {"info text.csv", "text.csv: line 3, column 2"},
+        {"info blanks.txt", "blanks.txt: line 1: expected headings in UTF-8"},
         {"view good.csv --from 5 --span 1 -o o.png", "no samples between 5 s and 6 s"},
         {"view good.csv --channels w --from 0.31 --span 0.05 -o o.png", "no samples between"},
         {"view good.csv --channels q -o o.png", "there is no channel 'q'; there are v, w"},

@@ -100,6 +100,12 @@ TableLayout readLayout(const std::string& path, const Line& first, bool hasRate)
             layout.channels.push_back(splitUnit(heading.text));
         const Channel& column = layout.channels.front();
         layout.hasTimes = isTimeName(column.name);
+        // Where the file is not what it seems, asking for a rate would mislead.
+        const bool binary = first.text.find('\0') != std::string_view::npos;
+        const bool onlyBlanks = headings.size() == 1 && !hasRate && column.name.find(' ') != std::string::npos;
+        if (binary || onlyBlanks)
+            throw InputError(path, "line " + std::to_string(first.number),
+                             "expected headings in UTF-8, with commas, semicolons or tabs between them");
         if (layout.hasTimes) {
             layout.timeUnitsPerSecond = timeUnitsPerSecond(path, first, column.unit);
             layout.channels.erase(layout.channels.begin());
