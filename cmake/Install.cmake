@@ -20,9 +20,13 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/traceryConfigVersion.cmak
 install(FILES ${PROJECT_BINARY_DIR}/traceryConfig.cmake ${PROJECT_BINARY_DIR}/traceryConfigVersion.cmake
         DESTINATION ${package_dir})
 
+# Relative to where the file lies, so that --prefix at install time and moved trees work.
+file(RELATIVE_PATH pc_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/tracery.pc.in ${PROJECT_BINARY_DIR}/tracery.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tracery.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 if(TARGET tracery-scope)
+  file(RELATIVE_PATH library_from_program /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+  set_target_properties(tracery-scope PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_program}")
   install(TARGETS tracery-scope RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
