@@ -1,6 +1,5 @@
 #include <tracery/host/Error.h>
 #include <tracery/host/Host.h>
-#include <tracery/host/HostObject.h>
 
 namespace tracery {
 
@@ -8,24 +7,35 @@ namespace {
 Host* attachedHost = nullptr;
 } // namespace
 
-hostobj::COSInterface::~COSInterface() = default;
-hostobj::ObjectSystem::~ObjectSystem() = default;
 Host::~Host() = default;
+Features::~Features() = default;
+Graphics::~Graphics() = default;
+Graphics::HookRegistration::~HookRegistration() = default;
+Console::~Console() = default;
+Functions::~Functions() = default;
+
+namespace Performance::CooperativeTaskManager {
+Task::~Task() = default;
+OrderedTaskSession::~OrderedTaskSession() = default;
+TaskManager::~TaskManager() = default;
+} // namespace Performance::CooperativeTaskManager
 
 Host* Host::current() noexcept { return attachedHost; }
+
+Host& Host::require()
+{
+    if (attachedHost == nullptr)
+        throw Error(errors::NoHost);
+    return *attachedHost;
+}
 
 HostScope::HostScope(Host& host) noexcept : previous_(attachedHost) { attachedHost = &host; }
 HostScope::~HostScope() { attachedHost = previous_; }
 
-namespace {
-std::string joined(const ErrorKind& kind) { return std::string(kind.component) + ':' + kind.name; }
-} // namespace
-
-Error::Error(const ErrorKind& kind) : Error(kind, kind.text) {}
-Error::Error(const ErrorKind& kind, const std::string& detail)
-    : std::runtime_error(joined(kind) + ": " + detail), kind_(kind)
-{}
-Error::~Error() = default;
-std::string Error::identifier() const { return joined(kind_); }
+void svRegisterFeature(const char* name, int defaultValue, FeatureCallback changed, void* userData)
+{
+    if (Host* host = Host::current())
+        host->features().registerFeature(name, defaultValue, changed, userData);
+}
 
 } // namespace tracery

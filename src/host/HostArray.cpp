@@ -2,6 +2,7 @@
 #include <tracery/host/Host.h>
 #include <tracery/host/HostArray.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -76,8 +77,22 @@ std::uint64_t product(std::span<const std::uint64_t> extents)
 
 } // namespace
 
-class HostArray {
+/// Counts what is alive.
+class Census {
 public:
+    Census() noexcept { ++alive_; }
+    ~Census() { --alive_; }
+    Census(const Census&) = delete;
+    Census& operator=(const Census&) = delete;
+    static std::size_t alive() noexcept { return alive_; }
+
+private:
+    static inline std::atomic<std::size_t> alive_ = 0;
+};
+
+class HostArray : Census {
+public:
+    using Census::alive;
     using Data = std::variant<DoubleData, LogicalData, CharData, CellData, ObjectData>;
 
     HostArray(std::size_t numDims, const std::uint64_t* dims) : extents(dims, dims + numDims)
@@ -239,7 +254,7 @@ HostArray* createString(const char* text)
 HostArray* createClassArray(const char* className)
 {
     Host* host = Host::current();
-    if (className == nullptr || host == nullptr || !host->objects().hasClass(className))
+    if (className == nullptr || host == nullptr || host->objects().findClass(className) == nullptr)
         return nullptr;
     return createObjectArray(className, 2, Extents2{{0, 0}});
 }
@@ -347,13 +362,13 @@ const HostArray* getCell(const HostArray* cell, std::uint64_t index)
     return data != nullptr && index < data->elements.size() ? data->elements[index].get() : nullptr;
 }
 
-HostObjectRef getObject(const HostArray* array, std::uint64_t index)
+HostObjectRef hostobj::omGetArrayElement(const HostArray* array, std::uint64_t index)
 {
     const auto* data = dataOf<ObjectData>(array);
     return data != nullptr && index < data->elements.size() ? data->elements[index] : nullptr;
 }
 
-void setObject(HostArray* array, std::uint64_t index, HostObjectRef object)
+void hostobj::omSetArrayElement(HostArray* array, std::uint64_t index, HostObjectRef object)
 {
     auto& data = requireData<ObjectData>(array, "only an object array takes objects");
     if (index >= data.elements.size())
@@ -376,6 +391,8 @@ char* arrayToString(const HostArray* array)
     std::memcpy(text, data->text.c_str(), data->text.size() + 1);
     return text;
 }
+
+std::size_t getNumberOfLiveArrays() noexcept { return HostArray::alive(); }
 
 void* allocateMemory(std::size_t bytes)
 {

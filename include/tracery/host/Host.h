@@ -1,29 +1,30 @@
 #pragma once
 
 #include <tracery/export.h>
+#include <tracery/host/ObjectSystem.h>
+#include <tracery/host/Services.h>
+#include <tracery/host/Tasks.h>
 
 namespace tracery {
 
-namespace hostobj {
-
-/// The host's class registry.
-class TRACERY_EXPORT ObjectSystem {
-public:
-    virtual ~ObjectSystem();
-    /// Whether a class of this dotted name is known.
-    virtual bool hasClass(const char* dottedName) const = 0;
-};
-
-} // namespace hostobj
-
 /// All that the library asks of its surroundings. Main thread only.
+///
+/// With no host attached the C++ classes work all the same: look-ups find nothing, registrations and commits do
+/// nothing, and what truly needs the host throws NoHost.
 class TRACERY_EXPORT Host {
 public:
     virtual ~Host();
     virtual hostobj::ObjectSystem& objects() = 0;
+    virtual Features& features() = 0;
+    virtual Graphics& graphics() = 0;
+    virtual Console& console() = 0;
+    virtual Functions& functions() = 0;
+    virtual Performance::CooperativeTaskManager::TaskManager& tasks() = 0;
 
-    /// The attached host, or null when there is none. The C++ classes work without one: look-ups then find nothing.
+    /// The attached host, or null when there is none.
     static Host* current() noexcept;
+    /// throws  NoHost
+    static Host& require();
 };
 
 /// Attaches a host for its own lifetime; the one before comes back afterwards. Scopes end in reverse order.

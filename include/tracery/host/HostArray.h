@@ -122,10 +122,6 @@ TRACERY_EXPORT void setImagData(HostArray* array, double* data);
 TRACERY_EXPORT void setCell(HostArray* cell, std::uint64_t index, HostArray* element);
 /// The element of a cell, still owned by it; null when absent, outside, or no cell.
 TRACERY_EXPORT const HostArray* getCell(const HostArray* cell, std::uint64_t index);
-/// The reference at `index` of an object array; null when it is unset, outside, or no object array.
-TRACERY_EXPORT HostObjectRef getObject(const HostArray* array, std::uint64_t index);
-/// Throws InvalidArray when `array` is no object array or the index is outside it.
-TRACERY_EXPORT void setObject(HostArray* array, std::uint64_t index, HostObjectRef object);
 /// The class name of an object array, or null for another class.
 TRACERY_EXPORT const char* getObjectClassName(const HostArray* array);
 /// The text of a char array with a terminating zero, or null when the array is not a char array. The caller releases
@@ -134,6 +130,8 @@ TRACERY_EXPORT char* arrayToString(const HostArray* array);
 
 // ---- Host memory and numbers
 
+/// How many arrays there are in the process.
+TRACERY_EXPORT std::size_t getNumberOfLiveArrays() noexcept;
 /// Uninitialised bytes from the host's allocator; throws std::bad_alloc.
 TRACERY_EXPORT void* allocateMemory(std::size_t bytes);
 /// The quiet NaN.
