@@ -37,6 +37,7 @@ inline constexpr const char* kComponent = "Cindrel:tracery";
 inline constexpr const char* kBuiltins = "VELTRA:builtins"; ///< of the host itself
 
 // clang-format off
+inline constexpr ErrorKind AbstractMethod{kComponent, "AbstractMethod", "the method has no body: a subclass supplies it"};
 inline constexpr ErrorKind AddComplexDataError{kComponent, "AddComplexDataError", "the port is real and has no ring for imaginary values"};
 inline constexpr ErrorKind AddTimeError{kComponent, "AddTimeError", "times are real doubles"};
 inline constexpr ErrorKind AddValueDataTypeError{kComponent, "AddValueDataTypeError", "values are doubles"};

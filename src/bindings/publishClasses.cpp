@@ -1,0 +1,24 @@
+#include "bindings/classes.h"
+
+#include <tracery/host/Publish.h>
+
+namespace tracery {
+
+namespace {
+
+/// The package of the library's own classes.
+class traceryPackageInfo : public hostobj::COSPackageInfo {
+public:
+    hostobj::COSNameID getName() const override { return "tracery"; }
+    void addClasses(hostobj::COSPackage& package) const override
+    {
+        package.addClass(binding::timeBufferClass());
+        package.addClass(binding::timeDomainTriggerControllerClass());
+    }
+};
+
+} // namespace
+
+void publishClasses(hostobj::ObjectSystem& objects) { objects.addPackage(std::make_unique<traceryPackageInfo>()); }
+
+} // namespace tracery

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "host/ClassTable.h"
+
+#include <tracery/host/Error.h>
+
+namespace tracery::binding {
+
+/// A property of a scope base class that is a type of its own, of type text `type`.
+template <FixedText name, FixedText type, std::uint32_t attributes, auto get, auto set, FixedText label = name>
+class ScopePropInfo : public PayloadProperty<typename Accessor<decltype(get)>::Object> {
+    using Base = PayloadProperty<typename Accessor<decltype(get)>::Object>;
+    static constexpr bool kSettable = !std::is_null_pointer_v<decltype(set)>;
+    static constexpr typename Base::Set setter()
+    {
+        if constexpr (kSettable)
+            return &writeThrough<set>;
+        else
+            return nullptr;
+    }
+
+public:
+    ScopePropInfo()
+        : Base({name.text,
+                label.text,
+                hostobj::COSDataType::fromString(type.text),
+                hostobj::Access::public_,
+                kSettable ? hostobj::Access::public_ : hostobj::Access::private_,
+                attributes,
+                {}},
+               &readThrough<get>, setter())
+    {}
+};
+
+/// Whose value is an object, or nothing.
+template <FixedText name, auto get, auto set = nullptr>
+class AbstractScopeCOSPropInfo : public ScopePropInfo<name, "object", kStored, get, set> {};
+/// Whose value is of any type.
+template <FixedText name, auto get, auto set = nullptr>
+class AbstractScopeDataTypeAnyPropInfo : public ScopePropInfo<name, "any", kStored, get, set> {};
+/// The same, computed from other state when it is read.
+template <FixedText name, auto get, auto set = nullptr>
+class AbstractScopeDataTypeAnyDependentPropInfo : public ScopePropInfo<name, "any", kComputed, get, set> {};
+
+/// A method of class Declarer that subclasses must supply and only they and the library call.
+template <class Declarer, FixedText name>
+class AbstractScopeProtectedAbstractMethodInfo : public hostobj::COSMethodInfo {
+public:
+    hostobj::COSNameID getName() const override { return name.text; }
+    hostobj::COSMethodSignaturePtr getSignature() const override
+    {
+        return hostobj::COSMethodSignature::createMethodSignature(dataTypeOf<Value<std::shared_ptr<Declarer>>>(), {},
+                                                                  {});
+    }
+    hostobj::Access getAccess() const override { return hostobj::Access::protected_; }
+    bool isAbstract() const override { return true; }
+    hostobj::HostOutputs invoke(hostobj::HostInputs, std::size_t) const override
+    {
+        throw Error(errors::AbstractMethod, std::string(name.text) + " has no body: a subclass supplies it");
+    }
+};
+
+} // namespace tracery::binding
