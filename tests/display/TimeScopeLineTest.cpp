@@ -96,9 +96,9 @@ TEST_F(TimeScopeLineTest, ExtentsWidenAsThePlainRuleSays)
     std::mt19937 random(3);
     const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
     const auto value = [&] { return below(6) == 0 ? kNaN : below(40) == 0 ? kInf : below(21) - 10.0; };
-    for (int round = 0; round < 5000; ++round) {
+    for (unsigned round = 0; round < 5000; ++round) {
         Doubles pairs, times, values, y{value(), value(), value(), value()};
-        for (double time = below(3); times.size() < round % 9U; time += below(3)) {
+        for (double time = below(3); times.size() < round % 9; time += below(3)) {
             times.push_back(time);
             values.push_back(value());
             pairs.insert(pairs.end(), {time, values.back()});
