@@ -1,12 +1,12 @@
 include(CMakePackageConfigHelpers)
 
 install(
-  TARGETS tracery
+  TARGETS tracery tracery_embedded_host
   EXPORT traceryTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/tracery DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/tracery hosts/embedded/include/tracery DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${PROJECT_BINARY_DIR}/generated/tracery/export.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tracery)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tracery)
@@ -22,8 +22,10 @@ install(FILES ${PROJECT_BINARY_DIR}/traceryConfig.cmake ${PROJECT_BINARY_DIR}/tr
 
 # Relative to where the file lies, so that --prefix at install time and moved trees work.
 file(RELATIVE_PATH pc_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-configure_file(cmake/tracery.pc.in ${PROJECT_BINARY_DIR}/tracery.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tracery.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(library tracery tracery_embedded_host)
+  configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
 
 if(TARGET tracery-scope)
   file(RELATIVE_PATH library_from_program /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <tracery/host/ClassInfo.h>
+#include <tracery/host/DataType.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tracery::embedded {
+
+struct PropertyListing {
+    std::string name;
+    std::string label;
+    std::string type;
+    hostobj::TypedEnumStringType::Entries enumeration; ///< empty unless the type is an enumeration
+    hostobj::Access getAccess = hostobj::Access::public_;
+    hostobj::Access setAccess = hostobj::Access::public_;
+    std::uint32_t attributes = 0;
+    std::string description;
+};
+
+struct OutputListing {
+    std::string name;
+    std::string type;
+};
+
+struct MethodListing {
+    std::string name;
+    hostobj::Access access = hostobj::Access::public_;
+    bool isAbstract = false;
+    bool isStatic = false;
+    /// False for methods that state no types, as those of classes defined in the host; the lists below are then empty.
+    bool hasSignature = false;
+    std::vector<std::string> inputs; ///< types of those after the object
+    std::size_t optional = 0;        ///< how many of the last inputs may be left out
+    std::vector<OutputListing> outputs;
+};
+
+/// What a class is made of: its own members, not those of its ancestors, in the order they were added.
+struct ClassListing {
+    std::string name;       ///< with the packages
+    std::string superclass; ///< empty for none
+    bool isAbstract = false;
+    bool isHidden = false;
+    bool isPublished = false; ///< by the library; else defined in the host
+    std::optional<MethodListing> constructor;
+    std::vector<PropertyListing> properties;
+    std::vector<MethodListing> methods;
+    std::vector<std::string> inheritedMethods; ///< named as methods that the class has of the host
+};
+
+/// The class as a table for people, lines ended by '\n'.
+std::string formatClass(const ClassListing& listing);
+
+} // namespace tracery::embedded
