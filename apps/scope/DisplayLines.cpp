@@ -11,7 +11,7 @@
 namespace scope {
 
 std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<std::string>& wanted,
-                              const std::optional<LineSource>& trigger, double columnsPerSecond)
+                              const std::optional<LineSource>& trigger)
 {
     std::vector<bool> found(wanted.size());
     std::vector<Line> lines;
@@ -31,7 +31,7 @@ std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<st
             if (recordings.size() > 1)
                 label = std::filesystem::path(info.path).stem().string() + ": " + label;
             const auto add = [&](SamplePart part, const char* suffix, const std::string& unit) {
-                lines.push_back({{port, c, part}, label + suffix, unit, LineThinner(columnsPerSecond)});
+                lines.push_back({{port, c, part}, label + suffix, unit});
             };
             add(SamplePart::real, info.complex ? " I" : "", channel.unit);
             if (info.complex)
@@ -48,37 +48,42 @@ std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<st
     return lines;
 }
 
-void streamLines(Recordings recordings, const Window& window, std::vector<Line>& lines)
+void streamLines(Recordings recordings, const Window& stretch, const std::vector<Line>& lines, ScopeDisplay& display)
 {
     Progress progress;
     std::vector<std::size_t> channels;
     for (const auto& recording : recordings)
         channels.push_back(recording->info().channels.size());
-    Feed feed(std::move(recordings), window.from, window.to);
+    Feed feed(std::move(recordings), stretch.from, stretch.to);
     std::vector<double> polar;
     while (const std::optional<FeedSteps> steps = feed.next()) {
         const std::size_t stride = channels[steps->port];
         const double* times = tracery::getRealData(steps->times.get());
-        for (Line& line : lines) {
-            if (line.source.port != steps->port)
+        const std::size_t first = display.advance({times, steps->count()});
+        const std::size_t count = steps->count() - first;
+        times += first;
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            const LineSource& source = lines[i].source;
+            if (source.port != steps->port)
                 continue;
-            const double* real = tracery::getRealData(steps->values.get()) + line.source.channel;
+            const std::size_t offset = first * stride + source.channel;
+            const double* real = tracery::getRealData(steps->values.get()) + offset;
             const double* imag = tracery::getImagData(steps->values.get());
             if (imag != nullptr)
-                imag += line.source.channel;
-            if (isPolar(line.source.part)) {
-                polar.resize(steps->count());
-                for (std::size_t i = 0; i < polar.size(); ++i)
-                    polar[i] = polarPart(real[i * stride], imag != nullptr ? imag[i * stride] : 0.0,
-                                         line.source.part == SamplePart::phase);
-                line.thinner.add(times, polar.data(), polar.size(), 1);
+                imag += offset;
+            if (isPolar(source.part)) {
+                polar.resize(count);
+                for (std::size_t k = 0; k < count; ++k)
+                    polar[k] = polarPart(real[k * stride], imag != nullptr ? imag[k * stride] : 0.0,
+                                         source.part == SamplePart::phase);
+                display.add(i, times, polar.data(), count, 1);
             } else {
-                line.thinner.add(times, line.source.part == SamplePart::imaginary ? imag : real, steps->count(),
-                                 stride);
+                display.add(i, times, source.part == SamplePart::imaginary ? imag : real, count, stride);
             }
         }
-        progress.show((feed.reached() - window.from) / (window.to - window.from));
+        progress.show((feed.reached() - stretch.from) / (stretch.to - stretch.from));
     }
+    display.finish();
 }
 
 namespace {
@@ -106,7 +111,7 @@ bool foldLimits(const std::vector<Point>& points, const Window& window, Limits& 
 
 } // namespace
 
-std::vector<Panel> makePanels(std::vector<Line>& lines, const Window& window, bool stack)
+std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack)
 {
     std::vector<Panel> panels;
     std::vector<Limits> limits;
@@ -125,7 +130,7 @@ std::vector<Panel> makePanels(std::vector<Line>& lines, const Window& window, bo
             panels.emplace_back().yUnit = line.unit;
             limits.push_back({std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()});
         }
-        Trace trace{line.label, line.thinner.finish()};
+        Trace trace{line.label, display.points(i)};
         anything |= foldLimits(trace.points, window, limits[line.panel]);
         panels[line.panel].traces.push_back(std::move(trace));
     }

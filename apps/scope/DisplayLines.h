@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LineThinner.h"
+#include "ScopeDisplay.h"
 #include "commands.h"
 #include "picture/Figure.h"
 #include "sources.h"
@@ -36,7 +36,6 @@ struct Line {
     LineSource source;
     std::string label;
     std::string unit;
-    LineThinner thinner;
     std::size_t panel = 0; ///< where it is drawn
 };
 
@@ -44,13 +43,13 @@ struct Line {
 /// trigger  what is triggered on; its magnitude or phase is drawn, too, when it is that
 /// throws   UsageError when a wanted channel does not exist
 std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<std::string>& wanted,
-                              const std::optional<LineSource>& trigger, double columnsPerSecond);
+                              const std::optional<LineSource>& trigger);
 
-/// Reads the window through the buffer and thins every line on the way.
-void streamLines(Recordings recordings, const Window& window, std::vector<Line>& lines);
+/// Reads the stretch through the buffer and shows each block of it on the display, which has one line each.
+void streamLines(Recordings recordings, const Window& stretch, const std::vector<Line>& lines, ScopeDisplay& display);
 
-/// Takes the thinned lines into panels, one a unit, or a channel when they are stacked, in order of appearance.
+/// Takes what is drawn into panels, one a unit, or a channel when they are stacked, in order of appearance.
 /// throws  UsageError when no line has anything in the window
-std::vector<Panel> makePanels(std::vector<Line>& lines, const Window& window, bool stack);
+std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack);
 
 } // namespace scope

@@ -18,9 +18,9 @@ constexpr std::size_t kBatchPoints = 4096;
 double later(double time, double last) { return time > last ? time : std::nextafter(last, kInfinity); }
 } // namespace
 
-LineThinner::LineThinner(double columnsPerSecond)
-    : columnsPerSecond_(columnsPerSecond), batch_(createDoubleMatrix(2, kBatchPoints + 1, HostComplexity::real)),
-      pairs_(getRealData(batch_.get()))
+LineThinner::LineThinner(std::shared_ptr<TimeScopeLine> line, double columnsPerSecond)
+    : line_(std::move(line)), columnsPerSecond_(columnsPerSecond),
+      batch_(createDoubleMatrix(2, kBatchPoints + 1, HostComplexity::real)), pairs_(getRealData(batch_.get()))
 {}
 
 void LineThinner::add(const double* times, const double* values, std::size_t count, std::size_t stride)
@@ -57,18 +57,30 @@ std::size_t LineThinner::addRun(const double* times, const double* values, std::
     return added;
 }
 
-std::vector<Point> LineThinner::finish()
+void LineThinner::finish() { closeRun(); }
+
+void LineThinner::restart()
 {
-    closeRun();
-    return std::exchange(points_, {});
+    count_ = 0;
+    line_->reset();
 }
 
 void LineThinner::closeRun()
 {
-    if (count_ == 0)
+    if (count_ != 0)
+        thin(true);
+}
+
+/// Hands points to the line, with a NaN point after the last of a run.
+void LineThinner::draw(const double* pairs, std::size_t count, bool endOfRun)
+{
+    const HostArrayPtr points(createDoubleMatrix(2, count + (endOfRun ? 1 : 0), HostComplexity::real));
+    if (isEmpty(points.get()))
         return;
-    thin(true);
-    points_.push_back({std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::quiet_NaN()});
+    double* end = std::copy_n(pairs, 2 * count, getRealData(points.get()));
+    if (endOfRun)
+        end[0] = end[1] = std::numeric_limits<double>::quiet_NaN();
+    line_->plotData(points.get(), false, 0);
 }
 
 /// Thins the batch. The thinner drops what it holds of the last column at the end, so a point at infinity opens another
@@ -80,7 +92,7 @@ void LineThinner::thin(bool endOfRun)
     pairs_[2 * count_ + 1] = 0;
     ++count_;
     const HostArrayPtr thinned(
-        thinner_.getArrayThinData(batch_.get(), static_cast<int>(count_), columnsPerSecond_, false));
+        line_->getLineThinData(batch_.get(), static_cast<int>(count_), columnsPerSecond_, false));
     const double* out = getRealData(thinned.get());
     const std::size_t sent = getN(thinned.get()) - 1; // without the point at infinity
     std::size_t opening = 0;
@@ -88,8 +100,7 @@ void LineThinner::thin(bool endOfRun)
         if ((out[2 * i] - out[2 * opening]) * columnsPerSecond_ >= 0.5)
             opening = i;
     const std::size_t done = endOfRun ? sent : opening;
-    for (std::size_t i = 0; i < done; ++i)
-        points_.push_back({out[2 * i], out[2 * i + 1]});
+    draw(out, done, endOfRun);
     count_ = sent - done;
     std::copy(out + 2 * done, out + 2 * sent, pairs_);
 }

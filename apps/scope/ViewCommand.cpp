@@ -1,10 +1,14 @@
 #include "DisplayLines.h"
 #include "Progress.h"
+#include "ScopeDisplay.h"
 #include "commands.h"
 #include "picture/Figure.h"
 #include "quantity.h"
 #include "sources.h"
 #include "trigger/explain.h"
+
+#include <tracery/embedded/EmbeddedHost.h>
+#include <tracery/host/Publish.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,17 +21,23 @@ namespace scope {
 
 namespace {
 
+TimeRange wholeRange(Recordings& recordings)
+{
+    TimeRange all{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+    for (const auto& recording : recordings) {
+        const TimeRange range = recording->range();
+        all = {std::min(all.first, range.first), std::max(all.last, range.last)};
+    }
+    return all;
+}
+
 Window chooseWindow(Recordings& recordings, const ViewOptions& options)
 {
     if (options.span && !(*options.span > 0))
         throw UsageError("--span must be positive");
     if (options.from && options.span)
         return {*options.from, *options.from + *options.span};
-    TimeRange all{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
-    for (const auto& recording : recordings) {
-        const TimeRange range = recording->range();
-        all = {std::min(all.first, range.first), std::max(all.last, range.last)};
-    }
+    const TimeRange all = wholeRange(recordings);
     const double from = options.from.value_or(all.first);
     double to = options.span ? from + *options.span : all.last;
     if (!options.span && options.from && from > all.last)
@@ -37,6 +47,17 @@ Window chooseWindow(Recordings& recordings, const ViewOptions& options)
         return {from, to};
     const double around = std::max(1e-6, std::abs(from) * 1e-9); // a single step, or several at one time
     return {from - around, from + around};
+}
+
+/// What streams past a display whose window follows it.
+Window chooseStretch(Recordings& recordings, const ViewOptions& options)
+{
+    const TimeRange all = wholeRange(recordings);
+    const Window stretch{options.from.value_or(all.first), options.until.value_or(all.last)};
+    if (!(stretch.to > stretch.from))
+        throw UsageError("nothing to stream from " + formatQuantity(stretch.from, "s") + " to " +
+                         formatQuantity(stretch.to, "s"));
+    return stretch;
 }
 
 /// The window that a trigger shows, the event's time, and the levels as they were then.
@@ -123,25 +144,41 @@ void runView(const ViewOptions& options)
     for (const std::string& file : options.files)
         if (std::filesystem::exists(output) && std::filesystem::equivalent(file, output))
             throw UsageError(output + ": the picture would replace the recording: name another with -o");
+    tracery::embedded::EmbeddedHost host;
+    const tracery::HostScope attached(host);
+    tracery::publishClasses(host.objects());
+
     std::optional<TriggeredWindow> triggered;
     if (options.trigger)
         triggered = findWindow(recordings, options);
-    const Window window = triggered ? triggered->window : chooseWindow(recordings, options);
+    const Window stretch = triggered         ? triggered->window
+                           : options.overrun ? chooseStretch(recordings, options)
+                                             : chooseWindow(recordings, options);
+    const double whole = stretch.to - stretch.from;
+    const double span = options.overrun ? options.span.value_or(whole / 10) : whole;
 
-    Figure figure;
-    figure.width = options.width;
-    figure.height = options.height;
-    figure.title = options.title.empty() ? std::filesystem::path(options.files[0]).filename().string() : options.title;
-    figure.xMin = window.from;
-    figure.xMax = window.to;
     std::vector<Line> lines =
-        chooseLines(recordings, options.channels, triggered ? std::optional(triggered->source) : std::nullopt,
-                    plotWidth(options.width) / (window.to - window.from));
-    streamLines(std::move(recordings), window, lines);
-    figure.panels = makePanels(lines, window, options.stack);
-    if (triggered)
-        markTrigger(figure, *triggered, lines);
-    writeFigure(figure, output);
+        chooseLines(recordings, options.channels, triggered ? std::optional(triggered->source) : std::nullopt);
+    ScopeDisplay display(host, stretch.from, span, plotWidth(options.width), lines.size());
+    if (options.overrun)
+        display.follow(*options.overrun);
+    // What a commit shows of the display is the picture.
+    const auto picture = host.graphics().addCommitHook([&](int) {
+        Figure figure;
+        figure.width = options.width;
+        figure.height = options.height;
+        figure.title =
+            options.title.empty() ? std::filesystem::path(options.files[0]).filename().string() : options.title;
+        const Window window = options.overrun ? Window{display.getStartTime(), display.windowEnd()} : stretch;
+        figure.xMin = window.from;
+        figure.xMax = window.to;
+        figure.panels = makePanels(lines, display, window, options.stack);
+        if (triggered)
+            markTrigger(figure, *triggered, lines);
+        writeFigure(figure, output);
+    });
+    streamLines(std::move(recordings), stretch, lines, display);
+    host.graphics().commitDatabaseUpdates(0);
     std::printf("%s\n", output.c_str());
 }
 

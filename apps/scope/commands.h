@@ -2,6 +2,8 @@
 
 #include "trigger/TriggerSettings.h"
 
+#include <tracery/AbstractTimeDomainPlotter.h>
+
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -33,10 +35,12 @@ struct ViewOptions {
     int width = 1200;
     int height = 600;
     std::string title;
-    bool stack = false;                     ///< every channel in axes of its own
-    std::optional<TriggerSettings> trigger; ///< none: the whole window, untriggered
-    std::uint64_t nth = 1;                  ///< which triggered window, from 1
-    std::size_t blockSteps = 1024;          ///< steps handed to the detector at once
+    bool stack = false;                                  ///< every channel in axes of its own
+    std::optional<TriggerSettings> trigger;              ///< none: the whole window, untriggered
+    std::uint64_t nth = 1;                               ///< which triggered window, from 1
+    std::size_t blockSteps = 1024;                       ///< steps handed to the detector at once
+    std::optional<tracery::TimeOverrunModeEnum> overrun; ///< stream without trigger, the window following the data
+    std::optional<double> until;                         ///< where streaming stops; the recording's end when missing
 };
 
 /// Draws a stretch of recordings and prints where the picture is. throws  InputError, UsageError
@@ -51,6 +55,13 @@ struct EventsOptions {
     std::size_t blockSteps = 1024;
     bool json = false;
 };
+
+struct ClassesOptions {
+    std::string name; ///< with or without packages; empty: all
+};
+
+/// Prints the published classes as tables. throws  UsageError
+void runClasses(const ClassesOptions& options);
 
 /// Prints every trigger event and every window shown, and totals that add up. throws  InputError, UsageError
 void runEvents(const EventsOptions& options);

@@ -253,6 +253,21 @@ void addView(CLI::App& app, scope::ViewOptions& options, scope::TriggerSettings&
     view->add_option_function<std::string>("--rate", quantity(options.rate, "--rate"),
                                            "Samples per second, for a file that gives no times")
         ->type_name("HZ");
+    view->add_option_function<std::string>(
+            "--overrun",
+            [&options](const std::string& text) {
+                using tracery::TimeOverrunModeEnum;
+                auto mode = TimeOverrunModeEnum::Wrap;
+                oneOf(mode, "--overrun",
+                      {{"wrap", TimeOverrunModeEnum::Wrap}, {"scroll", TimeOverrunModeEnum::Scroll}})(text);
+                options.overrun = mode;
+            },
+            "Stream the recording past a window of --span [default: a tenth]; at its right edge, wrap to a new sweep "
+            "or scroll")
+        ->type_name("MODE");
+    view->add_option_function<std::string>("--until", quantity(options.until, "--until"),
+                                           "Where streaming with --overrun stops [default: the recording's end]")
+        ->type_name("TIME");
     addTrigger(*view, settings, [&options] { options.trigger.emplace(); });
     view->add_option("--nth", options.nth, "Which triggered window to draw, from 1 [default: 1]")->group("Trigger");
     view->callback([&options, &settings, view] {
@@ -262,6 +277,10 @@ void addView(CLI::App& app, scope::ViewOptions& options, scope::TriggerSettings&
         if (options.nth == 0)
             throw scope::UsageError("--nth: windows count from 1, found 0");
         requirePositive(options.span, "--span");
+        if (options.overrun && options.trigger)
+            throw scope::UsageError("--overrun streams without a trigger: leave --trigger or --overrun out");
+        if (options.until && !options.overrun)
+            throw scope::UsageError("--until does nothing without --overrun");
         scope::runView(options);
     });
 }
@@ -299,6 +318,13 @@ void addEvents(CLI::App& app, scope::EventsOptions& options)
     });
 }
 
+void addClasses(CLI::App& app, scope::ClassesOptions& options)
+{
+    CLI::App* classes = app.add_subcommand("classes", "Print the classes that the library publishes to its host");
+    classes->add_option("NAME", options.name, "Only this class, with or without its packages");
+    classes->callback([&options] { scope::runClasses(options); });
+}
+
 int complain(const std::string& message)
 {
     std::fprintf(stderr, "tracery-scope: %s\n", message.c_str());
@@ -319,6 +345,8 @@ int main(int argc, char** argv)
     scope::EventsOptions eventsOptions;
     addView(app, viewOptions, viewTrigger);
     addEvents(app, eventsOptions);
+    scope::ClassesOptions classesOptions;
+    addClasses(app, classesOptions);
     try {
         app.parse(argc, argv);
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)

@@ -21,6 +21,7 @@ namespace tracery::binding {
 template <> struct Published<AbstractFramePlotter> { static constexpr const char* name = "veltrashared.scopes.visual.AbstractFramePlotter"; };
 template <> struct Published<AbstractLinePlotter> { static constexpr const char* name = "veltrashared.scopes.visual.AbstractLinePlotter"; };
 template <> struct Published<AbstractTimeDomainPlotter> { static constexpr const char* name = "veltrashared.scopes.visual.AbstractTimeDomainPlotter"; };
+template <> struct Published<AbstractTimeDomainController> { static constexpr const char* name = "time-domain controller"; }; // no class of its own
 template <> struct Published<OneShotTimer> { static constexpr const char* name = "tracery.OneShotTimer"; };
 template <> struct Published<ScrollingTimeDomainController> { static constexpr const char* name = "veltrashared.scopes.visual.ScrollingTimeDomainController"; };
 template <> struct Published<TimeBuffer> { static constexpr const char* name = "tracery.TimeBuffer"; };

@@ -8,7 +8,7 @@ namespace tracery::binding {
 
 template <class R, class O, class... A>
 struct Operation {
-    using Result = R;
+    using Result = std::remove_cvref_t<R>;
     using Object = std::remove_cvref_t<O>;
     using Arguments = std::tuple<std::remove_cvref_t<A>...>;
 };

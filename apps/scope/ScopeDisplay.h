@@ -1,0 +1,51 @@
+#pragma once
+
+#include "LineThinner.h"
+#include "picture/Figure.h"
+
+#include <tracery/AbstractTimeDomainPlotter.h>
+#include <tracery/embedded/EmbeddedHost.h>
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace scope {
+
+/// The time display: its lines are objects of the host, their points are kept by the host's line animator. With an
+/// overrun mode the window follows the data; otherwise it stays where it is.
+class ScopeDisplay : public tracery::AbstractTimeDomainPlotter {
+public:
+    /// A window from `from`, `span` seconds long, `columns` pixels wide. The host must outlive the display.
+    ScopeDisplay(tracery::embedded::EmbeddedHost& host, double from, double span, int columns, std::size_t lines);
+
+    /// Lets the window follow the data: in sweeps, or scrolling.
+    void follow(tracery::TimeOverrunModeEnum mode);
+
+    /// Samples at these times, which do not decrease, are about to come: moves the window. Returns the first of them
+    /// that belongs on the display.
+    std::size_t advance(std::span<const double> times);
+    /// Draws samples on a line; sample i is values[i * stride] at times[i].
+    void add(std::size_t line, const double* times, const double* values, std::size_t count, std::size_t stride);
+    /// Draws what is not drawn yet.
+    void finish();
+
+    /// What is drawn of a line.
+    std::vector<Point> points(std::size_t line) const;
+    /// Right edge of the window.
+    double windowEnd() const { return getStartTime() + getTimeSpan(); }
+
+private:
+    struct DrawnLine {
+        tracery::HostObjectRef animated;
+        LineThinner thinner;
+        std::size_t mostPoints; ///< a scrolling line that has more is cut to the window
+    };
+    void trim(DrawnLine& line);
+
+    tracery::embedded::EmbeddedHost& host_;
+    bool following_ = false;
+    std::vector<DrawnLine> drawn_;
+};
+
+} // namespace scope
