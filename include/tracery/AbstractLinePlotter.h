@@ -8,6 +8,9 @@
 namespace tracery {
 
 /// Base of all plotters: the axes and the lines that a display draws into. Works without a host. Main thread only.
+///
+/// The arrays are owned, and with them their objects: where one of these refers to the display's own host object, only
+/// deleting that breaks the circle.
 class TRACERY_EXPORT AbstractLinePlotter {
 public:
     AbstractLinePlotter() = default;
@@ -23,7 +26,7 @@ public:
     /// A new copy that the caller owns; null before any were set.
     HostArray* getAxes() const;
 
-    /// Keeps a copy and calls initPlotter(); null is ignored.
+    /// Keeps a copy and calls initPlotter(), and has the old lines again when that throws; null is ignored.
     void setLines(const HostArray* lines);
     /// A new copy that the caller owns; null before any were set.
     HostArray* getLines() const;

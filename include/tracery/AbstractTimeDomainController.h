@@ -30,6 +30,8 @@ public:
     virtual ~AbstractTimeDomainController();
     /// The host object of the controller; null when it has none.
     virtual HostObjectRef getCOSInterface() const = 0;
+    /// The same, but null where it is that of the controller this one is a copy of, and once it is deleted.
+    HostObjectRef getOwnCOSInterface() const;
     /// Only referred to: the host object owns the controller.
     void setCOSInterface(const HostObjectRef& object) { hostObject_ = object; }
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace tracery {
@@ -61,12 +62,11 @@ public:
     void setTimeOverrunMode(TimeOverrunModeEnum mode);
     /// Null until a mode or a controller was set.
     std::shared_ptr<AbstractTimeDomainController> getTimeOverrunModeController() const { return controller_; }
-    /// Shares the controller, and becomes its plotter when it has none; the mode stays. Null takes the controller away.
-    /// object  the controller's host object, which the plotter then keeps alive
-    void setTimeOverrunModeController(std::shared_ptr<AbstractTimeDomainController> controller,
-                                      HostObjectRef object = nullptr);
-    /// The host object that the plotter was given with its controller; null for none.
-    HostObjectRef getTimeOverrunModeControllerObject() const { return controllerObject_; }
+    /// Shares the controller and becomes its plotter; the mode stays. The controller's host object, if it has one, is kept
+    /// alive from then on. Null takes the controller away.
+    void setTimeOverrunModeController(std::shared_ptr<AbstractTimeDomainController> controller);
+    /// Keeps alive the host object that the controller has by now.
+    void keepTimeOverrunModeControllerObject();
 
     // ---- Ports
 

@@ -22,8 +22,8 @@ public:
     OneShotTimer(const OneShotTimer&) = delete;
     OneShotTimer& operator=(const OneShotTimer&) = delete;
 
-    /// Stops the timer and sets the timeout, in whole microseconds for the wait (a longer one than 100 years waits that
-    /// long). Ignored unless seconds > 0, so NaN too.
+    /// Stops the timer and sets the timeout, in whole microseconds for the wait (one of more than 100 years waits 100
+    /// years). Ignored unless seconds > 0, so NaN too.
     void setTimeout(double seconds) override;
     /// The seconds last set, 0 at first.
     double getTimeout() const override { return timeoutSeconds_; }

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <optional>
 
 namespace tracery {
@@ -62,7 +63,7 @@ public:
     void initDataThinningMinMax();
 
     /// The line's thinner, the same at every call; made at the first.
-    DataThinner& getDataThinner();
+    DataThinner* getDataThinner();
     /// The thinner's getArrayThinData of the same arguments: a new array that the caller owns.
     HostArray* getLineThinData(const HostArray* data, int count, double pixelTimeRatio, bool continuePrevious);
 
@@ -77,7 +78,7 @@ public:
     /// of the first axes, 1 and 3 of the second; the second are meant when `split` and not q < p, so that equal ones
     /// mean the second on purpose. An extent that is NaN stays NaN. A NaN at the first of the points is passed over,
     /// those further on are compared like the others. The search for fromTime is binary, so times should not decrease.
-    /// Nothing changes without a line, or without points that are a real 2-by-n array. throws  as plotData
+    /// Nothing changes for null, without a line, or without points that are a real 2-by-n array. throws  as plotData
     void resetLineYExtents(double* yExtents, const double& fromTime, bool split, std::size_t p, std::size_t q);
 
     /// The line's animator object, the first of the line array; null when there is none.
@@ -94,7 +95,7 @@ private:
     static double read(const Pair& pair, int i);
     static void write(Pair& pair, int i, double value);
 
-    HostArrayPtr line_;
+    std::shared_ptr<const HostArray> line_; // shared by calls that are under way, as the host may set another meanwhile
     Pair pixelValue_ = kEmptyPair;
     Pair pixelImgValue_ = kEmptyPair;
     Pair pixelTimeValue_ = kEmptyPair;

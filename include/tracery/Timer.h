@@ -10,11 +10,13 @@ public:
 
     /// Stops the timer and sets how long the periods started from now on last; ignored unless seconds > 0.
     virtual void setTimeout(double seconds) = 0;
+    /// Seconds; 0 at first.
     virtual double getTimeout() const = 0;
     /// Begins a period; one that is running is cut short.
     virtual void start() = 0;
     /// Ends the running period, if any: the time is then up.
     virtual void stop() = 0;
+    /// Whether no period runs: the last one is over, or was stopped.
     virtual bool isTimeUp() = 0;
 };
 

@@ -23,7 +23,8 @@ struct ALPLinesPropInfo : AbstractScopeDataTypeAnyPropInfo<"Lines", &Lines::getL
     {
         guarded([&] {
             AbstractScopeDataTypeAnyPropInfo::setValue(object, value);
-            callIfPresent(object, {"onNewLines", "updateChannelNumbers"});
+            if (value != nullptr)
+                callIfPresent(object, {"onNewLines", "updateChannelNumbers"});
         });
     }
 };
@@ -62,6 +63,11 @@ HostArrayPtr getMaxDimensions(const Frames& frames)
     std::ranges::copy(frames.getMaxDimensions(), getRealData(matrix.get()));
     return matrix;
 }
+void setMaxDimensions(Frames& frames, const HostArray* extents)
+{
+    static const hostobj::COSDataTypePtr type = hostobj::COSDataType::fromString("double matrix");
+    frames.setMaxDimensions(type->convert(extents).get());
+}
 void setNumberOfChannels(Frames& frames, std::vector<double> numbers)
 {
     frames.getNumberOfChannelsWriteable() = std::move(numbers);
@@ -73,7 +79,7 @@ void setLengthOfChannels(Frames& frames, std::vector<double> lengths)
 
 // clang-format off
 struct AFPFrameProcessingPropInfo : ScopePropInfo<"FrameProcessing", "logical scalar", kStored, &Frames::getFrameProcessing, &Frames::setFrameProcessing> {};
-struct AFPMaxDimensionsPropInfo : ScopePropInfo<"MaxDimensions", "double matrix", kStored, &getMaxDimensions, &Frames::setMaxDimensions> {};
+struct AFPMaxDimensionsPropInfo : ScopePropInfo<"MaxDimensions", "double matrix", kStored, &getMaxDimensions, &setMaxDimensions> {};
 struct AFPNumberOfChannelsPropInfo : ScopePropInfo<"NumberOfChannels", "double vector", kStored, &Frames::getNumberOfChannels, &setNumberOfChannels> {};
 struct AFPLengthOfChannelsPropInfo : ScopePropInfo<"LengthOfChannels", "double vector", kStored, &Frames::getLengthOfChannels, &setLengthOfChannels> {};
 // clang-format on

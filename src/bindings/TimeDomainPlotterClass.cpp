@@ -25,16 +25,15 @@ TimeOverrunModeEnum getTimeOverrunMode(const Plotter& plotter)
                                                                      : TimeOverrunModeEnum::Scroll;
 }
 
+/// A new host object around the controller; null unless it is of class C.
 template <class C>
-HostObjectRef wrapIf(const std::shared_ptr<AbstractTimeDomainController>& controller)
+HostObjectRef wrapAs(const std::shared_ptr<AbstractTimeDomainController>& controller)
 {
     auto known = std::dynamic_pointer_cast<C>(controller);
     if (known == nullptr)
         return nullptr;
-    const HostObjectRef object = Host::require().objects().wrapPayload(
+    return Host::require().objects().wrapPayload(
         Published<C>::name, std::make_unique<PayloadOf<C, AbstractTimeDomainController>>(std::move(known)));
-    controller->setCOSInterface(object);
-    return object;
 }
 
 /// The controller's host object, which a controller of the plotter's own making gets when it is first asked for.
@@ -43,12 +42,14 @@ HostObjectRef getController(Plotter& plotter)
     const std::shared_ptr<AbstractTimeDomainController> controller = plotter.getTimeOverrunModeController();
     if (controller == nullptr)
         return nullptr;
-    HostObjectRef object = controller->getCOSInterface();
-    if (object == nullptr || object->payload() == nullptr)
-        object = wrapIf<WrappingTimeDomainController>(controller);
+    HostObjectRef object = controller->getOwnCOSInterface();
+    if (object != nullptr)
+        return object;
+    object = wrapAs<WrappingTimeDomainController>(controller);
     if (object == nullptr)
-        object = wrapIf<ScrollingTimeDomainController>(controller);
-    plotter.setTimeOverrunModeController(controller, object);
+        object = wrapAs<ScrollingTimeDomainController>(controller);
+    controller->setCOSInterface(object);
+    plotter.keepTimeOverrunModeControllerObject();
     return object;
 }
 /// Null and an empty array take the controller away.
@@ -57,8 +58,7 @@ void setController(Plotter& plotter, const HostArray* controller)
     if (controller == nullptr || isEmpty(controller))
         plotter.setTimeOverrunModeController(nullptr);
     else
-        plotter.setTimeOverrunModeController(payloadOf<AbstractTimeDomainController>(controller),
-                                             hostobj::omGetArrayElement(controller, 0));
+        plotter.setTimeOverrunModeController(payloadOf<AbstractTimeDomainController>(controller));
 }
 
 std::vector<double> getYExtents(const Plotter& plotter)
@@ -130,7 +130,7 @@ struct ATDPStopMethodInfo : Method<"stop", &stop> {};
 struct ATDPResetYExtentsMethodInfo : Method<"resetYExtents", &Plotter::resetYExtents> {};
 /// Only stores the time: nothing of what setting the property StartTime brings about.
 struct ATDPSetStartTimeMethodInfo : Method<"setStartTime", &Plotter::setStartTime> {};
-struct ATDPInitMethodInfo : Method<"InitAbstractTimeDomainPlotter", &Plotter::initPlotter> {};
+struct ATDPInitAbstractTimeDomainPlotterMethodInfo : Method<"InitAbstractTimeDomainPlotter", &Plotter::initPlotter> {};
 
 struct AbstractTimeDomainPlotterCOSCI : ClassInfo<Plotter, AbstractFramePlotter, AbstractLinePlotter> {
     bool isAbstract() const override { return true; }
@@ -145,7 +145,8 @@ struct AbstractTimeDomainPlotterCOSCI : ClassInfo<Plotter, AbstractFramePlotter,
         addMethods<ATDPOnNewTimeSpanMethodInfo, ATDPInitializeTimeAxisMethodInfo, ATDPGetDefaultChannelNamesMethodInfo,
                    ATDPUpdateXLabelMethodInfo, ATDPUpdateShowTimeAxisLabelsMethodInfo,
                    ATDPUpdateTickListenersMethodInfo, ATDPUpdateTimeUnitsMethodInfo, ATDPStartMethodInfo,
-                   ATDPStopMethodInfo, ATDPResetYExtentsMethodInfo, ATDPSetStartTimeMethodInfo, ATDPInitMethodInfo>(c);
+                   ATDPStopMethodInfo, ATDPResetYExtentsMethodInfo, ATDPSetStartTimeMethodInfo,
+                   ATDPInitAbstractTimeDomainPlotterMethodInfo>(c);
     }
 };
 

@@ -26,13 +26,21 @@ HostArray* getThinData(TimeScopeLine& line, const HostArray* data, double count,
 struct TSLGetThinDataMethodInfo : Method<"getThinData", &getThinData, Output<"thinData">> {};
 struct TSLGetSLAMethodInfo : Method<"getSLA", &TimeScopeLine::getSLA, Output<"line">> {};
 
-/// (object, line): the host's line, an object array; without it the line stays empty.
-struct TimeScopeLineCOSConstructor : Constructor<[](TimeScopeLine& line, std::optional<const HostArray*> hostLine) {
+void construct(TimeScopeLine& line, std::optional<const HostArray*> hostLine)
+{
     if (hostLine && (*hostLine == nullptr || getClassID(*hostLine) != HostClassID::object))
         throw Error(errors::InvalidArgumentType, "needed: the host's line, an object");
     if (hostLine)
         line.setLine(*hostLine);
-}> {};
+}
+
+/// (object, line): the host's line, an object array; without it the line stays empty. What follows is not read.
+struct TimeScopeLineCOSConstructor : Constructor<&construct> {
+    hostobj::HostOutputs invoke(hostobj::HostInputs inputs, std::size_t wanted) const override
+    {
+        return Constructor::invoke(inputs.first(std::min<std::size_t>(inputs.size(), 2)), wanted);
+    }
+};
 
 struct TimeScopeLineCOSClassInfo : ClassInfo<TimeScopeLine> {
     void defineClass(hostobj::ClassDefinition& c) const override

@@ -1,18 +1,16 @@
 #include <tracery/AbstractLinePlotter.h>
 
+#include <utility>
+
 namespace tracery {
 
 namespace {
 
-/// Puts a copy of `array` in the place of what `held` holds, which may be `array` itself.
-bool keep(HostArrayPtr& held, const HostArray* array)
+HostArrayPtr copyToKeep(const HostArray* array)
 {
-    if (array == nullptr)
-        return false;
     HostArrayPtr copy(duplicateArray(array));
     setArrayScope(copy.get(), HostArrayScope::persistent);
-    held = std::move(copy);
-    return true;
+    return copy;
 }
 
 } // namespace
@@ -20,13 +18,24 @@ bool keep(HostArrayPtr& held, const HostArray* array)
 AbstractLinePlotter::~AbstractLinePlotter() = default;
 void AbstractLinePlotter::initPlotter() {}
 
-void AbstractLinePlotter::setAxes(const HostArray* axes) { keep(axes_, axes); }
+void AbstractLinePlotter::setAxes(const HostArray* axes)
+{
+    if (axes != nullptr)
+        axes_ = copyToKeep(axes);
+}
 HostArray* AbstractLinePlotter::getAxes() const { return axes_ ? duplicateArray(axes_.get()) : nullptr; }
 
 void AbstractLinePlotter::setLines(const HostArray* lines)
 {
-    if (keep(lines_, lines))
+    if (lines == nullptr)
+        return;
+    HostArrayPtr old = std::exchange(lines_, copyToKeep(lines));
+    try {
         initPlotter();
+    } catch (...) {
+        lines_ = std::move(old);
+        throw;
+    }
 }
 
 HostArray* AbstractLinePlotter::getLines() const { return lines_ ? duplicateArray(lines_.get()) : nullptr; }

@@ -13,6 +13,14 @@ void AbstractTimeDomainController::setPlotter(AbstractTimeDomainPlotter* plotter
     plotter_ = plotter != nullptr ? plotter->self_ : nullptr;
 }
 
+HostObjectRef AbstractTimeDomainController::getOwnCOSInterface() const
+{
+    HostObjectRef object = getCOSInterface();
+    const auto payload = object != nullptr ? object->payload() : nullptr;
+    const bool own = payload != nullptr && payload->as(typeid(AbstractTimeDomainController)).get() == this;
+    return own ? object : nullptr;
+}
+
 const AbstractTimeDomainPlotter& AbstractTimeDomainController::requirePlotter() const
 {
     const AbstractTimeDomainPlotter* plotter = getPlotter();

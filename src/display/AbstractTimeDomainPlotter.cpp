@@ -51,13 +51,17 @@ void AbstractTimeDomainPlotter::setTimeOverrunMode(TimeOverrunModeEnum mode)
     setTimeOverrunModeController(std::move(controller));
 }
 
-void AbstractTimeDomainPlotter::setTimeOverrunModeController(std::shared_ptr<AbstractTimeDomainController> controller,
-                                                             HostObjectRef object)
+void AbstractTimeDomainPlotter::setTimeOverrunModeController(std::shared_ptr<AbstractTimeDomainController> controller)
 {
-    if (controller != nullptr && controller->getPlotter() == nullptr)
+    if (controller != nullptr)
         controller->setPlotter(this);
-    // What was there goes last, as its end may run code of the host.
-    controller_.swap(controller);
+    controller_.swap(controller); // what was there goes last, as its end may run code of the host
+    keepTimeOverrunModeControllerObject();
+}
+
+void AbstractTimeDomainPlotter::keepTimeOverrunModeControllerObject()
+{
+    HostObjectRef object = controller_ != nullptr ? controller_->getOwnCOSInterface() : nullptr;
     controllerObject_.swap(object);
 }
 
@@ -122,9 +126,12 @@ HostObjectRef AbstractTimeDomainPlotter::getTransform(std::size_t i)
 {
     if (transformIsInCache(i) || i >= getNumLines())
         return getTransformFromCache(i);
+    const std::size_t known = transformCache_.size();
     const std::shared_ptr<TimeScopeLine> line = getTimeScopeLine(i);
     HostObjectRef transform = line != nullptr ? line->getTransform() : nullptr;
-    addTransformToCache(transform);
+    // The host may have set other lines meanwhile, or asked for this transform itself.
+    if (transformCache_.size() == known && getTimeScopeLine(i) == line)
+        addTransformToCache(transform);
     return transform;
 }
 

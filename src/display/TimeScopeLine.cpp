@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace tracery {
@@ -44,7 +46,8 @@ void TimeScopeLine::setLine(const HostArray* line)
         return;
     HostArrayPtr copy(duplicateArray(line)); // before the old one goes: it may be the same
     setArrayScope(copy.get(), HostArrayScope::persistent);
-    line_ = std::move(copy);
+    line_ = std::shared_ptr<const HostArray>(copy.release(),
+                                             [](const HostArray* a) { destroyArray(const_cast<HostArray*>(a)); });
 }
 
 double TimeScopeLine::read(const Pair& pair, int i)
@@ -60,53 +63,60 @@ void TimeScopeLine::write(Pair& pair, int i, double value)
 
 void TimeScopeLine::initDataThinningMinMax() { pixelValue_ = pixelImgValue_ = pixelTimeValue_ = kEmptyPair; }
 
-DataThinner& TimeScopeLine::getDataThinner()
+DataThinner* TimeScopeLine::getDataThinner()
 {
     if (!thinner_)
         thinner_.emplace();
-    return *thinner_;
+    return &*thinner_;
 }
 
 HostArray* TimeScopeLine::getLineThinData(const HostArray* data, int count, double pixelTimeRatio,
                                           bool continuePrevious)
 {
-    return getDataThinner().getArrayThinData(data, count, pixelTimeRatio, continuePrevious);
+    return getDataThinner()->getArrayThinData(data, count, pixelTimeRatio, continuePrevious);
 }
 
 void TimeScopeLine::plotData(const HostArray* data, bool thin, double pixelTimeRatio)
 {
-    if (line_ == nullptr || data == nullptr)
+    const std::shared_ptr<const HostArray> line = line_;
+    if (line == nullptr || data == nullptr)
         return;
-    const auto addXY = [this](const HostArray* points) {
-        const HostArray* const inputs[] = {line_.get(), points};
+    const auto addXY = [&](const HostArray* points) {
+        const HostArray* const inputs[] = {line.get(), points};
         hostobj::omCallMethod(animatorClassName_, "addXY", inputs, 0);
     };
     if (!thin) {
         addXY(data);
         return;
     }
-    DataThinner thinner = getDataThinner(); // a copy, so that points that were not drawn leave no trace
+    const DataThinner before = *getDataThinner();
     const auto points = std::min<std::uint64_t>(getNumberOfElements(data) / 2, std::numeric_limits<int>::max());
-    const HostArrayPtr thinned(thinner.getArrayThinData(data, static_cast<int>(points), pixelTimeRatio, true));
+    const HostArrayPtr thinned(getLineThinData(data, static_cast<int>(points), pixelTimeRatio, true));
     setArrayScope(thinned.get(), HostArrayScope::persistent); // ours to destroy, whatever the host does
-    addXY(thinned.get());
-    thinner_ = std::move(thinner);
+    try {
+        addXY(thinned.get());
+    } catch (...) {
+        thinner_ = before; // points that were not drawn leave no trace
+        throw;
+    }
 }
 
 void TimeScopeLine::reset()
 {
-    if (line_ == nullptr)
+    const std::shared_ptr<const HostArray> line = line_;
+    if (line == nullptr)
         return;
-    const HostArray* const inputs[] = {line_.get()};
+    const HostArray* const inputs[] = {line.get()};
     hostobj::omCallMethod(animatorClassName_, "reset", inputs, 0);
 }
 
 void TimeScopeLine::resetLineYExtents(double* yExtents, const double& fromTime, bool split, std::size_t p,
                                       std::size_t q)
 {
-    if (line_ == nullptr)
+    const std::shared_ptr<const HostArray> line = line_;
+    if (line == nullptr || yExtents == nullptr)
         return;
-    const HostArray* const inputs[] = {line_.get()};
+    const HostArray* const inputs[] = {line.get()};
     const hostobj::HostOutputs outputs = hostobj::omCallMethod(animatorClassName_, "getXY", inputs, 1);
     const HostArray* drawn = outputs.empty() ? nullptr : outputs[0].get();
     if (drawn == nullptr || !isReal2dMatrix(drawn) || getDimensions(drawn)[0] != 2)

@@ -144,6 +144,120 @@ TEST(HostScenarioTest, ADisplayScrollsAndWraps)
     EXPECT_EQ(failure([&] { script.number(display, "TimeSpan"); }), "InvalidObject") << "deleted";
 }
 
+TEST(HostScenarioTest, AControllerStaysTheObjectThatTheDisplayWasGiven)
+{
+    Script script;
+    const std::string wrapping = "veltrashared.scopes.visual.WrappingTimeDomainController";
+    const HostObjectRef display =
+        script.make(script.subclass("veltrashared.scopes.visual.AbstractTimeDomainPlotter").c_str());
+    script.host.defineClass({.name = "demo.Controller", .superclass = wrapping});
+    script.set(display, "TimeOverrunModeController", script.make("demo.Controller"));
+    const auto controller = [&] { return script.object(display, "TimeOverrunModeController"); };
+    EXPECT_STREQ(controller()->className(), "demo.Controller");
+    EXPECT_EQ(script.object(controller(), "Plotter"), display);
+
+    // A start makes the next asynchronous update a partial one, which is drawn to its own time.
+    const auto update = [&](double time) {
+        return script.numbers(controller(), "calculateAsynchronousEndTime", time)[0];
+    };
+    const HostObjectRef starters[] = {display, controller()};
+    for (const HostObjectRef& starter : starters) {
+        EXPECT_EQ(update(100), 90);
+        EXPECT_EQ(update(200), 190);
+        script.call(0, starter, "start");
+        EXPECT_EQ(update(201), 201);
+        EXPECT_EQ(update(300), 290);
+    }
+    script.call(0, display, "stop");
+
+    script.host.deleteObject(controller());
+    EXPECT_EQ(controller()->className(), wrapping) << "a new object around the controller, which lives on";
+    EXPECT_EQ(update(301), 291);
+    script.set(controller(), "Plotter", std::vector<double>{});
+    EXPECT_EQ(script.object(controller(), "Plotter"), nullptr) << "reading binds nothing";
+    script.set(display, "TimeOverrunModeController", HostArrayPtr());
+    EXPECT_EQ(controller(), nullptr);
+}
+
+TEST(HostScenarioTest, SettingADisplayCallsTheMethodsOfItsSubclass)
+{
+    Script script;
+    const std::string base = "veltrashared.scopes.visual.AbstractTimeDomainPlotter";
+    const HostObjectRef display = script.make(
+        script
+            .subclass(base, {"startTimeSetFcnUpdateLines", "updateTimeOffsetReadout", "reactToSampleTimes",
+                             "onSetPlotMagPhase", "resetLines", "updateLineProperties", "updateChannelNumbers",
+                             "setXGrid", "getXGrid", "setYGrid", "setAxesColor", "setAxesTickColor"})
+            .c_str());
+    using Calls = std::vector<std::string>;
+    struct Case {
+        const char* property;
+        HostArrayPtr value;
+        Calls expected;
+    };
+    const Case cases[] = {
+        {"StartTime", Script::value(1), {"startTimeSetFcnUpdateLines", "updateTimeOffsetReadout"}},
+        {"StartTime", Script::value(1), {}},
+        {"SampleTimes", Script::value(2), {"reactToSampleTimes"}},
+        {"TimeSpan", Script::value(3), {"onNewTimeSpan"}},
+        {"TimeDisplayOffset", Script::value(4), {"updateTimeOffsetReadout"}},
+        {"PlotMagPhase", Script::value(true), {"onSetPlotMagPhase", "resetLines"}},
+        {"IsComplex", Script::value(true), {"resetLines", "updateLineProperties"}},
+        {"EndTime", Script::value(5), {}},
+        {"Lines", Script::value(6), {"onNewLines", "updateChannelNumbers"}},
+        {"Lines", HostArrayPtr(), {}},
+        {"XGrid", Script::value(true), {"setXGrid"}},
+        {"YGrid", Script::value(true), {"setYGrid"}},
+        {"AxesColor", Script::value(7), {"setAxesColor", "onNewAxesColor"}},
+        {"AxesTickColor", Script::value(8), {"setAxesTickColor", "onNewAxesTickColor"}},
+    };
+    for (const auto& [property, value, expected] : cases) {
+        script.calls.clear();
+        script.host.set(display, property, value.get());
+        EXPECT_EQ(script.calls, expected) << property;
+    }
+    script.calls.clear();
+    script.host.get(display, "XGrid");
+    script.call(0, display, "setStartTime", 9);
+    EXPECT_EQ(script.calls, Calls{"getXGrid"});
+    EXPECT_EQ(script.number(display, "StartTime"), 9);
+}
+
+TEST(HostScenarioTest, EveryPropertyKeepsAValueOfItsOwn)
+{
+    Script script;
+    const std::vector<embedded::ClassListing> classes = script.host.listClasses();
+    const std::string display = script.subclass("veltrashared.scopes.visual.AbstractTimeDomainPlotter");
+    std::size_t checked = 0;
+    for (const bool odd : {false, true})
+        for (const embedded::ClassListing& listing : classes) {
+            const HostObjectRef object = script.host.construct(listing.isAbstract ? display : listing.name);
+            std::vector<std::pair<std::string, HostArrayPtr>> values;
+            for (const embedded::PropertyListing& property : listing.properties) {
+                const double next = 2.0 + static_cast<double>(values.size());
+                if (property.setAccess != hostobj::Access::public_ || property.name == "MaxNumTimeSteps")
+                    continue;
+                if (property.type == "double scalar" || property.type == "uint32 scalar")
+                    values.emplace_back(property.name, Script::value(next));
+                else if (property.type == "double vector")
+                    values.emplace_back(property.name, row({next, 0.5, 7, -1}));
+                else if (property.type == "logical scalar")
+                    values.emplace_back(property.name, Script::value((values.size() % 2 != 0) == odd));
+            }
+            for (const auto& [name, value] : values)
+                script.host.set(object, name, value.get());
+            for (const auto& [name, value] : values) {
+                const HostArrayPtr read = script.host.get(object, name);
+                EXPECT_EQ(realOf(read.get()), realOf(value.get())) << listing.name << ' ' << name;
+                if (getLogicals(value.get()) != nullptr) {
+                    EXPECT_EQ(*getLogicals(read.get()), *getLogicals(value.get())) << listing.name << ' ' << name;
+                }
+                ++checked;
+            }
+        }
+    EXPECT_GT(checked, 70U);
+}
+
 TEST(HostScenarioTest, ADisplayKeepsLinesAndShapesAndCallsItsSubclass)
 {
     Script script;

@@ -4,6 +4,7 @@
 #include <tracery/AbstractTimeDomainPlotter.h>
 #include <tracery/WrappingTimeDomainController.h>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace tracery;
@@ -30,9 +31,9 @@ TEST(PlotterTest, ModesAndControllersChangeTogether)
     EXPECT_EQ(static_cast<int>(plotter.getTimeOverrunMode()), 7);
     const auto given = std::make_shared<WrappingTimeDomainController>();
     plotter.setTimeOverrunModeController(given);
-    EXPECT_TRUE(wraps()) << "without a plotter, it gets this one";
+    EXPECT_TRUE(wraps()) << "it gets this plotter";
     other.setTimeOverrunModeController(given);
-    EXPECT_TRUE(wraps()) << "with one, it keeps it";
+    EXPECT_EQ(given->getPlotter(), &other);
 
     auto object = std::make_shared<FakeObject<int>>();
     plotter.setCOSInterface(object);
@@ -41,6 +42,41 @@ TEST(PlotterTest, ModesAndControllersChangeTogether)
     object.reset();
     EXPECT_EQ(plotter.getCOSInterface(), nullptr) << "only referred to";
     EXPECT_EQ(given->getCOSInterface(), nullptr);
+}
+
+TEST(PlotterTest, BeginsWithAWindowOfTenSecondsAndNothingKnown)
+{
+    AbstractTimeDomainPlotter plotter;
+    EXPECT_EQ((Doubles{plotter.getStartTime(), plotter.getOriginTime(), plotter.getTimeSpan(), plotter.getTimeWrap(),
+                       plotter.getEndTime(), plotter.getMaxSiblingTimeStepWidth()}),
+              (Doubles{0, 0, 10, 10, 0, 0}));
+    EXPECT_TRUE(plotter.getEnableOverrunMode());
+    EXPECT_FALSE(plotter.getIsComplex() || plotter.getPlotMagPhase() || plotter.hasBusPorts() ||
+                 plotter.getSettingProperties() || plotter.getFrameProcessing() || plotter.getDeleteAxes());
+    EXPECT_EQ(plotter.getTimeOverrunMode(), TimeOverrunModeEnum::Wrap);
+    EXPECT_EQ(std::pair(plotter.getFirstPortID(), plotter.getEffectiveFirstPortID()), std::pair(-1, -1));
+    EXPECT_EQ(plotter.getSampleTimes(), Doubles{0});
+    EXPECT_EQ(plotter.getTimeDisplayOffset(), Doubles{0});
+    EXPECT_TRUE(plotter.getPortIndex().empty());
+    const auto unknownExtents = [&] {
+        return std::ranges::count_if(plotter.getYExtents(), [](double y) { return std::isnan(y); });
+    };
+    EXPECT_EQ(unknownExtents(), 4);
+
+    const double extents[] = {1, 2, 3, 4};
+    plotter.setYExtents(extents);
+    EXPECT_TRUE(std::ranges::equal(plotter.getYExtents(), extents));
+    plotter.resetYExtents();
+    EXPECT_EQ(unknownExtents(), 4);
+    plotter.setPortIndex(3);
+    plotter.setPortIndex(5);
+    EXPECT_EQ(plotter.getPortIndex(), (std::vector{3, 5}));
+    plotter.resetPortIndex();
+    EXPECT_TRUE(plotter.getPortIndex().empty());
+    plotter.setTimeWrap(4);
+    EXPECT_EQ(plotter.getTimeWrap(), 4);
+    plotter.setTimeDisplayOffset(extents, 2);
+    EXPECT_EQ(plotter.getTimeDisplayOffset(), (Doubles{1, 2}));
 }
 
 TEST(PlotterTest, NoValuesKeepSampleTimesAndEmptyOffsets)
@@ -59,10 +95,14 @@ TEST(PlotterTest, NoValuesKeepSampleTimesAndEmptyOffsets)
     EXPECT_EQ(plotter.getTimeDisplayOffset(), Doubles{});
 }
 
+struct OpenPlotter : AbstractTimeDomainPlotter {
+    using AbstractTimeDomainPlotter::lines;
+};
+
 TEST(PlotterTest, KeepsCopiesOfAxesLinesAndDimensions)
 {
     const FakeHost countsArrays;
-    AbstractTimeDomainPlotter plotter;
+    OpenPlotter plotter;
     plotter.setPreviousEndTimeForLine(0, 5);
     EXPECT_EQ(plotter.getPreviousEndTimeForLine(0), 0);
     plotter.setAxes(row({1, 2}).get());
@@ -75,6 +115,9 @@ TEST(PlotterTest, KeepsCopiesOfAxesLinesAndDimensions)
     EXPECT_EQ(realOf(lines.get()), (Doubles{3, 4, 5}));
     plotter.setLines(lines.get());
     EXPECT_EQ(plotter.getPreviousEndTimeForLine(2), -kInf) << "new lines do";
+    EXPECT_EQ(getArrayScope(plotter.lines()), HostArrayScope::persistent);
+    plotter.destroyHostArrayObtainedFromGet(const_cast<HostArray*>(plotter.lines()));
+    EXPECT_EQ(plotter.getNumLines(), 3U) << "the held lines stay";
     HostArray* axes = plotter.getAxes();
     EXPECT_EQ(realOf(axes), (Doubles{1, 2}));
     plotter.releaseHostArray(axes);
@@ -114,6 +157,16 @@ TEST(PlotterTest, LooksUpLinesAndTransformsOnFirstUse)
     plotter.setLines(objectArray(objects).get());
     EXPECT_TRUE(plotter.isLineCacheEmpty());
     EXPECT_EQ(plotter.getTransform(0), nullptr);
+
+    line->object = std::make_shared<TimeScopeLine>();
+    line->object->setLine(objectArray({foreign}).get());
+    plotter.setLines(objectArray(objects).get());
+    host.parentOf = [&](const HostObjectRef&) {
+        plotter.setLines(objectArray({nullptr}).get()); // in the middle of a look-up
+        return objectArray({transform});
+    };
+    EXPECT_EQ(plotter.getTransform(0), transform);
+    EXPECT_EQ(plotter.getTransform(0), nullptr) << "of the new lines";
 }
 
 } // namespace

@@ -27,6 +27,13 @@ protected:
             EXPECT_EQ(call, host.knownClass.text() + "." + calls.back());
             EXPECT_EQ(wanted, calls.back() == "getXY" ? 1U : 0U);
             EXPECT_EQ(inputs[0], line->getLine());
+            EXPECT_EQ(getArrayScope(inputs[0]), HostArrayScope::persistent);
+            if (inputs.size() == 2 && inputs[1] != whole.get()) {
+                EXPECT_EQ(getArrayScope(inputs[1]), HostArrayScope::persistent);
+            }
+            if (replacesLine)
+                line->setLine(objectArray({graphics}).get());
+            EXPECT_EQ(omGetArrayElement(inputs[0], 0), graphics);
             added = inputs.size() < 2 ? Doubles() : inputs[1] == whole.get() ? Doubles{77} : realOf(inputs[1]);
             return std::move(drawn);
         };
@@ -50,6 +57,7 @@ protected:
     HostOutputs drawn;
     HostArrayPtr whole = matrix(2, 4, {0, 1, 0.1, 5, 0.2, -3, 1, 0});
     Doubles added;
+    bool replacesLine = false;
     std::optional<TimeScopeLine> line;
 };
 
@@ -70,8 +78,11 @@ TEST_F(TimeScopeLineTest, DrawsWholeOrThinnedOnceThereIsALine)
     EXPECT_EQ(added, realOf(whole.get())) << "each point is an extreme";
     line->plotData(matrix(2, 1, {1.1, 4}).get(), true, 1);
     EXPECT_EQ(added, Doubles{}) << "the column that the call before ended in goes on";
+    replacesLine = true; // in the middle of a call
     line->reset();
-    EXPECT_EQ(calls, (std::vector<std::string>{"addXY", "addXY", "addXY", "reset"}));
+    line->plotData(matrix(2, 1, {9, 4}).get(), true, 1);
+    line->resetLineYExtents(Doubles(4).data(), 0, false, 0, 0);
+    EXPECT_EQ(calls, (std::vector<std::string>{"addXY", "addXY", "addXY", "reset", "addXY", "getXY"}));
 }
 
 TEST(TimeScopeLineWithoutHostTest, OnlyDrawingNeedsAHost)
@@ -83,12 +94,21 @@ TEST(TimeScopeLineWithoutHostTest, OnlyDrawingNeedsAHost)
     EXPECT_EQ(failure([&] { line.plotData(row({9, 2}).get(), true, 1); }), "NoHost");
     EXPECT_EQ(realOf(HostArrayPtr(line.getLineThinData(row({9.1, 4}).get(), 1, 1, true)).get()), (Doubles{9.1, 4}))
         << "the points that were not drawn opened no column";
-    line.setPixelMinMaxTimeValue(1, 3);
-    line.setPixelMinMaxTimeValue(2, 4);
-    EXPECT_EQ(line.getPixelMinMaxTimeValue(1), 3);
-    EXPECT_TRUE(std::isnan(line.getPixelMinMaxTimeValue(2)));
+    using Line = TimeScopeLine;
+    const std::pair<double (Line::*)(int) const, void (Line::*)(int, double)> pairs[] = {
+        {&Line::getPixelMinMaxValue, &Line::setPixelMinMaxValue},
+        {&Line::getPixelMinMaxImgValue, &Line::setPixelMinMaxImgValue},
+        {&Line::getPixelMinMaxTimeValue, &Line::setPixelMinMaxTimeValue}};
+    for (const auto& [get, set] : pairs) {
+        EXPECT_EQ((line.*get)(1), -kInf);
+        (line.*set)(0, 3);
+        (line.*set)(2, 4);
+        EXPECT_EQ((line.*get)(0), 3);
+        EXPECT_TRUE(std::isnan((line.*get)(2)));
+    }
     line.initDataThinningMinMax();
-    EXPECT_EQ(line.getPixelMinMaxTimeValue(1), -kInf);
+    for (const auto& [get, set] : pairs)
+        EXPECT_EQ((line.*get)(0), kInf);
 }
 
 TEST_F(TimeScopeLineTest, ExtentsWidenAsThePlainRuleSays)

@@ -63,6 +63,10 @@ TEST(OneShotTimerThreadTest, TimeoutsThatAreNotPositiveChangeNothing)
         EXPECT_EQ(timer.getTimeout(), huge);
         EXPECT_TRUE(timer.isTimeUp());
         timer.start();
+        OneShotTimer other;
+        other.setTimeout(0.002);
+        other.start();
+        awaitTimeUp(other);
         EXPECT_FALSE(timer.isTimeUp());
     }
 }
