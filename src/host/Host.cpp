@@ -7,6 +7,7 @@ namespace {
 Host* attachedHost = nullptr;
 } // namespace
 
+Host::Host() : self_(this, [](Host*) {}) {}
 Host::~Host() = default;
 Features::~Features() = default;
 Graphics::~Graphics() = default;

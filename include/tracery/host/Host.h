@@ -5,6 +5,8 @@
 #include <tracery/host/Services.h>
 #include <tracery/host/Tasks.h>
 
+#include <memory>
+
 namespace tracery {
 
 /// All that the library asks of its surroundings. Main thread only.
@@ -13,7 +15,11 @@ namespace tracery {
 /// nothing, and what truly needs the host throws NoHost.
 class TRACERY_EXPORT Host {
 public:
+    Host();
     virtual ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
     virtual hostobj::ObjectSystem& objects() = 0;
     virtual Features& features() = 0;
     virtual Graphics& graphics() = 0;
@@ -21,10 +27,16 @@ public:
     virtual Functions& functions() = 0;
     virtual Performance::CooperativeTaskManager::TaskManager& tasks() = 0;
 
+    /// Expires with the host, and so tells it from a later one at its address. What lock() gives does not keep the host.
+    std::weak_ptr<Host> watch() const noexcept { return self_; }
+
     /// The attached host, or null when there is none.
     static Host* current() noexcept;
     /// throws  NoHost
     static Host& require();
+
+private:
+    std::shared_ptr<Host> self_;
 };
 
 /// Attaches a host for its own lifetime; the one before comes back afterwards. Scopes end in reverse order.
