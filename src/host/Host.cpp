@@ -19,7 +19,23 @@ namespace Performance::CooperativeTaskManager {
 Task::~Task() = default;
 OrderedTaskSession::~OrderedTaskSession() = default;
 TaskManager::~TaskManager() = default;
+
+void Task::remove()
+{
+    if (const auto session = session_.lock())
+        session->removeTask(shared_from_this());
+}
+
+void OrderedTaskSession::addTask(TaskPtr task)
+{
+    if (task == nullptr)
+        return;
+    insertTask(task);
+    task->session_ = weak_from_this();
+}
 } // namespace Performance::CooperativeTaskManager
+
+std::vector<std::string> Host::warmUpClasses(const std::string&) { return {}; }
 
 Host* Host::current() noexcept { return attachedHost; }
 

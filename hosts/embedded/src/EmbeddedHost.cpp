@@ -9,6 +9,7 @@
 
 #include <tracery/embedded/EmbeddedHost.h>
 
+#include <map>
 #include <utility>
 
 namespace tracery::embedded {
@@ -22,6 +23,11 @@ public:
             .addClass(std::make_unique<AnimatorClassInfo>(animator));
     }
 
+    std::map<std::string, std::vector<std::string>> warmUpClasses{
+        {"ScopeExt",
+         {"veltrashared.scopes.visual.AbstractLinePlotter", "veltrashared.scopes.visual.AbstractFramePlotter",
+          "veltrashared.scopes.visual.AbstractTimeDomainPlotter"}},
+        {"ScopesGfx2Phase1", {LineAnimator::kClassName}}};
     FeatureTable features;
     CommitHooks graphics;
     ConsoleText console;
@@ -46,6 +52,17 @@ Graphics& EmbeddedHost::graphics() { return parts_->graphics; }
 Console& EmbeddedHost::console() { return parts_->console; }
 Functions& EmbeddedHost::functions() { return parts_->functions; }
 Performance::CooperativeTaskManager::TaskManager& EmbeddedHost::tasks() { return parts_->tasks; }
+
+std::vector<std::string> EmbeddedHost::warmUpClasses(const std::string& taskName)
+{
+    const auto entry = parts_->warmUpClasses.find(taskName);
+    return entry != parts_->warmUpClasses.end() ? entry->second : std::vector<std::string>();
+}
+
+void EmbeddedHost::setWarmUpClasses(const std::string& taskName, std::vector<std::string> dottedNames)
+{
+    parts_->warmUpClasses[taskName] = std::move(dottedNames);
+}
 
 void EmbeddedHost::defineClass(HostClass definition) { parts_->objects.define(std::move(definition)); }
 std::vector<ClassListing> EmbeddedHost::listClasses() const { return parts_->objects.list(); }

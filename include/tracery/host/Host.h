@@ -6,6 +6,8 @@
 #include <tracery/host/Tasks.h>
 
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace tracery {
 
@@ -26,6 +28,8 @@ public:
     virtual Console& console() = 0;
     virtual Functions& functions() = 0;
     virtual Performance::CooperativeTaskManager::TaskManager& tasks() = 0;
+    /// Dotted names of the classes that a warm-up task of this name is to load; none by default.
+    virtual std::vector<std::string> warmUpClasses(const std::string& taskName);
 
     /// Expires with the host, and so tells it from a later one at its address. What lock() gives does not keep the host.
     std::weak_ptr<Host> watch() const noexcept { return self_; }

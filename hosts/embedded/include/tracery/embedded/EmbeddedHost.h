@@ -39,6 +39,7 @@ public:
     Console& console() override;
     Functions& functions() override;
     Performance::CooperativeTaskManager::TaskManager& tasks() override;
+    std::vector<std::string> warmUpClasses(const std::string& taskName) override;
 
     // ---- Classes
 
@@ -111,6 +112,9 @@ public:
     /// finished, then the next has its turn, at once while time remains. A task that throws is taken out, and the
     /// error passed on. Does nothing when called by a task.
     bool runTasks(std::chrono::microseconds slice);
+    /// Sets the classes that a warm-up task loads. At first "ScopeExt" has the published plotter base classes and
+    /// "ScopesGfx2Phase1" LineAnimator::kClassName; the others have none.
+    void setWarmUpClasses(const std::string& taskName, std::vector<std::string> dottedNames);
 
     // ---- Graphics
 
