@@ -2,7 +2,11 @@
 
 #include <tracery/host/Publish.h>
 
+#include <new>
+
 namespace tracery {
+
+namespace binding {
 
 namespace {
 
@@ -12,27 +16,46 @@ public:
     hostobj::COSNameID getName() const override { return "tracery"; }
     void addClasses(hostobj::COSPackage& package) const override
     {
-        package.addClass(binding::timeBufferClass());
-        package.addClass(binding::timeDomainTriggerControllerClass());
-        package.addClass(binding::timeScopeLineClass());
-        package.addClass(binding::oneShotTimerClass());
+        package.addClass(timeBufferClass());
+        package.addClass(timeDomainTriggerControllerClass());
+        package.addClass(timeScopeLineClass());
+        package.addClass(oneShotTimerClass());
     }
 };
 
+ClassInfoPtr orNone(ClassInfoPtr (*make)())
+{
+    try {
+        return make();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 } // namespace
 
-void publishClasses(hostobj::ObjectSystem& objects)
+std::unique_ptr<const hostobj::COSPackageInfo> traceryPackage()
 {
-    objects.addPackage(std::make_unique<traceryPackageInfo>());
+    return std::unique_ptr<const hostobj::COSPackageInfo>(new (std::nothrow) traceryPackageInfo);
+}
+
+void addBaseClasses(hostobj::ObjectSystem& objects)
+{
     hostobj::COSPackage& visual = objects.rootPackage()
                                       .findOrCreatePackage("veltrashared")
                                       .findOrCreatePackage("scopes")
                                       .findOrCreatePackage("visual");
-    visual.addClass(binding::abstractLinePlotterClass());
-    visual.addClass(binding::abstractFramePlotterClass());
-    visual.addClass(binding::abstractTimeDomainPlotterClass());
-    visual.addClass(binding::wrappingTimeDomainControllerClass());
-    visual.addClass(binding::scrollingTimeDomainControllerClass());
+    for (const auto make : {&abstractLinePlotterClass, &abstractFramePlotterClass, &abstractTimeDomainPlotterClass,
+                            &wrappingTimeDomainControllerClass, &scrollingTimeDomainControllerClass})
+        visual.addClass(orNone(make));
+}
+
+} // namespace binding
+
+void publishClasses(hostobj::ObjectSystem& objects)
+{
+    objects.addPackage(binding::traceryPackage());
+    binding::addBaseClasses(objects);
 }
 
 } // namespace tracery

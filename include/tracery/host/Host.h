@@ -11,7 +11,8 @@
 
 namespace tracery {
 
-/// All that the library asks of its surroundings. Main thread only.
+/// All that the library asks of its surroundings. Main thread only. A change here or in a header beside it that breaks
+/// what was built before takes a new kSeamVersion (Module.h).
 ///
 /// With no host attached the C++ classes work all the same: look-ups find nothing, registrations and commits do
 /// nothing, and what truly needs the host throws NoHost.
@@ -34,13 +35,20 @@ public:
     /// Expires with the host, and so tells it from a later one at its address. What lock() gives does not keep the host.
     std::weak_ptr<Host> watch() const noexcept { return self_; }
 
-    /// The attached host, or null when there is none.
+    /// Attaches a host until it is detached as often, or destroyed; for loaders of modules. Programs use a HostScope.
+    static void attach(Host& host) noexcept;
+    static void detach(Host& host) noexcept;
+    /// The host of the innermost HostScope; outside all scopes the last one that was attached and is not detached; null
+    /// when there is none.
     static Host* current() noexcept;
     /// throws  NoHost
     static Host& require();
 
 private:
+    void unlink() noexcept;
     std::shared_ptr<Host> self_;
+    unsigned attachments_ = 0;
+    Host* attachedBefore_ = nullptr;
 };
 
 /// Attaches a host for its own lifetime; the one before comes back afterwards. Scopes end in reverse order.
