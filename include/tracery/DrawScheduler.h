@@ -85,7 +85,8 @@ private:
     void listenToCommits();
     void drawRound();
 
-    static std::unique_ptr<DrawScheduler> mpInstance;
+    // Not shared with a second copy of the library, which would destroy it too.
+    TRACERY_NO_EXPORT static std::unique_ptr<DrawScheduler> mpInstance;
     static double timeInterval;
 
     std::vector<std::shared_ptr<const DrawSchedulerTask>> tasks_; ///< by id; null when dropped

@@ -32,8 +32,9 @@ public:
 private:
     void finishGraphics() const;
 
-    static boost::shared_ptr<Performance::CooperativeTaskManager::OrderedTaskSession> sSession;
-    static std::weak_ptr<Host> sessionHost;
+    // Not shared with a second copy of the library, which would destroy them too.
+    TRACERY_NO_EXPORT static boost::shared_ptr<Performance::CooperativeTaskManager::OrderedTaskSession> sSession;
+    TRACERY_NO_EXPORT static std::weak_ptr<Host> sessionHost;
 
     // Null in an object that was moved from.
     std::array<Performance::CooperativeTaskManager::TaskPtr, 4> classTasks_; ///< graphics phase 1 last

@@ -3,6 +3,7 @@
 #include <tracery/embedded/ClassListing.h>
 #include <tracery/embedded/HostClass.h>
 #include <tracery/embedded/LineAnimator.h>
+#include <tracery/embedded/Module.h>
 #include <tracery/embedded/errors.h>
 #include <tracery/host/Host.h>
 
@@ -40,6 +41,19 @@ public:
     Functions& functions() override;
     Performance::CooperativeTaskManager::TaskManager& tasks() override;
     std::vector<std::string> warmUpClasses(const std::string& taskName) override;
+
+    // ---- Modules
+
+    /// Loads a module (tracery/host/Module.h) from a shared library: attaches the host to it for as long as the host
+    /// lives, has it publish its classes, and makes its functions known. The path is that of dlopen: without a slash the
+    /// library is looked for where the system has its libraries. The module lives as long as the host, which terminates
+    /// it, after those loaded later, before it deletes its objects.
+    /// throws  ModuleNotFound for a file that is missing or no library, InvalidModule when it has not the entry points of
+    ///         a module of this name, ModuleVersion, DuplicateModule, and what initialisation reports; all but the last
+    ///         name the path
+    Module& loadModule(const std::string& path, const std::string& name = "tracery");
+    /// Null when none of this name is loaded.
+    Module* findModule(const std::string& name) const;
 
     // ---- Classes
 
