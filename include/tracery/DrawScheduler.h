@@ -16,14 +16,14 @@ namespace tracery {
 /// Decides when the displays of the process redraw: all of them together, at most once an interval unless forced, and
 /// only when a line has new data or the host has updates pending. Then the attached host commits its graphics.
 ///
-/// Until Init a scheduler has no interval and does not listen to commits. A host that is detached or gone is let be; the
-/// next Init listens to the host that is attached then. Main thread only.
+/// Until Init a scheduler has no interval and does not listen to commits. A host that is detached or gone is let be;
+/// the next Init listens to the host that is attached then. Main thread only.
 class TRACERY_EXPORT DrawScheduler {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-    /// The process's scheduler, which keeps time with a OneShotTimer. Made by the first call, never replaced, gone at the
-    /// end of the process.
+    /// The process's scheduler, which keeps time with a OneShotTimer. Made by the first call, never replaced, gone at
+    /// the end of the process.
     static DrawScheduler* getInstance();
     /// Stops the timer of the process's scheduler and clears it, if it was made. Tasks stay bound; Init arms it again.
     static void shutDown();
@@ -67,8 +67,8 @@ public:
     /// A commit of the host: type 1 says that no updates are pending, every other that some are.
     void CDUHook(int type) noexcept { commitPending_ = type != 1; }
 
-    /// A display has taken in its data. Draws a round when it is time for one, or at once with `force`: calls the tasks in
-    /// the order of their ids, lets the host commit (type 0) and starts the next interval. Within a round it draws
+    /// A display has taken in its data. Draws a round when it is time for one, or at once with `force`: calls the tasks
+    /// in the order of their ids, lets the host commit (type 0) and starts the next interval. Within a round it draws
     /// nothing and says so on the standard output.
     ///
     /// When a task or a commit throws, the round is over, the next interval starts, and the error is passed on.

@@ -12,8 +12,8 @@
 namespace tracery {
 
 /// Hides the cost of a first scope: queues tasks that make the host load its classes in idle time. Everything works
-/// without it as well. All objects of the process share one session of the host, until it is finished or another host is
-/// attached; then the next object has a new one made. Copies share the tasks. Main thread only.
+/// without it as well. All objects of the process share one session of the host, until it is finished or another host
+/// is attached; then the next object has a new one made. Copies share the tasks. Main thread only.
 class TRACERY_EXPORT ScopesVisualInit {
 public:
     /// Adds the six tasks to the session; without a host they are in none.

@@ -9,8 +9,8 @@
 
 namespace tracery {
 
-/// A warm-up task: makes the host load what a first scope will need, a step at a time until the slice is used up. With the
-/// host's feature "FlushTaskMgrOnUELoadForTests" it is finished at once. Nothing is raised when a step fails.
+/// A warm-up task: makes the host load what a first scope will need, a step at a time until the slice is used up. With
+/// the host's feature "FlushTaskMgrOnUELoadForTests" it is finished at once. Nothing is raised when a step fails.
 class TRACERY_EXPORT ScopesVisualInitTask : public Performance::CooperativeTaskManager::Task {
 public:
     bool run(Performance::CooperativeTaskManager::OrderedTaskSession& session) override;
@@ -42,8 +42,8 @@ private:
 /// Calls a function of the host, without arguments and results, once a step.
 class TRACERY_EXPORT ScopesVisualInitCountingTask : public ScopesVisualInitTask {
 public:
-    /// Once some of the calls are made, but not all: calls the function with the logical value true, so that the host can
-    /// finish what was begun.
+    /// Once some of the calls are made, but not all: calls the function with the logical value true, so that the host
+    /// can finish what was begun.
     void finishIfBegun() const;
 
 protected:

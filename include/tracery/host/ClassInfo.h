@@ -134,8 +134,8 @@ public:
     virtual void addClass(std::unique_ptr<const COSClassInfo> info) = 0;
     /// The package inside this one; made when there is none. Lives as long as the host.
     virtual COSPackage& findOrCreatePackage(const COSNameID& shortName) = 0;
-    /// The client takes leave of the package. With the public client the host gives the package up: there will be no new
-    /// objects of its published classes; those that live go on.
+    /// The client takes leave of the package. With the public client the host gives the package up: there will be no
+    /// new objects of its published classes; those that live go on.
     virtual void removeClient(COSClient& client) = 0;
 
     /// Makes a package known to the attached host. throws  NoHost, DuplicateClass

@@ -32,7 +32,8 @@ public:
     /// Dotted names of the classes that a warm-up task of this name is to load; none by default.
     virtual std::vector<std::string> warmUpClasses(const std::string& taskName);
 
-    /// Expires with the host, and so tells it from a later one at its address. What lock() gives does not keep the host.
+    /// Expires with the host, and so tells it from a later one at its address. What lock() gives does not keep the
+    /// host.
     std::weak_ptr<Host> watch() const noexcept { return self_; }
 
     /// Attaches a host until it is detached as often, or destroyed; for loaders of modules. Programs use a HostScope.

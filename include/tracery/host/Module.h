@@ -11,18 +11,18 @@
 ///     const tracery::ModuleTable* QueryVTFcnTable_NAME();
 ///     void VTInitialize_NAME();    // publishes the module's classes to the host
 ///     void VTTerminate_NAME();     // ends their use
-/// A host asks for the table, compares its seam version with its own, attaches itself through it, initialises, and makes
-/// the table's functions known to its language. In the end it terminates the module and detaches itself. What goes wrong
-/// is thrown as an Error. The host keeps the library's code for as long as the process lives: classes, objects and
-/// threads of the module are made of it.
+/// A host asks for the table, compares its seam version with its own, attaches itself through it, initialises, and
+/// makes the table's functions known to its language. In the end it terminates the module and detaches itself. What
+/// goes wrong is thrown as an Error. The host keeps the library's code for as long as the process lives: classes,
+/// objects and threads of the module are made of it.
 
 namespace tracery {
 
 class Host;
 class HostArray;
 
-/// Version of the seam, the headers in tracery/host. A module and a host work together when they were built with the same
-/// one, and with compilers of one ABI.
+/// Version of the seam, the headers in tracery/host. A module and a host work together when they were built with the
+/// same one, and with compilers of one ABI.
 inline constexpr std::uint32_t kSeamVersion = 1;
 
 /// A function of a module that the host offers to its language.
@@ -53,8 +53,8 @@ TRACERY_EXPORT bool timeScopeBlockUsesSLA() noexcept;
 
 extern "C" {
 
-/// Publishes the classes and registers the features, once a host, and arms the draw scheduler. What failed is tried again
-/// by the next call. Does nothing without a host, and can be called again when there is one.
+/// Publishes the classes and registers the features, once a host, and arms the draw scheduler. What failed is tried
+/// again by the next call. Does nothing without a host, and can be called again when there is one.
 /// throws  DuplicateClass when the host has the classes from elsewhere, and what the host reports
 TRACERY_EXPORT void VTInitialize_tracery();
 /// Shuts the draw scheduler down. Once a host, after VTInitialize_tracery: takes leave of the package "tracery" in the
@@ -62,8 +62,9 @@ TRACERY_EXPORT void VTInitialize_tracery();
 TRACERY_EXPORT void VTTerminate_tracery();
 /// The function of the table is SetScopeRefreshRateImpl.
 TRACERY_EXPORT const tracery::ModuleTable* QueryVTFcnTable_tracery();
-/// Sets the scopes' refresh interval to the first element of a single input, in seconds, and restarts the draw scheduler.
-/// With more inputs or none, and with one that is no double array or is empty, the interval is 0.05 s. No results.
+/// Sets the scopes' refresh interval to the first element of a single input, in seconds, and restarts the draw
+/// scheduler. With more inputs or none, and with one that is no double array or is empty, the interval is 0.05 s. No
+/// results.
 TRACERY_EXPORT void SetScopeRefreshRateImpl(int numOutputs, tracery::HostArray** outputs, int numInputs,
                                             const tracery::HostArray** inputs);
 

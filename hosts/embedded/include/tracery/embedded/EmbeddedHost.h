@@ -45,20 +45,20 @@ public:
     // ---- Modules
 
     /// Loads a module (tracery/host/Module.h) from a shared library: attaches the host to it for as long as the host
-    /// lives, has it publish its classes, and makes its functions known. The path is that of dlopen: without a slash the
-    /// library is looked for where the system has its libraries. The module lives as long as the host, which terminates
-    /// it, after those loaded later, before it deletes its objects.
-    /// throws  ModuleNotFound for a file that is missing or no library, InvalidModule when it has not the entry points of
-    ///         a module of this name, ModuleVersion, DuplicateModule, and what initialisation reports; all but the last
-    ///         name the path
+    /// lives, has it publish its classes, and makes its functions known. The path is that of dlopen: without a slash
+    /// the library is looked for where the system has its libraries. The module lives as long as the host, which
+    /// terminates it, after those loaded later, before it deletes its objects.
+    /// throws  ModuleNotFound for a file that is missing or no library, InvalidModule when it has not the entry points
+    ///         of a module of this name, ModuleVersion, DuplicateModule, and what initialisation reports; all but the
+    ///         last name the path
     Module& loadModule(const std::string& path, const std::string& name = "tracery");
     /// Null when none of this name is loaded.
     Module* findModule(const std::string& name) const;
 
     // ---- Classes
 
-    /// throws  DuplicateClass, DuplicateMember, InvalidName, InvalidTypeString, and InvalidArgumentType for a value that
-    ///         its property's type does not allow
+    /// throws  DuplicateClass, DuplicateMember, InvalidName, InvalidTypeString, and InvalidArgumentType for a value
+    ///         that its property's type does not allow
     void defineClass(HostClass definition);
     /// All classes, the host's own too, in the order in which they became known.
     std::vector<ClassListing> listClasses() const;
@@ -84,8 +84,8 @@ public:
     /// The value of a property, null when it has none.
     /// throws  UnknownProperty, AccessDenied
     HostArrayPtr get(const HostObjectRef& object, const std::string& property);
-    /// throws  UnknownProperty, AccessDenied, ReadOnlyProperty, and InvalidArgumentType or InvalidObject for a value that
-    ///         the type does not allow
+    /// throws  UnknownProperty, AccessDenied, ReadOnlyProperty, and InvalidArgumentType or InvalidObject for a value
+    ///         that the type does not allow
     void set(const HostObjectRef& object, const std::string& property, const HostArray* value);
     /// As set, whatever the access: for the bodies of the class.
     void setOwn(const HostObjectRef& object, const std::string& property, const HostArray* value);
