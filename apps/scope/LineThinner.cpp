@@ -62,6 +62,7 @@ void LineThinner::finish() { closeRun(); }
 void LineThinner::restart()
 {
     count_ = 0;
+    lastTime_ = -kInfinity;
     line_->reset();
 }
 

@@ -31,7 +31,7 @@ ScopeDisplay::ScopeDisplay(embedded::EmbeddedHost& host, double from, double spa
     }
     setLines(lineObjects.get());
     for (std::size_t i = 0; i < lines; ++i)
-        drawn_.push_back({animated[i], LineThinner(getTimeScopeLine(i), columns / span), kMostPoints});
+        drawn_.push_back({animated[i], LineThinner(getTimeScopeLine(i), columns / span), kMostPoints, {}, from});
 }
 
 void ScopeDisplay::follow(TimeOverrunModeEnum mode)
@@ -56,14 +56,31 @@ std::size_t ScopeDisplay::advance(std::span<const double> times)
     }
     if (moves)
         for (DrawnLine& line : drawn_)
-            line.thinner.restart();
+            beginSweep(line);
     return static_cast<std::size_t>(std::ranges::lower_bound(times, start) - times.begin());
 }
 
 void ScopeDisplay::add(std::size_t line, const double* times, const double* values, std::size_t count,
                        std::size_t stride)
 {
-    drawn_[line].thinner.add(times, values, count, stride);
+    DrawnLine& drawn = drawn_[line];
+    drawn.thinner.add(times, values, count, stride);
+    if (!following_ || count == 0)
+        return;
+    drawn.edgeTime = times[count - 1];
+    drawn.edge.clear();
+    for (const double* time = std::lower_bound(times, times + count, drawn.edgeTime); time != times + count; ++time)
+        drawn.edge.push_back(values[static_cast<std::size_t>(time - times) * stride]);
+}
+
+/// Empties a line for a new sweep. Data at the very boundary were drawn at the end of the old sweep while they were the
+/// newest; they are the first of the new one.
+void ScopeDisplay::beginSweep(DrawnLine& line)
+{
+    line.thinner.restart();
+    const std::vector<double> times(line.edge.size(), line.edgeTime);
+    if (line.edgeTime >= getStartTime())
+        line.thinner.add(times.data(), line.edge.data(), times.size(), 1);
 }
 
 void ScopeDisplay::finish()

@@ -39,9 +39,12 @@ private:
     struct DrawnLine {
         tracery::HostObjectRef animated;
         LineThinner thinner;
-        std::size_t mostPoints; ///< a scrolling line that has more is cut to the window
+        std::size_t mostPoints;   ///< a scrolling line that has more is cut to the window
+        std::vector<double> edge; ///< the values at the newest time: a sweep may turn out to begin with them
+        double edgeTime;
     };
     void trim(DrawnLine& line);
+    void beginSweep(DrawnLine& line);
 
     tracery::embedded::EmbeddedHost& host_;
     bool following_ = false;

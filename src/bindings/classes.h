@@ -22,7 +22,8 @@ ClassInfoPtr wrappingTimeDomainControllerClass();
 
 /// The package "tracery"; null when there is no memory for it.
 std::unique_ptr<const hostobj::COSPackageInfo> traceryPackage();
-/// Adds the classes of "veltrashared.scopes.visual"; one that there is no memory for is left out.
+/// Adds the classes of "veltrashared.scopes.visual", all or none; one that there is no memory for is left out.
+/// throws  DuplicateClass
 void addBaseClasses(hostobj::ObjectSystem& objects);
 
 } // namespace tracery::binding

@@ -1,8 +1,11 @@
 #include "bindings/classes.h"
 
+#include <tracery/host/Error.h>
 #include <tracery/host/Publish.h>
 
+#include <array>
 #include <new>
+#include <utility>
 
 namespace tracery {
 
@@ -32,6 +35,30 @@ ClassInfoPtr orNone(ClassInfoPtr (*make)())
     }
 }
 
+using BaseClasses = std::array<ClassInfoPtr, 5>;
+
+/// throws  DuplicateClass when the host has one of them
+BaseClasses makeBaseClasses(const hostobj::ObjectSystem& objects)
+{
+    BaseClasses classes{orNone(&abstractLinePlotterClass), orNone(&abstractFramePlotterClass),
+                        orNone(&abstractTimeDomainPlotterClass), orNone(&wrappingTimeDomainControllerClass),
+                        orNone(&scrollingTimeDomainControllerClass)};
+    for (const ClassInfoPtr& info : classes)
+        if (info != nullptr && objects.findClass("veltrashared.scopes.visual." + info->getName().text()) != nullptr)
+            throw Error(errors::DuplicateClass);
+    return classes;
+}
+
+void add(BaseClasses classes, hostobj::ObjectSystem& objects)
+{
+    hostobj::COSPackage& visual = objects.rootPackage()
+                                      .findOrCreatePackage("veltrashared")
+                                      .findOrCreatePackage("scopes")
+                                      .findOrCreatePackage("visual");
+    for (ClassInfoPtr& info : classes)
+        visual.addClass(std::move(info));
+}
+
 } // namespace
 
 std::unique_ptr<const hostobj::COSPackageInfo> traceryPackage()
@@ -39,23 +66,15 @@ std::unique_ptr<const hostobj::COSPackageInfo> traceryPackage()
     return std::unique_ptr<const hostobj::COSPackageInfo>(new (std::nothrow) traceryPackageInfo);
 }
 
-void addBaseClasses(hostobj::ObjectSystem& objects)
-{
-    hostobj::COSPackage& visual = objects.rootPackage()
-                                      .findOrCreatePackage("veltrashared")
-                                      .findOrCreatePackage("scopes")
-                                      .findOrCreatePackage("visual");
-    for (const auto make : {&abstractLinePlotterClass, &abstractFramePlotterClass, &abstractTimeDomainPlotterClass,
-                            &wrappingTimeDomainControllerClass, &scrollingTimeDomainControllerClass})
-        visual.addClass(orNone(make));
-}
+void addBaseClasses(hostobj::ObjectSystem& objects) { add(makeBaseClasses(objects), objects); }
 
 } // namespace binding
 
 void publishClasses(hostobj::ObjectSystem& objects)
 {
+    binding::BaseClasses baseClasses = binding::makeBaseClasses(objects);
     objects.addPackage(binding::traceryPackage());
-    binding::addBaseClasses(objects);
+    binding::add(std::move(baseClasses), objects);
 }
 
 } // namespace tracery

@@ -103,7 +103,11 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"events good.csv --position 3", "--position"},
         {"events good.csv --from 9", "good.csv: no samples at or after 9 s"},
         {"events good.csv --part imaginary", "good.csv: the trigger channel is real"},
-
+        {"view good.csv --overrun jump -o o.png", "--overrun: expected one of wrap, scroll"},
+        {"view good.csv --until 1 -o o.png", "--until does nothing without --overrun"},
+        {"view good.csv --overrun wrap --trigger edge -o o.png", "--overrun streams without a trigger"},
+        {"view good.csv --overrun wrap --from 2 -o o.png", "nothing to stream from 2 s"},
+        {"classes Nothing", "there is no class 'Nothing'; there are TimeBuffer, "},
         {"", "subcommand"},
     };
     for (const Case& each : cases) {
@@ -122,6 +126,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
 TEST_F(ProgramTest, TheSameRecordingGivesTheSamePictureWithTheTrigger)
 {
     for (const char* arguments : {"view good.csv -o %.svg", "view good.csv -o %.png --stack --title T",
+                                  "view good.csv -o %.svg --overrun scroll --span 100m",
                                   "view good.csv -o %.svg --trigger edge --level 50% --span 100m --nth 2"}) {
         SCOPED_TRACE(arguments);
         std::string pictures[2];

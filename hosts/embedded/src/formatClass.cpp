@@ -28,7 +28,7 @@ std::string joined(const Items& items, Text text)
     return all;
 }
 
-/// Columns of equal width under a heading; nothing for no rows.
+/// Columns of equal width under a heading, without those that are empty; nothing for no rows.
 std::string table(const std::string& heading, const std::vector<Row>& rows)
 {
     std::vector<std::size_t> widths;
@@ -41,7 +41,8 @@ std::string table(const std::string& heading, const std::vector<Row>& rows)
     for (const Row& row : rows) {
         std::string line = "   ";
         for (std::size_t i = 0; i < row.size(); ++i)
-            line += ' ' + row[i] + std::string(widths[i] - row[i].size() + 1, ' ');
+            if (widths[i] > 0)
+                line += ' ' + row[i] + std::string(widths[i] - row[i].size() + 1, ' ');
         text += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
     }
     return text;
@@ -63,13 +64,14 @@ Row rowOf(const PropertyListing& property)
         type += " {" +
                 joined(property.enumeration, [](const auto& e) { return std::to_string(e.first) + ' ' + e.second; }) +
                 '}';
-    Row row{property.name, type, accessOf(property), std::to_string(property.attributes)};
-    if (property.label != property.name)
-        row.push_back('"' + property.label + '"');
-    if (!property.description.empty() && property.description != property.name &&
-        property.description != property.label)
-        row.push_back(property.description);
-    return row;
+    const std::string label = property.label != property.name ? '"' + property.label + '"' : "";
+    const bool described = property.description != property.name && property.description != property.label;
+    return {property.name,
+            type,
+            accessOf(property),
+            std::to_string(property.attributes),
+            label,
+            described ? property.description : ""};
 }
 
 /// "[name type] = method(type, [type])", or "method(...)" when the types are not known.

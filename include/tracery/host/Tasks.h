@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace tracery::Performance::CooperativeTaskManager {
 

@@ -1,0 +1,72 @@
+#include "ScopeDisplay.h"
+
+#include <tracery/embedded/EmbeddedHost.h>
+#include <tracery/host/Publish.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+using namespace scope;
+using tracery::TimeOverrunModeEnum;
+
+namespace {
+
+/// What the window of a display shows in the end, when the samples come in blocks of up to `mostSteps`.
+struct Shown {
+    double start;
+    std::vector<double> times;
+    std::vector<double> values;
+    bool operator==(const Shown&) const = default;
+};
+Shown show(TimeOverrunModeEnum mode, const std::vector<double>& times, const std::vector<double>& values,
+           std::size_t mostSteps, std::mt19937& random)
+{
+    tracery::embedded::EmbeddedHost host;
+    const tracery::HostScope attached(host);
+    tracery::publishClasses(host.objects());
+    ScopeDisplay display(host, 0, 10, 1000, 1); // columns narrower than the samples' distance: all are drawn
+    display.follow(mode);
+    for (std::size_t at = 0; at < times.size();) {
+        const std::size_t count = std::min(1 + random() % mostSteps, times.size() - at);
+        const std::size_t first = at + display.advance({times.data() + at, count});
+        display.add(0, times.data() + first, values.data() + first, at + count - first, 1);
+        at += count;
+    }
+    display.finish();
+    Shown shown{display.getStartTime(), {}, {}};
+    for (const Point& point : display.points(0))
+        if (point.x >= shown.start && point.x <= display.windowEnd()) {
+            shown.times.push_back(point.x);
+            shown.values.push_back(point.y);
+        }
+    return shown;
+}
+
+TEST(ScopeDisplayTest, ShowsTheSamplesOfItsWindowHoweverTheyCome)
+{
+    std::mt19937 random(5);
+    for (const double end : {9.0, 10.0, 20.0, 20.5, 37.0, 20000.0}) {
+        std::vector<double> times, values;
+        for (double time = 0; time <= end; time += 0.5) {
+            times.push_back(time);
+            values.push_back(std::sin(time));
+        }
+        for (const auto mode : {TimeOverrunModeEnum::Wrap, TimeOverrunModeEnum::Scroll}) {
+            const double sweep = std::ceil(end / 10 - 1) * 10; // a boundary belongs to the sweep before
+            const double start = std::max(0.0, mode == TimeOverrunModeEnum::Wrap ? sweep : end - 10);
+            Shown expected{start, {}, {}};
+            for (std::size_t i = 0; i < times.size(); ++i)
+                if (times[i] >= start) {
+                    expected.times.push_back(times[i]);
+                    expected.values.push_back(values[i]);
+                }
+            for (const std::size_t mostSteps : {1, 2, 50, 1000})
+                EXPECT_EQ(show(mode, times, values, mostSteps, random), expected) << end << ' ' << mostSteps;
+        }
+    }
+}
+
+} // namespace
