@@ -3,7 +3,13 @@
 #include <tracery/host/Error.h>
 #include <tracery/host/Publish.h>
 
+#include <array>
+#include <new>
+#include <utility>
+
 namespace tracery {
+
+namespace binding {
 
 namespace {
 
@@ -13,31 +19,62 @@ public:
     hostobj::COSNameID getName() const override { return "tracery"; }
     void addClasses(hostobj::COSPackage& package) const override
     {
-        package.addClass(binding::timeBufferClass());
-        package.addClass(binding::timeDomainTriggerControllerClass());
-        package.addClass(binding::timeScopeLineClass());
-        package.addClass(binding::oneShotTimerClass());
+        package.addClass(timeBufferClass());
+        package.addClass(timeDomainTriggerControllerClass());
+        package.addClass(timeScopeLineClass());
+        package.addClass(oneShotTimerClass());
     }
 };
 
-} // namespace
-
-void publishClasses(hostobj::ObjectSystem& objects)
+ClassInfoPtr orNone(ClassInfoPtr (*make)())
 {
-    binding::ClassInfoPtr visualClasses[] = {binding::abstractLinePlotterClass(), binding::abstractFramePlotterClass(),
-                                             binding::abstractTimeDomainPlotterClass(),
-                                             binding::wrappingTimeDomainControllerClass(),
-                                             binding::scrollingTimeDomainControllerClass()};
-    for (const binding::ClassInfoPtr& info : visualClasses)
-        if (objects.findClass("veltrashared.scopes.visual." + info->getName().text()) != nullptr)
+    try {
+        return make();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+using BaseClasses = std::array<ClassInfoPtr, 5>;
+
+/// throws  DuplicateClass when the host has one of them
+BaseClasses makeBaseClasses(const hostobj::ObjectSystem& objects)
+{
+    BaseClasses classes{orNone(&abstractLinePlotterClass), orNone(&abstractFramePlotterClass),
+                        orNone(&abstractTimeDomainPlotterClass), orNone(&wrappingTimeDomainControllerClass),
+                        orNone(&scrollingTimeDomainControllerClass)};
+    for (const ClassInfoPtr& info : classes)
+        if (info != nullptr && objects.findClass("veltrashared.scopes.visual." + info->getName().text()) != nullptr)
             throw Error(errors::DuplicateClass);
-    objects.addPackage(std::make_unique<traceryPackageInfo>());
+    return classes;
+}
+
+void add(BaseClasses classes, hostobj::ObjectSystem& objects)
+{
     hostobj::COSPackage& visual = objects.rootPackage()
                                       .findOrCreatePackage("veltrashared")
                                       .findOrCreatePackage("scopes")
                                       .findOrCreatePackage("visual");
-    for (binding::ClassInfoPtr& info : visualClasses)
+    for (ClassInfoPtr& info : classes)
         visual.addClass(std::move(info));
+}
+
+} // namespace
+
+std::unique_ptr<const hostobj::COSPackageInfo> traceryPackage()
+{
+    return std::unique_ptr<const hostobj::COSPackageInfo>(new (std::nothrow) traceryPackageInfo);
+}
+
+void addBaseClasses(hostobj::ObjectSystem& objects) { add(makeBaseClasses(objects), objects); }
+
+} // namespace binding
+
+void publishClasses(hostobj::ObjectSystem& objects)
+{
+    binding::BaseClasses baseClasses = binding::makeBaseClasses(objects);
+    objects.addPackage(binding::traceryPackage());
+    binding::add(std::move(baseClasses), objects);
 }
 
 } // namespace tracery

@@ -8,6 +8,7 @@ COSInterface::~COSInterface() = default;
 ObjectSystem::~ObjectSystem() = default;
 COSClass::~COSClass() = default;
 ClassDefinition::~ClassDefinition() = default;
+COSClient::~COSClient() = default;
 COSPackage::~COSPackage() = default;
 COSPackageInfo::~COSPackageInfo() = default;
 
@@ -40,6 +41,19 @@ COSMethodSignaturePtr COSMethodSignature::createMethodSignature(COSDataTypePtr o
     signature->optional_ = optional;
     return signature;
 }
+
+void COSPackage::addPackage(std::unique_ptr<const COSPackageInfo> info)
+{
+    Host::require().objects().addPackage(std::move(info));
+}
+
+COSPackage* COSPackage::getPackageInterface(const COSNameID& dottedName)
+{
+    Host* host = Host::current();
+    return host != nullptr ? host->objects().findPackage(dottedName) : nullptr;
+}
+
+COSClient& COSGetPublicClient() { return Host::require().objects().publicClient(); }
 
 HostOutputs omCallMethod(const COSInterfacePtr& object, const COSNameID& method, HostInputs inputs,
                          std::size_t wantedOutputs)

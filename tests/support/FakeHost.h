@@ -64,6 +64,8 @@ struct FakeHost : Host, ObjectSystem, COSClass {
     Performance::CooperativeTaskManager::TaskManager& tasks() override { throw Refused(""); }
     COSPackage& rootPackage() override { throw Refused(""); }
     void addPackage(std::unique_ptr<const COSPackageInfo>) override { throw Refused(""); }
+    COSPackage* findPackage(const COSNameID&) override { throw Refused(""); }
+    COSClient& publicClient() override { throw Refused(""); }
     bool hasMethod(const COSInterfacePtr&, const COSNameID&) const override { throw Refused(""); }
     HostOutputs callMethod(const COSInterfacePtr&, const COSNameID&, HostInputs, std::size_t) override
     {

@@ -53,7 +53,25 @@ public:
         std::unique_ptr<Package>& inner = packages_[word];
         if (inner == nullptr)
             inner = std::make_unique<Package>(registry_, dotted(word));
+        inner->givenUp_ = false;
         return dot == std::string::npos ? *inner : inner->findOrCreatePackage(text.substr(dot + 1));
+    }
+    void removeClient(COSClient& client) override
+    {
+        if (&client != &registry_.publicClient_)
+            return;
+        registry_.forgetPublished(dotted(""));
+        givenUp_ = true;
+    }
+    Package* find(const std::string& dottedName)
+    {
+        const std::size_t dot = dottedName.find('.');
+        const auto inner = packages_.find(dottedName.substr(0, dot));
+        if (inner == packages_.end())
+            return nullptr;
+        if (dot != std::string::npos)
+            return inner->second->find(dottedName.substr(dot + 1));
+        return inner->second->givenUp_ ? nullptr : inner->second.get();
     }
 
 private:
@@ -64,6 +82,7 @@ private:
 
     ClassRegistry& registry_;
     std::string name_;
+    bool givenUp_ = false; ///< stays in its place: references to packages hold
     std::map<std::string, std::unique_ptr<Package>> packages_;
 };
 
@@ -71,6 +90,15 @@ ClassRegistry::ClassRegistry() : root_(std::make_unique<Package>(*this, "")) {}
 ClassRegistry::~ClassRegistry() = default;
 
 COSPackage& ClassRegistry::root() noexcept { return *root_; }
+
+COSPackage* ClassRegistry::findPackage(const std::string& dottedName) { return root_->find(dottedName); }
+
+void ClassRegistry::forgetPublished(const std::string& prefix)
+{
+    std::erase_if(classes_, [&](const std::shared_ptr<ClassRecord>& cls) {
+        return cls->info != nullptr && cls->name.starts_with(prefix) && byName_.erase(cls->name) > 0;
+    });
+}
 
 void ClassRegistry::requireNew(const std::string& dottedName) const
 {

@@ -2,6 +2,8 @@
 
 #include "ClassRecord.h"
 
+#include <tracery/host/ClassInfo.h>
+
 #include <map>
 #include <memory>
 #include <string>
@@ -23,6 +25,9 @@ public:
     void add(std::shared_ptr<ClassRecord> cls);
     /// Adds the classes of a package. throws  what the info reports; no class of it is known then
     void addPackage(const hostobj::COSPackageInfo& info);
+    /// Null when there is none, or it was given up.
+    hostobj::COSPackage* findPackage(const std::string& dottedName);
+    hostobj::COSClient& publicClient() noexcept { return publicClient_; }
     /// Null when there is none.
     ClassPtr find(const std::string& dottedName) const;
     /// The class, linked with all its ancestors. throws  UnknownClass, InheritanceCycle
@@ -34,11 +39,14 @@ public:
 
 private:
     class Package;
+    /// Forgets the published classes whose names begin so; objects and subclasses keep them.
+    void forgetPublished(const std::string& prefix);
     void requireNew(const std::string& dottedName) const;
     void link(const std::shared_ptr<ClassRecord>& cls);
     std::vector<std::shared_ptr<ClassRecord>> classes_;
     std::unordered_map<std::string, std::shared_ptr<ClassRecord>> byName_;
     std::unique_ptr<Package> root_;
+    hostobj::COSClient publicClient_;
 };
 
 } // namespace tracery::embedded

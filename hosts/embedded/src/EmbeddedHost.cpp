@@ -9,6 +9,8 @@
 
 #include <tracery/embedded/EmbeddedHost.h>
 
+#include <algorithm>
+#include <map>
 #include <utility>
 
 namespace tracery::embedded {
@@ -22,6 +24,11 @@ public:
             .addClass(std::make_unique<AnimatorClassInfo>(animator));
     }
 
+    std::map<std::string, std::vector<std::string>> warmUpClasses{
+        {"ScopeExt",
+         {"veltrashared.scopes.visual.AbstractLinePlotter", "veltrashared.scopes.visual.AbstractFramePlotter",
+          "veltrashared.scopes.visual.AbstractTimeDomainPlotter"}},
+        {"ScopesGfx2Phase1", {LineAnimator::kClassName}}};
     FeatureTable features;
     CommitHooks graphics;
     ConsoleText console;
@@ -29,6 +36,7 @@ public:
     TaskRunner tasks;
     Objects objects;
     LineAnimator animator{objects.table()};
+    std::vector<std::unique_ptr<Module>> modules;
 };
 
 EmbeddedHost::EmbeddedHost() : parts_(std::make_unique<Parts>()) {}
@@ -37,7 +45,14 @@ EmbeddedHost::~EmbeddedHost()
 {
     // While all parts are there: what the objects leave may look around.
     const HostScope scope(*this);
+    for (auto module = parts_->modules.rbegin(); module != parts_->modules.rend(); ++module)
+        try {
+            (*module)->terminate();
+        } catch (...) {
+        }
     parts_->objects.close();
+    while (!parts_->modules.empty())
+        parts_->modules.pop_back();
 }
 
 hostobj::ObjectSystem& EmbeddedHost::objects() { return parts_->objects; }
@@ -46,6 +61,32 @@ Graphics& EmbeddedHost::graphics() { return parts_->graphics; }
 Console& EmbeddedHost::console() { return parts_->console; }
 Functions& EmbeddedHost::functions() { return parts_->functions; }
 Performance::CooperativeTaskManager::TaskManager& EmbeddedHost::tasks() { return parts_->tasks; }
+
+std::vector<std::string> EmbeddedHost::warmUpClasses(const std::string& taskName)
+{
+    const auto entry = parts_->warmUpClasses.find(taskName);
+    return entry != parts_->warmUpClasses.end() ? entry->second : std::vector<std::string>();
+}
+
+void EmbeddedHost::setWarmUpClasses(const std::string& taskName, std::vector<std::string> dottedNames)
+{
+    parts_->warmUpClasses[taskName] = std::move(dottedNames);
+}
+
+Module& EmbeddedHost::loadModule(const std::string& path, const std::string& name)
+{
+    if (findModule(name) != nullptr)
+        throw Error(errors::DuplicateModule, path + ": the host has a module " + name + " already");
+    auto module = std::make_unique<Module>(*this, path, name);
+    parts_->modules.push_back(std::move(module));
+    return *parts_->modules.back();
+}
+
+Module* EmbeddedHost::findModule(const std::string& name) const
+{
+    const auto found = std::ranges::find(parts_->modules, name, [](const auto& module) { return module->getName(); });
+    return found != parts_->modules.end() ? found->get() : nullptr;
+}
 
 void EmbeddedHost::defineClass(HostClass definition) { parts_->objects.define(std::move(definition)); }
 std::vector<ClassListing> EmbeddedHost::listClasses() const { return parts_->objects.list(); }

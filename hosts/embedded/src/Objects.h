@@ -25,6 +25,11 @@ public:
     hostobj::COSClassPtr findClass(const hostobj::COSNameID& dottedName) const override;
     hostobj::COSPackage& rootPackage() override { return classes_.root(); }
     void addPackage(std::unique_ptr<const hostobj::COSPackageInfo> info) override;
+    hostobj::COSPackage* findPackage(const hostobj::COSNameID& dottedName) override
+    {
+        return classes_.findPackage(dottedName.text());
+    }
+    hostobj::COSClient& publicClient() override { return classes_.publicClient(); }
     HostOutputs callMethod(const HostObjectRef& object, const hostobj::COSNameID& method, HostInputs inputs,
                            std::size_t wantedOutputs) override;
     HostOutputs callStaticMethod(const hostobj::COSNameID& dottedClassName, const hostobj::COSNameID& method,

@@ -54,11 +54,6 @@ private:
 class TaskRunner::Session final : public OrderedTaskSession {
 public:
     void setName(const std::string& name) override { name_ = name; }
-    void addTask(TaskPtr task) override
-    {
-        if (task != nullptr && std::ranges::find(tasks_, task) == tasks_.end())
-            tasks_.push_back(std::move(task));
-    }
     void removeTask(const TaskPtr& task) override
     {
         const TaskPtr held = task; // what is passed may be the only reference, inside the list
@@ -86,6 +81,13 @@ public:
                 return;
             removeTask(task);
         }
+    }
+
+protected:
+    void insertTask(TaskPtr task) override
+    {
+        if (std::ranges::find(tasks_, task) == tasks_.end())
+            tasks_.push_back(std::move(task));
     }
 
 private:

@@ -117,6 +117,14 @@ public:
     virtual bool isHidden() const;
 };
 
+class COSPackageInfo;
+
+/// Somebody who uses packages of a host.
+class TRACERY_EXPORT COSClient {
+public:
+    virtual ~COSClient();
+};
+
 /// A package known to the host. The host implements it.
 class TRACERY_EXPORT COSPackage {
 public:
@@ -127,6 +135,14 @@ public:
     virtual void addClass(std::unique_ptr<const COSClassInfo> info) = 0;
     /// The package inside this one; made when there is none. Lives as long as the host.
     virtual COSPackage& findOrCreatePackage(const COSNameID& shortName) = 0;
+    /// The client takes leave of the package. With the public client the host gives the package up: there will be no
+    /// new objects of its published classes; those that live go on.
+    virtual void removeClient(COSClient& client) = 0;
+
+    /// Makes a package known to the attached host. throws  NoHost, DuplicateClass
+    static void addPackage(std::unique_ptr<const COSPackageInfo> info);
+    /// A package of the attached host; null when the host does not have it or has given it up, or there is no host.
+    static COSPackage* getPackageInterface(const COSNameID& dottedName);
 };
 
 /// A package to publish.

@@ -5,26 +5,51 @@
 #include <tracery/host/Services.h>
 #include <tracery/host/Tasks.h>
 
+#include <memory>
+#include <string>
+#include <vector>
+
 namespace tracery {
 
-/// All that the library asks of its surroundings. Main thread only.
+/// All that the library asks of its surroundings. Main thread only. A change here or in a header beside it that breaks
+/// what was built before takes a new kSeamVersion (Module.h).
 ///
 /// With no host attached the C++ classes work all the same: look-ups find nothing, registrations and commits do
 /// nothing, and what truly needs the host throws NoHost.
 class TRACERY_EXPORT Host {
 public:
+    Host();
     virtual ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
     virtual hostobj::ObjectSystem& objects() = 0;
     virtual Features& features() = 0;
     virtual Graphics& graphics() = 0;
     virtual Console& console() = 0;
     virtual Functions& functions() = 0;
     virtual Performance::CooperativeTaskManager::TaskManager& tasks() = 0;
+    /// Dotted names of the classes that a warm-up task of this name is to load; none by default.
+    virtual std::vector<std::string> warmUpClasses(const std::string& taskName);
 
-    /// The attached host, or null when there is none.
+    /// Expires with the host, and so tells it from a later one at its address. What lock() gives does not keep the
+    /// host.
+    std::weak_ptr<Host> watch() const noexcept { return self_; }
+
+    /// Attaches a host until it is detached as often, or destroyed; for loaders of modules. Programs use a HostScope.
+    static void attach(Host& host) noexcept;
+    static void detach(Host& host) noexcept;
+    /// The host of the innermost HostScope; outside all scopes the last one that was attached and is not detached; null
+    /// when there is none.
     static Host* current() noexcept;
     /// throws  NoHost
     static Host& require();
+
+private:
+    void unlink() noexcept;
+    std::shared_ptr<Host> self_;
+    unsigned attachments_ = 0;
+    Host* attachedBefore_ = nullptr;
 };
 
 /// Attaches a host for its own lifetime; the one before comes back afterwards. Scopes end in reverse order.

@@ -30,6 +30,10 @@ public:
     virtual COSPackage& rootPackage() = 0;
     /// Makes a package of what the info says. Null is ignored. throws  DuplicateClass
     virtual void addPackage(std::unique_ptr<const COSPackageInfo> info) = 0;
+    /// Null when there is no package of this name, or it was given up.
+    virtual COSPackage* findPackage(const COSNameID& dottedName) = 0;
+    /// The client that stands for all users of the host.
+    virtual COSClient& publicClient() = 0;
 
     /// Calls a method of an object, protected ones too. `inputs` are those after the object. throws  what the host and
     /// the method report
@@ -48,6 +52,8 @@ public:
     virtual COSInterfacePtr wrapPayload(const COSNameID& dottedClassName, std::unique_ptr<InstancePayload> payload) = 0;
 };
 
+/// The public client of the attached host. throws  NoHost
+TRACERY_EXPORT COSClient& COSGetPublicClient();
 /// Calls a method of an object at the attached host. throws  NoHost, and as ObjectSystem::callMethod
 TRACERY_EXPORT HostOutputs omCallMethod(const COSInterfacePtr& object, const COSNameID& method, HostInputs inputs,
                                         std::size_t wantedOutputs);

@@ -6,7 +6,8 @@
 namespace tracery {
 
 /// Makes the published classes known to a host: the package "tracery", then the built-in base classes in
-/// "veltrashared.scopes.visual". Once a host. throws  DuplicateClass
+/// "veltrashared.scopes.visual". Once a host; a program that loads the library as a module has it done by Module.h.
+/// throws  DuplicateClass
 TRACERY_EXPORT void publishClasses(hostobj::ObjectSystem& objects);
 
 } // namespace tracery

@@ -34,7 +34,8 @@ class TRACERY_EXPORT Graphics {
 public:
     /// Told of every commit, with its type.
     using CommitHook = std::function<void(int type)>;
-    /// Keeps a hook registered; its destruction takes the hook out, also while hooks run.
+    /// Keeps a hook registered; its destruction takes the hook out, also while hooks run. It may outlive the host: its
+    /// destruction then does nothing.
     class TRACERY_EXPORT HookRegistration {
     public:
         virtual ~HookRegistration();

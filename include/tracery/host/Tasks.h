@@ -2,6 +2,7 @@
 
 #include <tracery/export.h>
 
+#include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
 #include <boost/weak_ptr.hpp>
 
@@ -13,8 +14,8 @@ namespace tracery::Performance::CooperativeTaskManager {
 
 class OrderedTaskSession;
 
-/// Work that a session runs in slices of the host's idle time.
-class TRACERY_EXPORT Task {
+/// Work that a session runs in slices of the host's idle time. Held by a TaskPtr.
+class TRACERY_EXPORT Task : public boost::enable_shared_from_this<Task> {
 public:
     virtual ~Task();
     /// One slice: works until getMicrosecondsRemaining of the session is 0. Returns whether the task is finished.
@@ -25,25 +26,36 @@ public:
     /// Sessions pass over disabled tasks.
     bool isEnabled() const noexcept { return enabled_; }
     void setEnabled(bool enabled) noexcept { enabled_ = enabled; }
+    /// Takes the task out of the session that it was last added to; does nothing when there is none.
+    void remove();
 
 private:
+    friend OrderedTaskSession;
     std::string name_;
     bool enabled_ = true;
+    boost::weak_ptr<OrderedTaskSession> session_;
 };
 using TaskPtr = boost::shared_ptr<Task>;
 
 /// Tasks that run one after another, in the order they were added. The host implements it. Main thread only.
-class TRACERY_EXPORT OrderedTaskSession {
+///
+/// A session may outlive its host: its tasks are then run no more.
+class TRACERY_EXPORT OrderedTaskSession : public boost::enable_shared_from_this<OrderedTaskSession> {
 public:
     virtual ~OrderedTaskSession();
     virtual void setName(const std::string& name) = 0;
-    virtual void addTask(TaskPtr task) = 0;
+    /// Null is ignored, and a task that is in the session already.
+    void addTask(TaskPtr task);
     /// Takes a task out, also while it runs; one that is not in the session is ignored.
     virtual void removeTask(const TaskPtr& task) = 0;
     /// Whether no task is left to run; disabled tasks are passed over.
     virtual bool isFinished() const = 0;
     /// Of the slice that runs; 0 between slices.
     virtual std::int64_t getMicrosecondsRemaining() const = 0;
+
+protected:
+    /// addTask, of a task that is not null.
+    virtual void insertTask(TaskPtr task) = 0;
 };
 
 /// The host's task manager.

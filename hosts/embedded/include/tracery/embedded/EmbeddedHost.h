@@ -3,6 +3,7 @@
 #include <tracery/embedded/ClassListing.h>
 #include <tracery/embedded/HostClass.h>
 #include <tracery/embedded/LineAnimator.h>
+#include <tracery/embedded/Module.h>
 #include <tracery/embedded/errors.h>
 #include <tracery/host/Host.h>
 
@@ -40,11 +41,25 @@ public:
     Console& console() override;
     Functions& functions() override;
     Performance::CooperativeTaskManager::TaskManager& tasks() override;
+    std::vector<std::string> warmUpClasses(const std::string& taskName) override;
+
+    // ---- Modules
+
+    /// Loads a module (tracery/host/Module.h) from a shared library: attaches the host to it for as long as the host
+    /// lives, has it publish its classes, and makes its functions known. The path is that of dlopen: without a slash
+    /// the library is looked for where the system has its libraries. The module lives as long as the host, which
+    /// terminates it, after those loaded later, before it deletes its objects.
+    /// throws  ModuleNotFound for a file that is missing or no library, InvalidModule when it has not the entry points
+    ///         of a module of this name, ModuleVersion, DuplicateModule, and what initialisation reports; all but the
+    ///         last name the path
+    Module& loadModule(const std::string& path, const std::string& name = "tracery");
+    /// Null when none of this name is loaded.
+    Module* findModule(const std::string& name) const;
 
     // ---- Classes
 
-    /// throws  DuplicateClass, DuplicateMember, InvalidName, InvalidTypeString, and InvalidArgumentType for a value that
-    ///         its property's type does not allow
+    /// throws  DuplicateClass, DuplicateMember, InvalidName, InvalidTypeString, and InvalidArgumentType for a value
+    ///         that its property's type does not allow
     void defineClass(HostClass definition);
     /// All classes, the host's own too, in the order in which they became known.
     std::vector<ClassListing> listClasses() const;
@@ -70,8 +85,8 @@ public:
     /// The value of a property, null when it has none.
     /// throws  UnknownProperty, AccessDenied
     HostArrayPtr get(const HostObjectRef& object, const std::string& property);
-    /// throws  UnknownProperty, AccessDenied, ReadOnlyProperty, and InvalidArgumentType or InvalidObject for a value that
-    ///         the type does not allow
+    /// throws  UnknownProperty, AccessDenied, ReadOnlyProperty, and InvalidArgumentType or InvalidObject for a value
+    ///         that the type does not allow
     void set(const HostObjectRef& object, const std::string& property, const HostArray* value);
     /// As set, whatever the access: for the bodies of the class.
     void setOwn(const HostObjectRef& object, const std::string& property, const HostArray* value);
@@ -112,6 +127,9 @@ public:
     /// finished, then the next has its turn, at once while time remains. A task that throws is taken out, and the
     /// error passed on. Does nothing when called by a task.
     bool runTasks(std::chrono::microseconds slice);
+    /// Sets the classes that a warm-up task loads. At first "ScopeExt" has the published plotter base classes and
+    /// "ScopesGfx2Phase1" LineAnimator::kClassName; the others have none.
+    void setWarmUpClasses(const std::string& taskName, std::vector<std::string> dottedNames);
 
     // ---- Graphics
 

@@ -1,0 +1,86 @@
+#include <tracery/ScopesVisualInitTask.h>
+#include <tracery/host/Host.h>
+#include <tracery/host/HostArray.h>
+
+#include <iostream>
+
+namespace tracery {
+
+namespace {
+
+bool isFlushing()
+{
+    Host* host = Host::current();
+    return host != nullptr && host->features().getFeature("FlushTaskMgrOnUELoadForTests").value_or(0) != 0;
+}
+
+/// Whether the work was done. What the host reports is dropped: it shows again where what is missing is needed.
+template <class Work>
+bool succeeds(Work&& work)
+{
+    try {
+        return work();
+    } catch (...) {
+        return false;
+    }
+}
+
+void callHost(const char* function, hostobj::HostInputs inputs)
+{
+    succeeds([&] {
+        Host::require().functions().call(function, inputs, 0);
+        return true;
+    });
+}
+
+} // namespace
+
+ScopesVisualInitTask::ScopesVisualInitTask(const char* name, std::size_t steps) : steps_(steps) { setName(name); }
+
+bool ScopesVisualInitTask::run(Performance::CooperativeTaskManager::OrderedTaskSession& session)
+{
+    if (isFlushing())
+        return true;
+    while (done_ < steps_) {
+        runStep(done_++);
+        if (done_ < steps_ && session.getMicrosecondsRemaining() <= 0)
+            return false;
+    }
+    return true;
+}
+
+ScopesVisualInitClassTask::ScopesVisualInitClassTask(const char* name) : ScopesVisualInitTask(name, 0)
+{
+    if (Host* host = Host::current())
+        classNames_ = host->warmUpClasses(name);
+    setNumberOfSteps(classNames_.size());
+}
+
+void ScopesVisualInitClassTask::runStep(std::size_t index)
+{
+    const std::string& name = classNames_[index];
+    const bool loaded = succeeds([&] {
+        const HostArrayPtr array(createClassArray(name.c_str()));
+        return array != nullptr && Host::require().objects().findClass(name) != nullptr;
+    });
+    success_ = success_ && loaded;
+    if (!success_)
+        std::cout << name << " failed to load" << std::endl;
+}
+
+ScopesVisualInitCountingTask::ScopesVisualInitCountingTask(const char* name, const char* function, std::size_t calls)
+    : ScopesVisualInitTask(name, calls), function_(function)
+{}
+
+void ScopesVisualInitCountingTask::runStep(std::size_t) { callHost(function_, {}); }
+
+void ScopesVisualInitCountingTask::finishIfBegun() const
+{
+    if (getStepsDone() == 0 || getStepsDone() >= getNumberOfSteps())
+        return;
+    const HostArrayPtr yes(createLogicalScalar(true));
+    const HostArray* inputs[] = {yes.get()};
+    callHost(function_, inputs);
+}
+
+} // namespace tracery

@@ -1,0 +1,231 @@
+#include "support/Expect.h"
+
+#include <tracery/DrawScheduler.h>
+#include <tracery/embedded/EmbeddedHost.h>
+#include <tracery/host/Publish.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+
+using namespace tracery;
+using embedded::EmbeddedHost;
+using test::failure;
+
+namespace {
+
+std::string listing(const EmbeddedHost& host)
+{
+    std::string text;
+    for (const embedded::ClassListing& cls : host.listClasses())
+        text += formatClass(cls);
+    return text;
+}
+
+std::string published()
+{
+    EmbeddedHost host;
+    publishClasses(host.objects());
+    return listing(host);
+}
+
+TEST(ModuleTest, LoadingPublishesOnceWhatTheLibraryHas)
+{
+    EmbeddedHost host;
+    host.setFeature("TimeScopeBlockUsesSLA", 0); // the user's choice comes first
+    const embedded::Module& module = host.loadModule(TRACERY_LIBRARY);
+    EXPECT_EQ(module.getVersion(), tracery_version);
+    EXPECT_EQ(Host::current(), &host) << "without a scope";
+    VTInitialize_tracery();
+    EXPECT_EQ(listing(host), published());
+    EXPECT_FALSE(timeScopeBlockUsesSLA());
+    for (const int value : {5, 0, 1}) {
+        host.setFeature("TimeScopeBlockUsesSLA", value);
+        EXPECT_EQ(timeScopeBlockUsesSLA(), value != 0);
+    }
+    EXPECT_EQ(host.features().getFeature("UseTaskMgrToLaunchScope"), 0);
+    EXPECT_EQ(host.features().getFeature("FlushTaskMgrOnUELoadForTests"), 0);
+    EXPECT_EQ(failure([&] { host.loadModule(TRACERY_LIBRARY); }), "DuplicateModule");
+    EXPECT_NE(host.construct("tracery.OneShotTimer"), nullptr);
+}
+
+TEST(ModuleTest, TheRefreshRateIsTheFirstDoubleOfASingleInput)
+{
+    EmbeddedHost host;
+    host.loadModule(TRACERY_LIBRARY);
+    const HostArrayPtr rate = test::row({0.1, 7}), none = test::row({}), flag(createLogicalScalar(true)),
+                       text(createString("0.1"));
+    const std::vector<std::vector<const HostArray*>> bad{
+        {}, {rate.get(), rate.get()}, {none.get()}, {flag.get()}, {text.get()}, {nullptr}};
+    for (const auto& inputs : bad) {
+        const HostArray* good[] = {rate.get()};
+        EXPECT_TRUE(host.functions().call("SetScopeRefreshRateImpl", good, 0).empty());
+        EXPECT_EQ(DrawScheduler::getTimeInterval(), 0.1);
+        EXPECT_EQ(DrawScheduler::getInstance()->getIntervalMicroseconds(), 0.1 * 1e6);
+        host.functions().call("SetScopeRefreshRateImpl", inputs, 0);
+        EXPECT_EQ(DrawScheduler::getTimeInterval(), 0.05);
+        EXPECT_EQ(DrawScheduler::getInstance()->getIntervalMicroseconds(), 0.05 * 1e6);
+    }
+}
+
+TEST(ModuleTest, TerminationEndsTheUseOfThePackageAndLeavesWhatLives)
+{
+    EmbeddedHost host;
+    VTTerminate_tracery(); // before there is anything to end
+    embedded::Module& module = host.loadModule(TRACERY_LIBRARY);
+    host.defineClass({.name = "my.Timer", .superclass = "tracery.OneShotTimer"});
+    host.defineClass({.name = "tracery.Mine"});
+    const HostObjectRef timer = host.construct("tracery.OneShotTimer");
+    const HostObjectRef mine = host.construct("my.Timer");
+
+    DrawScheduler* scheduler = DrawScheduler::getInstance();
+    int draws = 0;
+    scheduler->Bind({[&] { ++draws; }});
+    scheduler->Init(3600, 0.5);
+    host.graphics().commitDatabaseUpdates(1);
+    for (int i = 0; i < 2; ++i) {
+        module.terminate();
+        VTTerminate_tracery();
+        VTInitialize_tracery(); // once is enough
+    }
+    host.graphics().commitDatabaseUpdates(0);
+    scheduler->TaskComplete(false);
+    EXPECT_EQ(draws, 0) << "commits are heard no more";
+    module.terminate();
+    VTTerminate_tracery();
+    scheduler->DataAddedToLine(true);
+    scheduler->TaskComplete(false);
+    EXPECT_EQ(draws, 1) << "the hour is over";
+    scheduler->Unbind(0);
+
+    EXPECT_EQ(hostobj::COSPackage::getPackageInterface("tracery"), nullptr);
+    EXPECT_NE(hostobj::COSPackage::getPackageInterface("veltrashared.scopes.visual"), nullptr);
+    EXPECT_EQ(failure([&] { host.construct("tracery.OneShotTimer"); }), "UnknownClass");
+    EXPECT_EQ(failure([&] { host.functions().call("SetScopeRefreshRateImpl", {}, 0); }), "UnknownFunction");
+    EXPECT_NE(host.objects().findClass("veltrashared.scopes.visual.AbstractLinePlotter"), nullptr);
+    EXPECT_NE(host.construct("tracery.Mine"), nullptr);
+    EXPECT_NE(host.construct("my.Timer"), nullptr) << "the class was in use before";
+    for (const HostObjectRef& object : {timer, mine})
+        EXPECT_EQ(test::realOf(host.get(object, "TimeoutDuration").get()), std::vector<double>{0});
+}
+
+TEST(ModuleTest, AFailedInitialisationIsReportedAndCanBeTriedAgain)
+{
+    EmbeddedHost host;
+    host.defineClass({.name = "veltrashared.scopes.visual.AbstractLinePlotter"});
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(failure([&] { host.loadModule(TRACERY_LIBRARY); }), "DuplicateClass");
+    EXPECT_EQ(Host::current(), nullptr);
+    EXPECT_EQ(host.findModule("tracery"), nullptr);
+    EXPECT_FALSE(host.features().getFeature("UseTaskMgrToLaunchScope").has_value());
+}
+
+TEST(ModuleTest, AModuleOfAnotherMakeWorksWithItsObjectsToTheEnd)
+{
+    HostObjectRef kept;
+    EmbeddedHost other;
+    other.loadModule(DEMO_MODULE, "demo");
+    {
+        EmbeddedHost host;
+        host.loadModule(TRACERY_LIBRARY);
+        EXPECT_EQ(host.loadModule(DEMO_MODULE, "demo").getVersion(), "1.2.3.4");
+        kept = host.construct("demo.Counter");
+        const HostArrayPtr two = test::row({2}), three = test::row({3});
+        const HostArray* inputs[] = {two.get(), three.get(), nullptr};
+        const hostobj::HostOutputs outputs = host.functions().call("demoSum", std::span(inputs).first(2), 2);
+        ASSERT_EQ(outputs.size(), 2u);
+        EXPECT_EQ(*getRealData(outputs[0].get()), 1);
+        EXPECT_EQ(*getRealData(outputs[1].get()), 5);
+        EXPECT_EQ(host.functions().call("demoSum", {}, 0).size(), 1u);
+        const std::size_t arrays = getNumberOfLiveArrays();
+        EXPECT_EQ(failure([&] { host.functions().call("demoSum", inputs, 2); }), "EmptyInput");
+        EXPECT_EQ(getNumberOfLiveArrays(), arrays);
+    }
+    EXPECT_EQ(Host::current(), &other) << "the one that is left";
+    EXPECT_EQ(kept->payload(), nullptr);
+    EXPECT_EQ(*getRealData(other.functions().call("demoSum", {}, 1)[0].get()), 0);
+    kept = other.construct("demo.Counter"); // outlives its host and module
+}
+
+TEST(ModuleTest, WhatIsNoSuchModuleIsRefusedByName)
+{
+    EmbeddedHost host;
+    const struct {
+        const char* path;
+        const char* name;
+        const char* error;
+        const char* word;
+    } cases[] = {{"/nowhere/libscope.so", "tracery", "ModuleNotFound", "/nowhere/libscope.so"},
+                 {TRACERY_CLASS_LISTING, "tracery", "ModuleNotFound", TRACERY_CLASS_LISTING},
+                 {"", "tracery", "ModuleNotFound", "empty"},
+                 {"libm.so.6", "tracery", "InvalidModule", "libm.so.6"},
+                 {TRACERY_LIBRARY, "other", "InvalidModule", "QueryVTFcnTable_other"},
+                 {DEMO_MODULE, "tracery", "InvalidModule", DEMO_MODULE}, // though it is linked with that library
+                 {OLD_MODULE, "demo", "ModuleVersion", OLD_MODULE}};
+    for (const auto& [path, name, error, word] : cases) {
+        try {
+            host.loadModule(path, name);
+            ADD_FAILURE() << path;
+        } catch (const Error& e) {
+            EXPECT_STREQ(e.name(), error);
+            EXPECT_NE(std::string(e.what()).find(word), std::string::npos) << e.what();
+            EXPECT_EQ(std::string(e.what()).find('\n'), std::string::npos);
+        }
+    }
+    EXPECT_EQ(Host::current(), nullptr);
+}
+
+TEST(ModuleTest, ACopyOfTheLibraryElsewhereWorks)
+{
+    const std::filesystem::path copy = std::filesystem::path(testing::TempDir()) / "tracery copy.so";
+    std::filesystem::copy_file(TRACERY_LIBRARY, copy, std::filesystem::copy_options::overwrite_existing);
+    HostObjectRef kept;
+    {
+        EmbeddedHost host;
+        host.loadModule(copy.string());
+        EXPECT_EQ(listing(host), published());
+        kept = host.construct("tracery.OneShotTimer");
+        host.functions().call("SetScopeRefreshRateImpl", {}, 0);
+    }
+    std::filesystem::remove(copy);
+}
+
+/// Each order ends the process; leaks and uses of what is gone make the exit status another one.
+TEST(ModuleDeathTest, TheProcessEndsCleanlyInEveryOrder)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    static std::optional<EmbeddedHost> host; // goes after main
+    const std::function<void()> orders[] = {
+        [] { host.emplace().loadModule(TRACERY_LIBRARY); },
+        [] { host.emplace().loadModule(TRACERY_LIBRARY).terminate(); },
+        [] { host.emplace().loadModule(DEMO_MODULE, "demo"); },
+        [] {
+            static HostObjectRef object;
+            host.emplace().loadModule(TRACERY_LIBRARY);
+            object = host->construct("tracery.OneShotTimer");
+            host.reset();
+            VTTerminate_tracery();
+        },
+        [] { // never terminated, hooked to a host that is gone
+            EmbeddedHost local;
+            const HostScope attached(local);
+            VTInitialize_tracery();
+            DrawScheduler::getInstance()->Bind({[] { std::abort(); }});
+        },
+        [] { // terminated by nobody's host, then by another's
+            std::optional<EmbeddedHost> first(std::in_place);
+            Host::attach(*first);
+            VTInitialize_tracery();
+            first.reset();
+            VTTerminate_tracery();
+            const HostScope attached(host.emplace());
+            VTTerminate_tracery();
+            VTInitialize_tracery();
+            DrawScheduler::getInstance()->TaskComplete(true);
+        },
+    };
+    for (const auto& order : orders)
+        EXPECT_EXIT((order(), std::exit(0)), testing::ExitedWithCode(0), "^$");
+}
+
+} // namespace

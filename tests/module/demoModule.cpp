@@ -1,0 +1,68 @@
+// A module of another make, "demo": publishes demo.Counter, whose objects count themselves, and the function demoSum.
+#include <tracery/host/Error.h>
+#include <tracery/host/Host.h>
+#include <tracery/host/Module.h>
+
+using namespace tracery;
+
+namespace {
+
+int counters = 0;
+
+struct Counter : hostobj::InstancePayload {
+    Counter() { ++counters; }
+    ~Counter() override { --counters; }
+    std::shared_ptr<void> as(const std::type_info&) const noexcept override { return nullptr; }
+};
+
+struct CounterInfo : hostobj::COSClassInfo {
+    hostobj::COSNameID getName() const override { return "Counter"; }
+    void defineClass(hostobj::ClassDefinition& c) const override { c.superclass("handle"); }
+    std::unique_ptr<hostobj::InstancePayload> createInstance(const HostObjectRef&) const override
+    {
+        return std::make_unique<Counter>();
+    }
+};
+
+struct DemoPackage : hostobj::COSPackageInfo {
+    hostobj::COSNameID getName() const override { return "demo"; }
+    void addClasses(hostobj::COSPackage& package) const override { package.addClass(std::make_unique<CounterInfo>()); }
+};
+
+/// Two results: the number of counters and the sum of the inputs, which are numbers.
+void demoSum(int numOutputs, HostArray** outputs, int numInputs, const HostArray** inputs)
+{
+    outputs[0] = createDoubleMatrix(1, 1, HostComplexity::real);
+    *getRealData(outputs[0]) = counters;
+    if (numOutputs < 2)
+        return;
+    outputs[1] = createDoubleMatrix(1, 1, HostComplexity::real);
+    for (int i = 0; i < numInputs; ++i) {
+        if (inputs[i] == nullptr)
+            throw Error(errors::EmptyInput);
+        *getRealData(outputs[1]) += *getRealData(inputs[i]);
+    }
+}
+
+constexpr ModuleFunction kFunctions[] = {{"demoSum", &demoSum}};
+constexpr ModuleTable kTable{DEMO_SEAM_VERSION,
+                             "demo",
+                             "1.2.3.4",
+                             [](Host* host) { Host::attach(*host); },
+                             [](Host* host) { Host::detach(*host); },
+                             kFunctions,
+                             1};
+
+} // namespace
+
+extern "C" {
+__attribute__((visibility("default"))) const ModuleTable* QueryVTFcnTable_demo() { return &kTable; }
+__attribute__((visibility("default"))) void VTInitialize_demo()
+{
+    hostobj::COSPackage::addPackage(std::make_unique<DemoPackage>());
+}
+__attribute__((visibility("default"))) void VTTerminate_demo()
+{
+    hostobj::COSPackage::getPackageInterface("demo")->removeClient(hostobj::COSGetPublicClient());
+}
+}
