@@ -26,7 +26,8 @@ public:
     }
 };
 
-ClassInfoPtr orNone(ClassInfoPtr (*make)())
+template <class Make>
+auto orNone(Make make) -> decltype(make())
 {
     try {
         return make();
@@ -63,7 +64,9 @@ void add(BaseClasses classes, hostobj::ObjectSystem& objects)
 
 std::unique_ptr<const hostobj::COSPackageInfo> traceryPackage()
 {
-    return std::unique_ptr<const hostobj::COSPackageInfo>(new (std::nothrow) traceryPackageInfo);
+    return orNone([]() -> std::unique_ptr<const hostobj::COSPackageInfo> {
+        return std::make_unique<const traceryPackageInfo>();
+    });
 }
 
 void addBaseClasses(hostobj::ObjectSystem& objects) { add(makeBaseClasses(objects), objects); }

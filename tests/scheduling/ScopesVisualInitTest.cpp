@@ -20,7 +20,8 @@ struct Fixture : testing::Test {
     std::chrono::steady_clock::time_point now;
     std::string calls; ///< g, r: calls of the functions; G: one with true
 
-    Fixture()
+    Fixture() { prepareHost(); }
+    void prepareHost()
     {
         host->setTaskClock([this] { return now; });
         defineFunction(kGraphics, 'g');
@@ -153,10 +154,10 @@ TEST_F(ScopesVisualInitTest, WithoutAHostOrItsFunctionsNothingIsRaised)
     host.reset();
     EXPECT_TRUE(left.done());
     attached.emplace(host.emplace());
-    defineFunction(kRest, 'r');
+    prepareHost();
     const ScopesVisualInit again; // in a session of the new host
     run(1ms);
-    EXPECT_EQ(calls, "rrrrrrrr");
+    EXPECT_EQ(calls, "rrrrgggggggrrrr");
 }
 
 } // namespace
