@@ -62,7 +62,11 @@ public:
     /// Null until a mode or a controller was set.
     std::shared_ptr<AbstractTimeDomainController> getTimeOverrunModeController() const { return controller_; }
     /// Shares the controller, and becomes its plotter when it has none; the mode stays. Null takes the controller away.
-    void setTimeOverrunModeController(std::shared_ptr<AbstractTimeDomainController> controller);
+    /// object  the controller's host object, which the plotter then keeps alive
+    void setTimeOverrunModeController(std::shared_ptr<AbstractTimeDomainController> controller,
+                                      HostObjectRef object = nullptr);
+    /// The host object that the plotter was given with its controller; null for none.
+    HostObjectRef getTimeOverrunModeControllerObject() const { return controllerObject_; }
 
     // ---- Ports
 
@@ -159,6 +163,7 @@ private:
     std::vector<int> portIndex_;
     bool hasBusPorts_ = false;
     std::shared_ptr<AbstractTimeDomainController> controller_;
+    HostObjectRef controllerObject_;
     bool settingProperties_ = false;
     double maxSiblingTimeStepWidth_ = 0;
     std::vector<double> previousEndTimes_;

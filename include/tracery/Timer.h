@@ -1,10 +1,12 @@
 #pragma once
 
+#include <tracery/export.h>
+
 namespace tracery {
 
 /// Paces something: once started, its time is up when the timeout has passed. Owners take a timer through this
 /// interface, so that another one than OneShotTimer can stand in.
-class Timer {
+class TRACERY_EXPORT Timer {
 public:
     virtual ~Timer() = default;
 

@@ -27,10 +27,10 @@ struct ALPLinesPropInfo : AbstractScopeDataTypeAnyPropInfo<"Lines", &Lines::getL
         });
     }
 };
-struct ALPXGridPropInfo : HostKeptPropInfo<Lines, "XGrid", "getXGrid", "setXGrid"> {};
-struct ALPYGridPropInfo : HostKeptPropInfo<Lines, "YGrid", "getYGrid", "setYGrid"> {};
-struct ALPAxesColorPropInfo : HostKeptPropInfo<Lines, "AxesColor", "getAxesColor", "setAxesColor", "onNewAxesColor"> {};
-struct ALPAxesTickColorPropInfo : HostKeptPropInfo<Lines, "AxesTickColor", "getAxesTickColor", "setAxesTickColor", "onNewAxesTickColor"> {};
+struct ALPXGridPropInfo : AbstractScopeDataTypeAnyDependentPropInfo<Lines, "XGrid", "getXGrid", "setXGrid"> {};
+struct ALPYGridPropInfo : AbstractScopeDataTypeAnyDependentPropInfo<Lines, "YGrid", "getYGrid", "setYGrid"> {};
+struct ALPAxesColorPropInfo : AbstractScopeDataTypeAnyDependentPropInfo<Lines, "AxesColor", "getAxesColor", "setAxesColor", "onNewAxesColor"> {};
+struct ALPAxesTickColorPropInfo : AbstractScopeDataTypeAnyDependentPropInfo<Lines, "AxesTickColor", "getAxesTickColor", "setAxesTickColor", "onNewAxesTickColor"> {};
 struct ALPAxesPropInfo : AbstractScopeDataTypeAnyPropInfo<"Axes", &Lines::getAxes, &Lines::setAxes> {};
 struct ALPDeleteAxesPropInfo : ScopePropInfo<"DeleteAxes", "logical scalar", kStored, &Lines::getDeleteAxes, &Lines::setDeleteAxes> {};
 

@@ -5,7 +5,9 @@
 
 #include <tracery/TimeBuffer.h>
 
+#include <algorithm>
 #include <exception>
+#include <optional>
 
 namespace tracery::binding {
 
@@ -54,7 +56,7 @@ void requireTimes(const HostArray* times)
 {
     if (times == nullptr || !isDouble(times))
         throw Error(errors::AddTimeError);
-    if (getRealData(times) == nullptr)
+    if (isEmpty(times) || getRealData(times) == nullptr)
         throw Error(errors::EmptyInput);
 }
 
@@ -142,15 +144,16 @@ public:
             Port port;
             if (count == 2 || count == 5)
                 port = PortArgument{inputs[1]};
+            const std::uint64_t index = PortArgument::in(*buffer, port);
             HostArray* time = nullptr;
             HostArray* value = nullptr;
             if (count < 4) {
-                buffer->GetTimeAndValue(PortArgument::in(*buffer, port), time, value);
+                buffer->GetTimeAndValue(index, time, value);
             } else {
                 const double tStart = Value<double>::read(inputs[count - 3]);
                 const double tEnd = Value<double>::read(inputs[count - 2]);
-                const bool widen = Value<bool>::read(inputs[count - 1]);
-                buffer->GetTimeAndValue(PortArgument::in(*buffer, port), time, value, tStart, tEnd, widen);
+                const bool widen = Value<double>::read(inputs[count - 1]) != 0;
+                buffer->GetTimeAndValue(index, time, value, tStart, tEnd, widen);
             }
             HostArrayPtr owned[] = {HostArrayPtr(time), HostArrayPtr(value)};
             hostobj::HostOutputs outputs;

@@ -34,8 +34,7 @@ BufferType readType(const HostArray* array)
             "TimeBufferType", {{static_cast<int>(BufferType::SingleRate), "SingleRate"},
                                {static_cast<int>(BufferType::MultipleRate), "MultipleRate"}}));
     try {
-        return static_cast<BufferType>(
-            *types->getEnumeration()->valueOf(Value<std::string>::read(types->convert(array).get())));
+        return static_cast<BufferType>(readEnumeration(*types, array));
     } catch (const Error&) {
         throw Error(errors::InvalidBufferType);
     }
@@ -50,18 +49,19 @@ void setUpTimeBuffer(TimeBuffer& buffer, std::optional<const HostArray*> maxNumT
 {
     if (!maxNumTimeSteps)
         return;
-    std::uint64_t ports = numberOfPorts.value_or(1);
+    std::uint64_t ports = 1;
     std::uint64_t extentsPerPort = 1;
-    Counts extents(ports, 1);
+    Counts extents{1};
     if (maxDimensions) {
         const HostArray* matrix = *maxDimensions;
         if (matrix == nullptr || !isReal2dMatrix(matrix))
             throw Error(errors::InitializeError, "maximum extents are a real matrix, a row a port");
-        const std::uint64_t rows = getDimensions(matrix)[0];
-        ports = numberOfPorts.value_or(static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, UINT32_MAX)));
-        if (rows != ports)
-            throw Error(errors::InvalidMaxDimensionsForNPorts);
+        ports = getDimensions(matrix)[0];
         extentsPerPort = getDimensions(matrix)[1];
+        if (numberOfPorts && *numberOfPorts != ports)
+            throw Error(errors::InvalidMaxDimensionsForNPorts);
+        if (ports > 0 && extentsPerPort == 0)
+            throw Error(errors::InitializeError, "no extents");
         try {
             TimeBuffer::TransposeMaxDimensions(matrix, extents);
         } catch (const Error& error) {

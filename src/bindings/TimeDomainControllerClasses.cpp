@@ -18,11 +18,11 @@ HostObjectRef getPlotter(C& controller)
     const Plotter* plotter = controller.getPlotter();
     return plotter != nullptr ? plotter->getCOSInterface() : nullptr;
 }
-/// An empty array takes the plotter away.
+/// Null and an empty array take the plotter away.
 template <class C>
 void setPlotter(C& controller, const HostArray* plotter)
 {
-    const bool none = plotter != nullptr && isEmpty(plotter);
+    const bool none = plotter == nullptr || isEmpty(plotter);
     controller.setPlotter(none ? nullptr : payloadOf<Plotter>(plotter).get());
 }
 template <class C>

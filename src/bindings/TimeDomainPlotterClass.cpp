@@ -38,7 +38,7 @@ HostObjectRef wrapIf(const std::shared_ptr<AbstractTimeDomainController>& contro
 }
 
 /// The controller's host object, which a controller of the plotter's own making gets when it is first asked for.
-HostObjectRef getController(const Plotter& plotter)
+HostObjectRef getController(Plotter& plotter)
 {
     const std::shared_ptr<AbstractTimeDomainController> controller = plotter.getTimeOverrunModeController();
     if (controller == nullptr)
@@ -48,13 +48,17 @@ HostObjectRef getController(const Plotter& plotter)
         object = wrapIf<WrappingTimeDomainController>(controller);
     if (object == nullptr)
         object = wrapIf<ScrollingTimeDomainController>(controller);
+    plotter.setTimeOverrunModeController(controller, object);
     return object;
 }
-/// An empty array takes the controller away.
+/// Null and an empty array take the controller away.
 void setController(Plotter& plotter, const HostArray* controller)
 {
-    const bool none = controller != nullptr && isEmpty(controller);
-    plotter.setTimeOverrunModeController(none ? nullptr : payloadOf<AbstractTimeDomainController>(controller));
+    if (controller == nullptr || isEmpty(controller))
+        plotter.setTimeOverrunModeController(nullptr);
+    else
+        plotter.setTimeOverrunModeController(payloadOf<AbstractTimeDomainController>(controller),
+                                             hostobj::omGetArrayElement(controller, 0));
 }
 
 std::vector<double> getYExtents(const Plotter& plotter)

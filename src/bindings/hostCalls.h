@@ -36,10 +36,10 @@ struct Reacting : PropInfo {
     }
 };
 
-/// A property that the host's subclass keeps: read and written through methods of it, with `reaction` called
+/// A property of any type that the host's subclass keeps: read and written through methods of it, with `reaction` called
 /// afterwards when there is one. Reads as nothing while the subclass has no getter.
 template <class Class, FixedText name, FixedText getter, FixedText setter, FixedText... reaction>
-class HostKeptPropInfo : public hostobj::COSPropInfo {
+class AbstractScopeDataTypeAnyDependentPropInfo : public hostobj::COSPropInfo {
 public:
     hostobj::COSNameID getName() const override { return name.text; }
     hostobj::COSDataTypePtr getDataType() const override { return dataTypeOf<Value<HostArray*>>(); }

@@ -1,5 +1,6 @@
 #include "bindings/classes.h"
 
+#include <tracery/host/Error.h>
 #include <tracery/host/Publish.h>
 
 namespace tracery {
@@ -23,16 +24,20 @@ public:
 
 void publishClasses(hostobj::ObjectSystem& objects)
 {
+    binding::ClassInfoPtr visualClasses[] = {binding::abstractLinePlotterClass(), binding::abstractFramePlotterClass(),
+                                             binding::abstractTimeDomainPlotterClass(),
+                                             binding::wrappingTimeDomainControllerClass(),
+                                             binding::scrollingTimeDomainControllerClass()};
+    for (const binding::ClassInfoPtr& info : visualClasses)
+        if (objects.findClass("veltrashared.scopes.visual." + info->getName().text()) != nullptr)
+            throw Error(errors::DuplicateClass);
     objects.addPackage(std::make_unique<traceryPackageInfo>());
     hostobj::COSPackage& visual = objects.rootPackage()
                                       .findOrCreatePackage("veltrashared")
                                       .findOrCreatePackage("scopes")
                                       .findOrCreatePackage("visual");
-    visual.addClass(binding::abstractLinePlotterClass());
-    visual.addClass(binding::abstractFramePlotterClass());
-    visual.addClass(binding::abstractTimeDomainPlotterClass());
-    visual.addClass(binding::wrappingTimeDomainControllerClass());
-    visual.addClass(binding::scrollingTimeDomainControllerClass());
+    for (binding::ClassInfoPtr& info : visualClasses)
+        visual.addClass(std::move(info));
 }
 
 } // namespace tracery

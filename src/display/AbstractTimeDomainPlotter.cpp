@@ -51,11 +51,14 @@ void AbstractTimeDomainPlotter::setTimeOverrunMode(TimeOverrunModeEnum mode)
     setTimeOverrunModeController(std::move(controller));
 }
 
-void AbstractTimeDomainPlotter::setTimeOverrunModeController(std::shared_ptr<AbstractTimeDomainController> controller)
+void AbstractTimeDomainPlotter::setTimeOverrunModeController(std::shared_ptr<AbstractTimeDomainController> controller,
+                                                             HostObjectRef object)
 {
     if (controller != nullptr && controller->getPlotter() == nullptr)
         controller->setPlotter(this);
-    controller_ = std::move(controller);
+    // What was there goes last, as its end may run code of the host.
+    controller_.swap(controller);
+    controllerObject_.swap(object);
 }
 
 void AbstractTimeDomainPlotter::setSampleTimes(const double* values, std::size_t n)

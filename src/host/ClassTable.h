@@ -48,9 +48,12 @@ public:
     }
     hostobj::HostOutputs invoke(hostobj::HostInputs inputs, std::size_t wanted) const override
     {
-        hostobj::HostOutputs outputs = Base::invoke(inputs, wanted);
-        outputs.emplace_back(duplicateArray(inputs[0]));
-        return outputs;
+        return guarded([&] {
+            hostobj::HostOutputs outputs = Base::invoke(inputs, wanted);
+            HostArrayPtr self(duplicateArray(inputs[0]));
+            outputs.push_back(std::move(self));
+            return outputs;
+        });
     }
 };
 
@@ -89,8 +92,7 @@ private:
     }
     static void write(Class& object, const HostArray* array)
     {
-        const std::string text = Value<std::string>::read(dataType()->convert(array).get());
-        std::invoke(set, object, static_cast<Enum>(*dataType()->getEnumeration()->valueOf(text)));
+        std::invoke(set, object, static_cast<Enum>(readEnumeration(*dataType(), array)));
     }
 };
 

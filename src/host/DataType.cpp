@@ -81,8 +81,11 @@ COSDataTypePtr COSDataType::fromString(std::string_view text)
     const auto* shape = std::ranges::find(kShapes, shapeName, [](const auto& s) { return s.first; });
     const bool isClass =
         base == std::end(kBases) && isDottedName(baseName) && baseName.find('.') != std::string_view::npos;
+    const bool shapeless =
+        !isClass && base != std::end(kBases) &&
+        (base->second == Base::any || base->second == Base::asciiString || base->second == Base::object);
     if ((base == std::end(kBases) && !isClass) || shape == std::end(kShapes) ||
-        (space != std::string_view::npos && shapeName.empty()))
+        (space != std::string_view::npos && (shapeName.empty() || shapeless)))
         throw Error(errors::InvalidTypeString, "there is no type \"" + std::string(text) + "\"");
     auto type = std::shared_ptr<COSDataType>(new COSDataType);
     type->text_ = text;
@@ -150,7 +153,7 @@ HostArrayPtr COSDataType::convert(const HostArray* array) const
         if (given != HostClassID::char_)
             refuse(enumeration_ ? "a name of " + text_ : text_);
         const std::string_view text(getChars(array), static_cast<std::size_t>(count));
-        if (std::ranges::any_of(text, [](char c) { return c <= 0; }))
+        if (std::ranges::any_of(text, [](char c) { return static_cast<signed char>(c) <= 0; }))
             refuse(enumeration_ ? "a name of " + text_ : text_);
         if (!enumeration_)
             return HostArrayPtr(duplicateArray(array));
@@ -168,10 +171,11 @@ HostArrayPtr COSDataType::convert(const HostArray* array) const
     }
     if (given != HostClassID::object)
         refuse(text_);
-    const COSNameID className = base_ == Base::class_ ? std::string_view(text_).substr(0, text_.find(' ')) : "";
+    const bool any = base_ == Base::object;
+    const COSNameID className = any ? "" : std::string_view(text_).substr(0, text_.find(' ')); // "handle" is one, too
     for (std::uint64_t i = 0; i < count; ++i) {
         const COSInterfacePtr object = omGetArrayElement(array, i);
-        if (object == nullptr || (base_ == Base::class_ && !object->isA(className)))
+        if (object == nullptr || (!className.isEmpty() && !object->isA(className)))
             throw Error(errors::InvalidObject, "needed: " + text_);
     }
     return HostArrayPtr(duplicateArray(array));

@@ -66,6 +66,11 @@ protected:
         return (std::size_t{0} + ... + (isOptional<A> ? 1 : 0));
     }(std::type_identity<Arguments>());
     static_assert(Results<Result>::count == sizeof...(OutputNames), "each result has a name");
+    static_assert(
+        []<std::size_t... i>(std::index_sequence<i...>) {
+            return ((isOptional<std::tuple_element_t<i, Arguments>> == (i >= kArguments - kOptional)) && ...);
+        }(std::make_index_sequence<kArguments>()),
+        "only last arguments can be left out");
 
 public:
     hostobj::COSNameID getName() const override { return methodName.text; }

@@ -38,9 +38,6 @@ class AbstractScopeCOSPropInfo : public ScopePropInfo<name, "object", kStored, g
 /// Whose value is of any type.
 template <FixedText name, auto get, auto set = nullptr>
 class AbstractScopeDataTypeAnyPropInfo : public ScopePropInfo<name, "any", kStored, get, set> {};
-/// The same, computed from other state when it is read.
-template <FixedText name, auto get, auto set = nullptr>
-class AbstractScopeDataTypeAnyDependentPropInfo : public ScopePropInfo<name, "any", kComputed, get, set> {};
 
 /// A method of class Declarer that subclasses must supply and only they and the library call.
 template <class Declarer, FixedText name>
@@ -49,14 +46,15 @@ public:
     hostobj::COSNameID getName() const override { return name.text; }
     hostobj::COSMethodSignaturePtr getSignature() const override
     {
-        return hostobj::COSMethodSignature::createMethodSignature(dataTypeOf<Value<std::shared_ptr<Declarer>>>(), {},
-                                                                  {});
+        static const hostobj::COSMethodSignaturePtr signature =
+            hostobj::COSMethodSignature::createMethodSignature(dataTypeOf<Value<std::shared_ptr<Declarer>>>(), {}, {});
+        return signature;
     }
     hostobj::Access getAccess() const override { return hostobj::Access::protected_; }
     bool isAbstract() const override { return true; }
     hostobj::HostOutputs invoke(hostobj::HostInputs, std::size_t) const override
     {
-        throw Error(errors::AbstractMethod, std::string(name.text) + " has no body: a subclass supplies it");
+        throw Error(errors::AbstractMethod);
     }
 };
 

@@ -86,6 +86,13 @@ HostArrayPtr Value<std::vector<bool>>::write(const std::vector<bool>& values)
     return row;
 }
 
+int readEnumeration(const hostobj::COSDataType& type, const HostArray* array)
+{
+    const HostArrayPtr name = type.convert(array);
+    return *type.getEnumeration()->valueOf(
+        {getChars(name.get()), static_cast<std::size_t>(getNumberOfElements(name.get()))});
+}
+
 std::string Value<std::string>::read(const HostArray* array)
 {
     static const hostobj::COSDataTypePtr type = hostobj::COSDataType::fromString("asciiString");

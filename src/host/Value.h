@@ -48,7 +48,6 @@ struct Value<std::uint32_t> {
 template <>
 struct Value<std::uint64_t> {
     static std::string type() { return "uint32 scalar"; }
-    static std::uint64_t read(const HostArray* array) { return Value<std::uint32_t>::read(array); }
     static HostArrayPtr write(std::uint64_t value) { return Value<double>::write(static_cast<double>(value)); }
 };
 /// Written as a row.
@@ -115,6 +114,9 @@ struct Value<std::shared_ptr<T>> {
 /// An argument that may be left out.
 template <class T>
 struct Value<std::optional<T>> : Value<T> {};
+
+/// The value that a text names. throws  InvalidArgumentType
+int readEnumeration(const hostobj::COSDataType& type, const HostArray* array);
 
 template <class T>
 inline constexpr bool isOptional = false;

@@ -2,12 +2,15 @@
 
 #include <tracery/host/Error.h>
 
+#include <cxxabi.h>
+
 #include <exception>
 #include <new>
 
 namespace tracery::binding {
 
-/// Runs what a host asked for; every failure leaves as an Error, which hosts show with its identifier.
+/// Runs what a host asked for; every failure leaves as an Error, which hosts show with its identifier. That goes for
+/// what host code throws that the library calls in between, too.
 template <class Body>
 auto guarded(Body&& body) -> decltype(body())
 {
@@ -19,6 +22,10 @@ auto guarded(Body&& body) -> decltype(body())
         throw Error(errors::OutOfMemory);
     } catch (const std::exception& error) {
         throw Error(errors::InternalError, error.what());
+    } catch (abi::__forced_unwind&) { // the end of a thread, which must go on
+        throw;
+    } catch (...) {
+        throw Error(errors::InternalError);
     }
 }
 

@@ -1,4 +1,5 @@
 #include "bindings/Script.h"
+#include "support/FailingMemory.h"
 
 #include <array>
 #include <limits>
@@ -23,6 +24,9 @@ TEST(BadInputTest, IsRefusedWithTheErrorOfTheClassAndChangesNothing)
     EXPECT_EQ(refused("addTimeAndValue", true), "InvalidNumberOfArguments");
     EXPECT_EQ(refused("addTimeAndValue", 1, 1, 1, 1), "InvalidNumberOfArguments");
     EXPECT_EQ(refused("addTimeAndValue", true, "x", 9), "AddTimeError");
+    HostArrayPtr bufferOnly = none();
+    setRealData(bufferOnly.get(), static_cast<double*>(allocateMemory(8)));
+    EXPECT_EQ(refused("AddTime", std::move(bufferOnly)), "EmptyInput");
     EXPECT_EQ(refused("addTimeAndValue", none(), "x", 9), "EmptyInput");
     EXPECT_EQ(refused("addTimeAndValue", 1, HostArrayPtr(), 9), "EmptyInput");
     EXPECT_EQ(refused("addTimeAndValue", 1, "x", 9), "AddValueDataTypeError");
@@ -76,10 +80,40 @@ TEST(BadInputTest, TheConstructorOfABufferNamesWhatIsWrong)
     EXPECT_EQ(refused(5, twoPorts(), 2, "Rate"), "InvalidBufferType");
     EXPECT_EQ(refused(5, twoPorts(), 2, 1), "InvalidBufferType");
     EXPECT_EQ(refused(5, twoPorts(), 2, "SingleRate", std::vector{1.0, 0.0, 1.0}), "InvalidComplexityDimension");
+    EXPECT_EQ(refused(5, twoPorts(), 4294967295.0), "InvalidMaxDimensionsForNPorts");
+    EXPECT_EQ(refused(5, matrix(2, 0, {}), 2), "InitializeError");
     EXPECT_EQ(refused(5, 0), "InitializeError");
     EXPECT_EQ(refused(5, "x"), "InitializeError");
     EXPECT_EQ(refused(5, 1e15), "InitializeError");
     EXPECT_EQ(refused(5, 1, 1, "SingleRate", false, false, 1), "InvalidNumberOfArguments");
+}
+
+TEST(BadInputTest, NothingIsLostWhenMemoryRunsOut)
+{
+    Script script;
+    const std::string subclass = script.subclass("veltrashared.scopes.visual.AbstractTimeDomainPlotter");
+    script.host.construct(subclass);
+    const HostObjectRef buffer = script.make("tracery.TimeBuffer", 100);
+    long allocations = 0;
+    const auto scenario = [&] {
+        const HostObjectRef line = script.make("tracery.TimeScopeLine");
+        const HostObjectRef display = script.host.construct(subclass);
+        script.set(display, "Lines", line);
+        script.set(display, "TimeOverrunMode", "scroll");
+        script.object(display, "TimeOverrunModeController");
+        script.call(0, buffer, "addTimeAndValue", 1, 1);
+        script.call(2, buffer, "GetTimeAndValue");
+    };
+    const auto enough = [&] {
+        try {
+            return runs(allocations, scenario);
+        } catch (const Error&) {
+            return false;
+        }
+    };
+    while (!enough())
+        ++allocations;
+    EXPECT_GT(allocations, 50);
 }
 
 /// Values of every class, shape and oddity.
@@ -149,10 +183,12 @@ TEST(BadInputTest, WhateverIsPassedToAnyMemberIsTakenOrRefusedWithAnIdentifier)
             values.push_back(oddValue(random, objects));
             inputs.push_back(values.back().get());
         }
-        if (random() % 200 == 0) {
+        if (random() % 100 == 0) {
             const std::string name = object->className();
             script.host.deleteObject(object);
             object = script.host.construct(name);
+        } else if (random() % 20 == 0) {
+            attempt([&] { script.host.construct(object->className(), inputs); });
         } else if (random() % 3 == 0 && !members.methods.empty()) {
             const std::string& name = members.methods[random() % members.methods.size()].name;
             attempt([&] { script.host.call(object, name, inputs, random() % 4); });

@@ -31,8 +31,8 @@ public:
     std::string getDescription() const override { return "what the line is drawn in; -1 for nothing"; }
     HostArray* getValue(const COSInterfacePtr& object) const override
     {
-        const HostArrayPtr& parent = lineOf(object)->parent;
-        return parent != nullptr ? duplicateArray(parent.get()) : nullptr;
+        const std::shared_ptr<DrawnLine> line = lineOf(object);
+        return line->parent != nullptr ? duplicateArray(line->parent.get()) : nullptr;
     }
     void setValue(const COSInterfacePtr& object, const HostArray* value) const override
     {

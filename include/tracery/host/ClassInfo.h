@@ -39,7 +39,8 @@ public:
     /// A new array, or null when there is no value. The host hands it back to destroyValue when it is done with it, or
     /// keeps it for good. throws  InvalidObject, and what the library object reports
     virtual HostArray* getValue(const COSInterfacePtr& object) const = 0;
-    /// throws  InvalidObject, InvalidArgumentType, and what the library object reports; the property then is as it was
+    /// throws  InvalidObject, InvalidArgumentType, and what the library object reports; the property then is as it was.
+    ///         What host code reports that reacts to the change comes after it: the property has changed then
     virtual void setValue(const COSInterfacePtr& object, const HostArray* value) const = 0;
     virtual void destroyValue(HostArray* value) const noexcept;
 };

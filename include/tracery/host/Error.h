@@ -39,7 +39,7 @@ inline constexpr const char* kBuiltins = "VELTRA:builtins"; ///< of the host its
 // clang-format off
 inline constexpr ErrorKind AbstractMethod{kComponent, "AbstractMethod", "the method has no body: a subclass supplies it"};
 inline constexpr ErrorKind AddComplexDataError{kComponent, "AddComplexDataError", "the port is real and has no ring for imaginary values"};
-inline constexpr ErrorKind AddTimeError{kComponent, "AddTimeError", "times are real doubles"};
+inline constexpr ErrorKind AddTimeError{kComponent, "AddTimeError", "times are doubles"};
 inline constexpr ErrorKind AddValueDataTypeError{kComponent, "AddValueDataTypeError", "values are doubles"};
 inline constexpr ErrorKind AddValueError{kComponent, "AddValueError", "the number of value steps differs from the number of time steps"};
 inline constexpr ErrorKind AddValueInputFormatError{kComponent, "AddValueInputFormatError", "the extents of the values do not fit the port"};

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <typeinfo>
+#include <utility>
 
 namespace tracery::hostobj {
 

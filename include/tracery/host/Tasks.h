@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace tracery::Performance::CooperativeTaskManager {
 

@@ -20,7 +20,8 @@ namespace tracery::embedded {
 ///
 /// The roles are what the library uses; the functions of this class are what a program does that the host's language
 /// would do elsewhere. Attach the host with a HostScope; while one of the functions runs the host is attached in any
-/// case. Main thread only. What methods, constructors and functions throw is passed on.
+/// case. Main thread only. What methods, constructors and functions throw is
+/// passed on; where the library called them, as an Error.
 ///
 /// Bodies, hooks and tasks may use the host freely: delete the object they run on, define classes, call back. They do
 /// not destroy the host. Objects may outlive it: they are deleted then.
