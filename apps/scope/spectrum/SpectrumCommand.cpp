@@ -20,6 +20,7 @@ namespace {
 constexpr std::uint32_t kLongestSegment = 16384; // unless asked for
 constexpr std::uint32_t kShortestSegment = 16;
 constexpr std::uint64_t kAverages = 8;
+constexpr double kMarkRoom = 0.05;    // for the marks above the highest peak, as a share of the range
 constexpr double kMostDecibels = 200; // that a picture spans; below are rounding errors
 
 /// Whether a transform takes a fraction of a second: what it costs grows with the largest prime factor.
@@ -130,6 +131,8 @@ Figure figureOf(const std::vector<double>& frequencies, const std::vector<Curve>
         }
         if (options.unit != LevelUnit::Linear)
             seen.low = std::max(seen.low, seen.high - kMostDecibels);
+        if (!curve.peaks.empty())
+            seen.high += kMarkRoom * (seen.high - seen.low);
         for (const SpectrumPeak& peak : curve.peaks) {
             const int first = static_cast<int>(std::floor(std::log10(std::abs(peak.frequency))));
             const int digits = std::clamp(first - lastDigit(binWidth) + 1, 1, 12);
