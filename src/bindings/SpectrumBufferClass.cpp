@@ -3,6 +3,13 @@
 #include "host/ClassTable.h"
 
 #include <tracery/SpectrumBuffer.h>
+#include <tracery/host/Error.h>
+
+#include <algorithm>
+#include <limits>
+#include <numbers>
+#include <tuple>
+#include <utility>
 
 namespace tracery::binding {
 
@@ -28,11 +35,14 @@ HostArrayPtr getSegments(SB& buffer) { return orEmpty(buffer.getAvailableSegment
 /// The four numbers are not read: the buffer hands out what is ready.
 std::tuple<HostArrayPtr, HostArrayPtr> getTimeAndValue(SB& buffer, double, double, double, double)
 {
+    // Made first: what was handed out is discarded later, so it must not be lost.
+    HostArrayPtr noTime = orEmpty(nullptr);
+    HostArrayPtr noValue = orEmpty(nullptr);
     HostArray* time = nullptr;
     HostArray* value = nullptr;
     buffer.GetTimeAndValue(0, time, value);
-    HostArrayPtr segments(value);
-    return {orEmpty(time), orEmpty(segments.release())};
+    return {time != nullptr ? HostArrayPtr(time) : std::move(noTime),
+            value != nullptr ? HostArrayPtr(value) : std::move(noValue)};
 }
 
 using Statistics = std::tuple<HostArrayPtr, HostArrayPtr, HostArrayPtr, HostArrayPtr>;
@@ -41,14 +51,38 @@ Statistics updateCCDF(SB& buffer, const HostArray* power, double numBins, double
     constexpr double kMostBins = 1 << 24;
     if (!(numBins >= 1 && numBins <= kMostBins))
         throw Error(errors::InvalidArgumentType, "needed: 1 to 2^24 bins");
+    // The logarithms of doubles lie within +-745.2: finer bins could not be counted in ints.
+    const double binsPerNeper = 10 / std::numbers::ln10 / resolution;
+    if (745.2 * binsPerNeper > std::numeric_limits<int>::max())
+        throw Error(errors::InvalidArgumentType, "needed: a resolution of at least 2e-6 dB");
     HostArray* results[4] = {};
     buffer.updateCCDF(power, static_cast<int>(numBins), resolution, results[0], results[1], results[2], results[3]);
     return {HostArrayPtr(results[0]), HostArrayPtr(results[1]), HostArrayPtr(results[2]), HostArrayPtr(results[3])};
 }
 
+/// Sizes at which a host cannot be stopped by running out of memory.
+void requireSize(std::uint32_t segmentLength, std::uint32_t numChannels)
+{
+    constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 26;
+    if (std::uint64_t{std::max(segmentLength, 1U)} * std::max(numChannels, 1U) > kMostSamples)
+        throw Error(errors::InvalidArgumentType, "needed: at most 2^26 samples in a segment of all channels");
+}
+void setSegmentLength(SB& buffer, std::uint32_t samples)
+{
+    requireSize(samples, buffer.getNumChannels());
+    buffer.setSegmentLength(samples);
+}
+void setNumChannels(SB& buffer, std::uint32_t channels)
+{
+    requireSize(buffer.getSegmentLength(), channels);
+    buffer.setNumChannels(channels);
+}
+
 void construct(SB& buffer, std::uint32_t segmentLength, double overlapPercent, bool isComplex,
                std::uint32_t numChannels)
 {
+    requireSize(segmentLength, numChannels);
+    buffer.flush();
     buffer.setSegmentLength(segmentLength);
     buffer.setOverlapPercent(overlapPercent);
     buffer.setComplexityFlag(complexityOf(isComplex));
@@ -96,12 +130,12 @@ struct SpectrumBufferCOSClassInfo : ClassInfo<SB> {
         c.superclass("handle");
         // clang-format off
         c.addProperty(property<&SB::getOverlapPercent, &SB::setOverlapPercent>("OverlapPercent", kPublic, kPublic, kStored, "OverlapPercent"));
-        c.addProperty(property<&SB::getSegmentLength, &SB::setSegmentLength>("SegmentLength", kPublic, kPublic, kStored, "Segment Length"));
+        c.addProperty(property<&SB::getSegmentLength, &setSegmentLength>("SegmentLength", kPublic, kPublic, kStored, "Segment Length"));
         c.addProperty(property<&SB::getSegmentsPerBlock, &SB::setSegmentsPerBlock>("SegmentsPerBlock", kPublic, kPublic, kStored, "Segments per block"));
         c.addProperty(property<&SB::getComplexityFlag>("Complexity", kPublic, kReadOnly, kComputed, "Return the complexity Flag as a string"));
         c.addProperty(property<&SB::getCCDFHistogram>("CCDFHistogram", kPublic, kReadOnly, kComputed, "Return the CCDF Histogram"));
         c.addProperty(property<&SB::getCCDFTotalUnbinned>("CCDFTotalUnbinned", kPublic, kReadOnly, kComputed, "Return the total number of samples excluded from the CCDF Histogram"));
-        c.addProperty(property<&SB::getNumChannels, &SB::setNumChannels>("NumChannels", kPublic, kPublic, kComputed, "Number of channels"));
+        c.addProperty(property<&SB::getNumChannels, &setNumChannels>("NumChannels", kPublic, kPublic, kComputed, "Number of channels"));
         c.addProperty(property<&SB::getMaxNumTimeSteps, &SB::setMaxNumTimeSteps>("MaxNumTimeSteps", kPublic, kPublic, kStored, "MaxNumTimeSteps"));
         c.addProperty(property<&SB::getNPorts, &SB::setNPorts>("NPorts", kPublic, kPublic, kStored, "Number of ports"));
         c.addProperty(property<&SB::getTreatMby1SignalsAsOneChannel, &SB::setTreatMby1SignalsAsOneChannel>("TreatMby1SignalsAsOneChannel", kPublic, kPublic, kStored, "TreatMby1SignalsAsOneChannel"));

@@ -119,6 +119,16 @@ TEST(HostScenarioTest, ASpectrumBufferHandsOutSegmentsAndStatistics)
     EXPECT_EQ(getNumberOfElements(histogram.get()), 30U) << "bins are truncated";
     for (const double bins : {0.0, 0.9, -3.0, getNaN(), getInf(), 1e9})
         EXPECT_EQ(failure([&] { script.call(4, buffer, "updateCCDF", 1.0, bins, 0.5); }), "InvalidArgumentType");
+    EXPECT_EQ(failure([&] { script.call(4, buffer, "updateCCDF", 1.0, 30, 1e-9); }), "InvalidArgumentType");
+    EXPECT_EQ(failure([&] { script.call(4, buffer, "updateCCDF", 1.0, 31, 0.5); }), "InvalidSubscript");
+    EXPECT_EQ(failure([&] { script.set(buffer, "NumChannels", 4294967295.0); }), "InvalidArgumentType");
+
+    const HostObjectRef other = script.make("tracery.SpectrumBuffer", 8, 25, true, 2);
+    EXPECT_EQ(script.number(other, "SegmentLength"), 8);
+    EXPECT_EQ(script.number(other, "OverlapPercent"), 25);
+    EXPECT_EQ(script.number(other, "NumChannels"), 2);
+    EXPECT_EQ(script.text(other, "Complexity"), "Complex");
+    EXPECT_EQ(failure([&] { script.call(0, other, "addValue", 1.0, 1); }), "InvalidSubscript") << "one channel of two";
 }
 
 TEST(HostScenarioTest, ALineIsThinnedAndKnowsItsAnimator)
