@@ -14,8 +14,10 @@ std::size_t PanelSorter::add(const std::string& key, const std::string& yUnit, T
         limits_.push_back(noLimits());
         panels_.emplace_back().yUnit = yUnit;
     }
-    extend(limits_[panel], seen.low);
-    extend(limits_[panel], seen.high);
+    if (seen.low <= seen.high) { // else nothing is seen of the trace
+        extend(limits_[panel], seen.low);
+        extend(limits_[panel], seen.high);
+    }
     panels_[panel].traces.push_back(std::move(trace));
     return panel;
 }
