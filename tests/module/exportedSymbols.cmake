@@ -4,8 +4,8 @@ execute_process(COMMAND ${NM} -D -C --defined-only ${LIBRARY} OUTPUT_VARIABLE li
 string(REGEX MATCHALL "[^\n]+" lines "${listing}")
 foreach(line IN LISTS lines)
   string(REGEX REPLACE "^[0-9a-f]+ . " "" name "${line}")
-  if(name MATCHES "tracery::binding::" OR NOT name MATCHES
-                                            "^(typeinfo for |typeinfo name for |vtable for |non-virtual thunk to )?tracery::")
+  if(name MATCHES "tracery::binding::"
+     OR NOT name MATCHES "^(typeinfo for |typeinfo name for |vtable for |non-virtual thunk to )?tracery::")
     list(APPEND names ${name})
   endif()
 endforeach()
