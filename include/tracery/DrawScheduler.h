@@ -14,10 +14,11 @@
 namespace tracery {
 
 /// Decides when the displays of the process redraw: all of them together, at most once an interval unless forced, and
-/// only when a line has new data or the host has updates pending. Then the attached host commits its graphics.
+/// only when a line has new data or the host has updates pending. Then the host commits its graphics: the one that the
+/// scheduler listens to, else the attached one.
 ///
 /// Until Init a scheduler has no interval and does not listen to commits. A host that is detached or gone is let be;
-/// the next Init listens to the host that is attached then. Main thread only.
+/// the next Init listens to the host that is attached then. Not destroyed by its own tasks. Main thread only.
 class TRACERY_EXPORT DrawScheduler {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
@@ -50,6 +51,8 @@ public:
     void Init(double intervalSeconds, double second);
     double getIntervalMicroseconds() const noexcept { return intervalMicroseconds_; }
     double getSecondSetting() const noexcept { return second_; }
+    /// The host whose commits it listens to; null when there is none.
+    Host* getCommitHost() const noexcept { return commitHook_ != nullptr ? commitHost_.lock().get() : nullptr; }
     /// Listens to commits no more; the draw count is 0. Tasks stay bound.
     void Clear();
 

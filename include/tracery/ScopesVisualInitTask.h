@@ -1,16 +1,18 @@
 #pragma once
 
 #include <tracery/export.h>
-#include <tracery/host/Tasks.h>
+#include <tracery/host/Host.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace tracery {
 
-/// A warm-up task: makes the host load what a first scope will need, a step at a time until the slice is used up. With
-/// the host's feature "FlushTaskMgrOnUELoadForTests" it is finished at once. Nothing is raised when a step fails.
+/// A warm-up task: makes the host load what a first scope will need, a step at a time until the slice is used up. The
+/// host is the one that is attached at construction; it is attached again while it loads. Without it, and with its
+/// feature "FlushTaskMgrOnUELoadForTests", the task is finished at once. Nothing is raised when a step fails.
 class TRACERY_EXPORT ScopesVisualInitTask : public Performance::CooperativeTaskManager::Task {
 public:
     bool run(Performance::CooperativeTaskManager::OrderedTaskSession& session) override;
@@ -19,20 +21,23 @@ public:
 
 protected:
     ScopesVisualInitTask(const char* name, std::size_t steps);
-    virtual void runStep(std::size_t index) = 0;
+    virtual void runStep(Host& host, std::size_t index) = 0;
+    /// Null when it is gone, or there never was one.
+    Host* getHost() const noexcept { return host_.lock().get(); }
     void setNumberOfSteps(std::size_t steps) noexcept { steps_ = steps; }
 
 private:
+    std::weak_ptr<Host> host_;
     std::size_t steps_;
     std::size_t done_ = 0;
 };
 
-/// Loads the classes that the host attached at construction lists for the task's name. A class that cannot be loaded is
+/// Loads the classes that the host lists for the task's name. A class that cannot be loaded is
 /// named on the standard output, and so is, on purpose, every later one of the task.
 class TRACERY_EXPORT ScopesVisualInitClassTask : public ScopesVisualInitTask {
 protected:
     explicit ScopesVisualInitClassTask(const char* name);
-    void runStep(std::size_t index) override;
+    void runStep(Host& host, std::size_t index) override;
 
 private:
     std::vector<std::string> classNames_;
@@ -48,7 +53,7 @@ public:
 
 protected:
     ScopesVisualInitCountingTask(const char* name, const char* function, std::size_t calls);
-    void runStep(std::size_t index) override;
+    void runStep(Host& host, std::size_t index) override;
 
 private:
     const char* function_;

@@ -6,12 +6,18 @@
 namespace tracery {
 
 namespace {
-Host* scopedHost = nullptr;   ///< of the innermost scope
+HostScope* innermostScope = nullptr;
 Host* attachedHost = nullptr; ///< the last one attached for longer; the others follow by attachedBefore_
 } // namespace
 
 Host::Host() : self_(this, [](Host*) {}) {}
-Host::~Host() { unlink(); }
+Host::~Host()
+{
+    unlink();
+    for (HostScope* scope = innermostScope; scope != nullptr; scope = scope->outer_)
+        if (scope->host_ == this)
+            scope->host_ = nullptr;
+}
 Features::~Features() = default;
 Graphics::~Graphics() = default;
 Graphics::HookRegistration::~HookRegistration() = default;
@@ -42,8 +48,9 @@ std::vector<std::string> Host::warmUpClasses(const std::string&) { return {}; }
 
 void Host::attach(Host& host) noexcept
 {
-    if (host.attachments_++ == 0)
-        host.attachedBefore_ = std::exchange(attachedHost, &host);
+    ++host.attachments_;
+    host.unlink(); // the last one attached goes first, also when it was attached before
+    host.attachedBefore_ = std::exchange(attachedHost, &host);
 }
 
 void Host::detach(Host& host) noexcept
@@ -61,7 +68,13 @@ void Host::unlink() noexcept
         }
 }
 
-Host* Host::current() noexcept { return scopedHost != nullptr ? scopedHost : attachedHost; }
+Host* Host::current() noexcept
+{
+    for (const HostScope* scope = innermostScope; scope != nullptr; scope = scope->outer_)
+        if (scope->host_ != nullptr)
+            return scope->host_;
+    return attachedHost;
+}
 
 Host& Host::require()
 {
@@ -70,8 +83,8 @@ Host& Host::require()
     throw Error(errors::NoHost);
 }
 
-HostScope::HostScope(Host& host) noexcept : previous_(std::exchange(scopedHost, &host)) {}
-HostScope::~HostScope() { scopedHost = previous_; }
+HostScope::HostScope(Host& host) noexcept : host_(&host), outer_(std::exchange(innermostScope, this)) {}
+HostScope::~HostScope() { innermostScope = outer_; }
 
 void svRegisterFeature(const char* name, int defaultValue, FeatureCallback changed, void* userData)
 {

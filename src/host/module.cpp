@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <list>
 #include <memory>
+#include <ranges>
+#include <utility>
 
 namespace tracery {
 
@@ -27,28 +29,46 @@ struct Registration {
     bool terminated = false;
 };
 
-Registration& registrationOf(Host& host)
+/// Those of the hosts that live, in the order in which they came.
+std::list<Registration>& registrations()
 {
     // Never destroyed: a host may go later than the variables of this library.
     static std::list<Registration>& all = *new std::list<Registration>;
     std::erase_if(all, [](const Registration& r) { return r.host.expired(); });
+    return all;
+}
+
+Registration& registrationOf(Host& host)
+{
+    std::list<Registration>& all = registrations();
     const auto known = std::ranges::find(all, &host, [](const Registration& r) { return r.host.lock().get(); });
     return known != all.end() ? *known : all.emplace_back(Registration{host.watch()});
 }
 
+/// A step that fails is to be done again; one that comes back here while it runs is not.
 template <class Step>
 void once(bool& done, Step&& step)
 {
-    if (done)
+    if (std::exchange(done, true))
         return;
-    step();
-    done = true;
+    try {
+        step();
+    } catch (...) {
+        done = false;
+        throw;
+    }
 }
 
-void registerFeatures(Features& features)
+void giveUpPackage()
+{
+    if (hostobj::COSPackage* package = hostobj::COSPackage::getPackageInterface("tracery"))
+        package->removeClient(hostobj::COSGetPublicClient());
+}
+
+void registerFeatures()
 {
     svRegisterFeature(kUsesSLA, 1, setUsesSLA, nullptr);
-    setUsesSLA(features.getFeature(kUsesSLA).value_or(1), nullptr);
+    setUsesSLA(Host::require().features().getFeature(kUsesSLA).value_or(1), nullptr);
     svRegisterFeature("UseTaskMgrToLaunchScope", 0, nullptr, nullptr);
     svRegisterFeature("FlushTaskMgrOnUELoadForTests", 0, nullptr, nullptr);
 }
@@ -57,21 +77,44 @@ void initialize(Host& host)
 {
     Registration& done = registrationOf(host);
     once(done.package, [&] { hostobj::COSPackage::addPackage(binding::traceryPackage()); });
-    once(done.baseClasses, [&] { binding::addBaseClasses(host.objects()); });
+    try {
+        once(done.baseClasses, [&] { binding::addBaseClasses(host.objects()); });
+    } catch (...) {
+        if (std::exchange(done.package, false)) // all classes or none
+            giveUpPackage();
+        throw;
+    }
     once(done.features, [&] {
-        registerFeatures(host.features());
+        registerFeatures();
         DrawScheduler::getInstance()->Init();
     });
 }
 
-void terminate(Host& host)
+/// The draw scheduler goes on with the host that came last of those that use the module; without one it is shut down.
+/// One that listens to a host that stays is let be.
+void releaseScheduler(const Host* leaving)
 {
-    Registration& done = registrationOf(host);
-    if (!done.package || done.terminated)
+    const Host* listened = DrawScheduler::getInstance()->getCommitHost();
+    if (listened != nullptr && listened != leaving)
         return;
-    done.terminated = true;
-    if (hostobj::COSPackage* package = hostobj::COSPackage::getPackageInterface("tracery"))
-        package->removeClient(hostobj::COSGetPublicClient());
+    const auto newestFirst = registrations() | std::views::reverse;
+    const auto next = std::ranges::find_if(newestFirst, [](const auto& r) { return r.features && !r.terminated; });
+    if (next == newestFirst.end())
+        return DrawScheduler::shutDown();
+    const HostScope attached(*next->host.lock());
+    if (listened != nullptr)
+        DrawScheduler::getInstance()->Init();
+}
+
+void terminate(Host* host)
+{
+    if (host == nullptr)
+        return releaseScheduler(nullptr);
+    Registration& done = registrationOf(*host);
+    if (!done.package || std::exchange(done.terminated, true))
+        return;
+    releaseScheduler(host);
+    giveUpPackage();
 }
 
 void attach(Host* host) { Host::attach(*host); }
@@ -101,11 +144,7 @@ void VTInitialize_tracery()
 
 void VTTerminate_tracery()
 {
-    binding::guarded([] {
-        DrawScheduler::shutDown();
-        if (Host* host = Host::current())
-            terminate(*host);
-    });
+    binding::guarded([] { terminate(Host::current()); });
 }
 
 const ModuleTable* QueryVTFcnTable_tracery() { return &kTable; }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <utility>
 
 namespace tracery {
 
@@ -32,6 +33,7 @@ DrawScheduler::~DrawScheduler()
 {
     commitHook_.reset();
     timer_->stop();
+    const auto dropped = std::exchange(tasks_, {}); // what goes with them may look here
 }
 
 void DrawScheduler::Init() { Init(getTimeInterval(), 0.5); }
@@ -51,7 +53,7 @@ void DrawScheduler::Init(double intervalSeconds, double second)
 void DrawScheduler::listenToCommits()
 {
     Host* host = Host::current();
-    const Host* listened = commitHook_ != nullptr ? commitHost_.lock().get() : nullptr;
+    const Host* listened = getCommitHost();
     if (listened != nullptr && (host == nullptr || host == listened))
         return;
     commitHook_.reset();
@@ -117,7 +119,8 @@ void DrawScheduler::drawRound()
         for (std::size_t id = 0; id < roundSize_; ++id)
             if (const auto task = tasks_[id]) // held: it may unbind itself
                 task->PrepareForDraw();
-        if (Host* host = Host::current())
+        Host* listened = getCommitHost();
+        if (Host* host = listened != nullptr ? listened : Host::current())
             host->graphics().commitDatabaseUpdates(0);
     } catch (...) {
         finish();

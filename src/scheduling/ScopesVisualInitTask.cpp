@@ -8,11 +8,7 @@ namespace tracery {
 
 namespace {
 
-bool isFlushing()
-{
-    Host* host = Host::current();
-    return host != nullptr && host->features().getFeature("FlushTaskMgrOnUELoadForTests").value_or(0) != 0;
-}
+bool isFlushing(Host& host) { return host.features().getFeature("FlushTaskMgrOnUELoadForTests").value_or(0) != 0; }
 
 /// Whether the work was done. What the host reports is dropped: it shows again where what is missing is needed.
 template <class Work>
@@ -25,24 +21,31 @@ bool succeeds(Work&& work)
     }
 }
 
-void callHost(const char* function, hostobj::HostInputs inputs)
+void callHost(Host& host, const char* function, hostobj::HostInputs inputs)
 {
+    const HostScope attached(host);
     succeeds([&] {
-        Host::require().functions().call(function, inputs, 0);
+        host.functions().call(function, inputs, 0);
         return true;
     });
 }
 
 } // namespace
 
-ScopesVisualInitTask::ScopesVisualInitTask(const char* name, std::size_t steps) : steps_(steps) { setName(name); }
+ScopesVisualInitTask::ScopesVisualInitTask(const char* name, std::size_t steps) : steps_(steps)
+{
+    setName(name);
+    if (Host* host = Host::current())
+        host_ = host->watch();
+}
 
 bool ScopesVisualInitTask::run(Performance::CooperativeTaskManager::OrderedTaskSession& session)
 {
-    if (isFlushing())
+    Host* host = getHost();
+    if (host == nullptr || isFlushing(*host))
         return true;
     while (done_ < steps_) {
-        runStep(done_++);
+        runStep(*host, done_++);
         if (done_ < steps_ && session.getMicrosecondsRemaining() <= 0)
             return false;
     }
@@ -51,17 +54,18 @@ bool ScopesVisualInitTask::run(Performance::CooperativeTaskManager::OrderedTaskS
 
 ScopesVisualInitClassTask::ScopesVisualInitClassTask(const char* name) : ScopesVisualInitTask(name, 0)
 {
-    if (Host* host = Host::current())
+    if (Host* host = getHost())
         classNames_ = host->warmUpClasses(name);
     setNumberOfSteps(classNames_.size());
 }
 
-void ScopesVisualInitClassTask::runStep(std::size_t index)
+void ScopesVisualInitClassTask::runStep(Host& host, std::size_t index)
 {
+    const HostScope attached(host);
     const std::string& name = classNames_[index];
     const bool loaded = succeeds([&] {
         const HostArrayPtr array(createClassArray(name.c_str()));
-        return array != nullptr && Host::require().objects().findClass(name) != nullptr;
+        return array != nullptr && host.objects().findClass(name) != nullptr;
     });
     success_ = success_ && loaded;
     if (!success_)
@@ -72,15 +76,16 @@ ScopesVisualInitCountingTask::ScopesVisualInitCountingTask(const char* name, con
     : ScopesVisualInitTask(name, calls), function_(function)
 {}
 
-void ScopesVisualInitCountingTask::runStep(std::size_t) { callHost(function_, {}); }
+void ScopesVisualInitCountingTask::runStep(Host& host, std::size_t) { callHost(host, function_, {}); }
 
 void ScopesVisualInitCountingTask::finishIfBegun() const
 {
-    if (getStepsDone() == 0 || getStepsDone() >= getNumberOfSteps())
+    Host* host = getHost();
+    if (host == nullptr || getStepsDone() == 0 || getStepsDone() >= getNumberOfSteps())
         return;
     const HostArrayPtr yes(createLogicalScalar(true));
     const HostArray* inputs[] = {yes.get()};
-    callHost(function_, inputs);
+    callHost(*host, function_, inputs);
 }
 
 } // namespace tracery

@@ -78,14 +78,15 @@ TEST_F(ObjectsTest, ConstructionThatFailsLeavesNothing)
     EXPECT_EQ(host->getNumberOfLiveObjects(), 0U);
 }
 
-TEST_F(ObjectsTest, DefinitionsAreCheckedAndAFailedPackageLeavesNoClass)
+TEST_F(ObjectsTest, DefinitionsAreCheckedAndAFailedPackageLeavesNothing)
 {
     class Twice final : public COSPackageInfo {
     public:
         explicit Twice(Census& census) : census_(census) {}
-        COSNameID getName() const override { return "pair"; }
+        COSNameID getName() const override { return "pair.inner"; }
         void addClasses(COSPackage& package) const override
         {
+            package.findOrCreatePackage("more");
             for (int i = 0; i < 2; ++i)
                 package.addClass(std::make_unique<GaugeClassInfo>(census_, "Gauge"));
         }
@@ -94,6 +95,7 @@ TEST_F(ObjectsTest, DefinitionsAreCheckedAndAFailedPackageLeavesNoClass)
         Census& census_;
     };
     const std::size_t before = host->listClasses().size();
+    host->objects().rootPackage().findOrCreatePackage("pair").removeClient(host->objects().publicClient());
     const std::shared_ptr<const HostArray> text = HostArrayPtr(createString("text"));
     expectErrors({{"DuplicateClass", [&] { host->objects().addPackage(std::make_unique<Twice>(census)); }},
                   {"DuplicateClass", [&] { host->defineClass({.name = "handle"}); }},
@@ -111,7 +113,10 @@ TEST_F(ObjectsTest, DefinitionsAreCheckedAndAFailedPackageLeavesNoClass)
                        host->defineClass({.name = "A", .properties = {{"P", "double", text}}});
                    }}});
     EXPECT_EQ(host->listClasses().size(), before);
-    EXPECT_EQ(host->objects().findClass("pair.Gauge"), nullptr);
+    EXPECT_EQ(host->objects().findClass("pair.inner.Gauge"), nullptr);
+    for (const char* package : {"pair", "pair.inner", "pair.inner.more"})
+        EXPECT_EQ(host->objects().findPackage(package), nullptr) << package;
+    EXPECT_NE(host->objects().findPackage("veltra.graphics"), nullptr);
 }
 
 TEST_F(ObjectsTest, AccessHoldsForProgramsAndNotForTheLibrary)

@@ -49,6 +49,13 @@ TEST_F(ServicesTest, FeaturesKeepTheirFirstValueAndTellOfChanges)
     EXPECT_EQ(told, (std::vector<int>{4, 5}));
     EXPECT_EQ(host->features().getFeature("a"), 5);
     EXPECT_EQ(host->features().getFeature("b"), 1);
+    // One that sets the feature again: those after it are told of the later value alone.
+    const auto limit = [](int, void* data) { static_cast<EmbeddedHost*>(data)->setFeature("c", 0); };
+    host->setFeature("c", 0);
+    host->features().registerFeature("c", 0, limit, host.operator->());
+    host->features().registerFeature("c", 0, tell, &told);
+    host->setFeature("c", 6);
+    EXPECT_EQ(told, (std::vector<int>{4, 5, 0}));
 }
 
 TEST_F(ServicesTest, TheConsoleKeepsTextUntilThereIsASinkAndFunctionsMayChangeThemselves)
@@ -71,6 +78,12 @@ TEST_F(ServicesTest, TheConsoleKeepsTextUntilThereIsASinkAndFunctionsMayChangeTh
     });
     EXPECT_EQ(numberIn(host->functions().call("my.f", {}, 1).at(0).get()), 6);
     EXPECT_EQ(failure([&] { host->functions().call("my.f", {}, 1); }), "UnknownFunction");
+    const auto lookBack = [this](void*) {
+        EXPECT_EQ(failure([&] { host->functions().call("my.g", {}, 0); }), "UnknownFunction");
+        host->defineFunction("my.g", nullptr);
+    };
+    host->defineFunction("my.g", [last = std::shared_ptr<void>(this, lookBack)](auto...) { return HostOutputs(); });
+    host->defineFunction("my.g", nullptr);
 }
 
 TEST_F(ServicesTest, CommitHooksMayGoComeAndThrowWhileTheyRun)

@@ -1,4 +1,5 @@
 #include "support/Expect.h"
+#include "support/RecordingHost.h"
 
 #include <tracery/DrawScheduler.h>
 #include <tracery/embedded/EmbeddedHost.h>
@@ -29,6 +30,27 @@ std::string published()
     return listing(host);
 }
 
+const bool usesSLAAtFirst = timeScopeBlockUsesSLA();
+
+TEST(ModuleTest, EachStepIsTakenOnceInItsOrder)
+{
+    EXPECT_TRUE(usesSLAAtFirst);
+    test::RecordingHost host;
+    host.whileAdding = &VTInitialize_tracery;
+    const HostScope attached(host);
+    VTInitialize_tracery();
+    DrawScheduler::getInstance()->Init(7, 0);
+    VTInitialize_tracery();
+    EXPECT_EQ(DrawScheduler::getInstance()->getIntervalMicroseconds(), 7e6);
+    VTTerminate_tracery();
+    VTTerminate_tracery();
+    VTInitialize_tracery();
+    EXPECT_EQ(host.takeLog(), "package tracery veltrashared scopes visual AbstractLinePlotter AbstractFramePlotter "
+                              "AbstractTimeDomainPlotter WrappingTimeDomainController ScrollingTimeDomainController "
+                              "TimeScopeBlockUsesSLA=1! UseTaskMgrToLaunchScope=0 FlushTaskMgrOnUELoadForTests=0 hook "
+                              "tracery? left ");
+}
+
 TEST(ModuleTest, LoadingPublishesOnceWhatTheLibraryHas)
 {
     EmbeddedHost host;
@@ -43,8 +65,6 @@ TEST(ModuleTest, LoadingPublishesOnceWhatTheLibraryHas)
         host.setFeature("TimeScopeBlockUsesSLA", value);
         EXPECT_EQ(timeScopeBlockUsesSLA(), value != 0);
     }
-    EXPECT_EQ(host.features().getFeature("UseTaskMgrToLaunchScope"), 0);
-    EXPECT_EQ(host.features().getFeature("FlushTaskMgrOnUELoadForTests"), 0);
     EXPECT_EQ(failure([&] { host.loadModule(TRACERY_LIBRARY); }), "DuplicateModule");
     EXPECT_NE(host.construct("tracery.OneShotTimer"), nullptr);
 }
@@ -82,20 +102,15 @@ TEST(ModuleTest, TerminationEndsTheUseOfThePackageAndLeavesWhatLives)
     int draws = 0;
     scheduler->Bind({[&] { ++draws; }});
     scheduler->Init(3600, 0.5);
-    host.graphics().commitDatabaseUpdates(1);
-    for (int i = 0; i < 2; ++i) {
-        module.terminate();
-        VTTerminate_tracery();
-        VTInitialize_tracery(); // once is enough
-    }
-    host.graphics().commitDatabaseUpdates(0);
-    scheduler->TaskComplete(false);
-    EXPECT_EQ(draws, 0) << "commits are heard no more";
+    EXPECT_EQ(scheduler->getCommitHost(), &host);
     module.terminate();
-    VTTerminate_tracery();
-    scheduler->DataAddedToLine(true);
+    EXPECT_EQ(scheduler->getCommitHost(), nullptr);
     scheduler->TaskComplete(false);
     EXPECT_EQ(draws, 1) << "the hour is over";
+    scheduler->Init();
+    module.terminate();
+    VTTerminate_tracery();
+    EXPECT_EQ(scheduler->getCommitHost(), &host) << "once is enough";
     scheduler->Unbind(0);
 
     EXPECT_EQ(hostobj::COSPackage::getPackageInterface("tracery"), nullptr);
@@ -109,6 +124,39 @@ TEST(ModuleTest, TerminationEndsTheUseOfThePackageAndLeavesWhatLives)
         EXPECT_EQ(test::realOf(host.get(object, "TimeoutDuration").get()), std::vector<double>{0});
 }
 
+TEST(ModuleTest, TheSchedulerGoesOnWithAHostThatStays)
+{
+    DrawScheduler* scheduler = DrawScheduler::getInstance();
+    EmbeddedHost stays, later;
+    stays.loadModule(TRACERY_LIBRARY);
+    {
+        EmbeddedHost goes;
+        goes.loadModule(TRACERY_LIBRARY);
+        scheduler->Init();
+        EXPECT_EQ(scheduler->getCommitHost(), &goes);
+    }
+    EXPECT_EQ(scheduler->getCommitHost(), &stays);
+    later.loadModule(TRACERY_LIBRARY).terminate();
+    EXPECT_EQ(scheduler->getCommitHost(), &stays) << "it did not listen to the later one";
+    stays.findModule("tracery")->terminate();
+    EXPECT_EQ(scheduler->getCommitHost(), nullptr);
+}
+
+TEST(ModuleTest, FunctionsOfTheProgramAreItsOwn)
+{
+    EmbeddedHost host;
+    const char* name = "SetScopeRefreshRateImpl";
+    const auto define = [&] { host.defineFunction(name, [](auto...) { return hostobj::HostOutputs(3); }); };
+    define();
+    EXPECT_EQ(failure([&] { host.loadModule(TRACERY_LIBRARY); }), "DuplicateFunction");
+    EXPECT_EQ(host.objects().findPackage("tracery"), nullptr);
+    host.defineFunction(name, nullptr);
+    embedded::Module& module = host.loadModule(TRACERY_LIBRARY);
+    define();
+    module.terminate();
+    EXPECT_EQ(host.functions().call(name, {}, 0).size(), 3u);
+}
+
 TEST(ModuleTest, AFailedInitialisationIsReportedAndCanBeTriedAgain)
 {
     EmbeddedHost host;
@@ -117,6 +165,8 @@ TEST(ModuleTest, AFailedInitialisationIsReportedAndCanBeTriedAgain)
         EXPECT_EQ(failure([&] { host.loadModule(TRACERY_LIBRARY); }), "DuplicateClass");
     EXPECT_EQ(Host::current(), nullptr);
     EXPECT_EQ(host.findModule("tracery"), nullptr);
+    EXPECT_EQ(host.objects().findPackage("tracery"), nullptr);
+    EXPECT_EQ(failure([&] { host.functions().call("SetScopeRefreshRateImpl", {}, 0); }), "UnknownFunction");
     EXPECT_FALSE(host.features().getFeature("UseTaskMgrToLaunchScope").has_value());
 }
 
@@ -161,6 +211,10 @@ TEST(ModuleTest, WhatIsNoSuchModuleIsRefusedByName)
                  {"libm.so.6", "tracery", "InvalidModule", "libm.so.6"},
                  {TRACERY_LIBRARY, "other", "InvalidModule", "QueryVTFcnTable_other"},
                  {DEMO_MODULE, "tracery", "InvalidModule", DEMO_MODULE}, // though it is linked with that library
+                 {DEMO_MODULE, "renamed", "InvalidModule", "name"},
+                 {DEMO_MODULE, "nameless", "InvalidModule", "name"},
+                 {DEMO_MODULE, "loose", "InvalidModule", "attached"},
+                 {DEMO_MODULE, "bodiless", "InvalidModule", "functions"},
                  {OLD_MODULE, "demo", "ModuleVersion", OLD_MODULE}};
     for (const auto& [path, name, error, word] : cases) {
         try {

@@ -45,23 +45,32 @@ void demoSum(int numOutputs, HostArray** outputs, int numInputs, const HostArray
 }
 
 constexpr ModuleFunction kFunctions[] = {{"demoSum", &demoSum}};
-constexpr ModuleTable kTable{DEMO_SEAM_VERSION,
-                             "demo",
-                             "1.2.3.4",
-                             [](Host* host) { Host::attach(*host); },
-                             [](Host* host) { Host::detach(*host); },
-                             kFunctions,
-                             1};
+constexpr ModuleFunction kNoBody[] = {{"demoSum", nullptr}};
+void attach(Host* host) { Host::attach(*host); }
+void detach(Host* host) { Host::detach(*host); }
+constexpr ModuleTable kTable{DEMO_SEAM_VERSION, "demo", "1.2.3.4", &attach, &detach, kFunctions, 1};
 
 } // namespace
 
+#define EXPORTED __attribute__((visibility("default")))
+// A module NAME whose table is at fault.
+#define FAULTY(NAME, ...)                                                                                              \
+    EXPORTED const ModuleTable* QueryVTFcnTable_##NAME()                                                               \
+    {                                                                                                                  \
+        static constexpr ModuleTable table{DEMO_SEAM_VERSION, __VA_ARGS__};                                            \
+        return &table;                                                                                                 \
+    }                                                                                                                  \
+    EXPORTED void VTInitialize_##NAME() {}                                                                             \
+    EXPORTED void VTTerminate_##NAME() {}
+
 extern "C" {
-__attribute__((visibility("default"))) const ModuleTable* QueryVTFcnTable_demo() { return &kTable; }
-__attribute__((visibility("default"))) void VTInitialize_demo()
-{
-    hostobj::COSPackage::addPackage(std::make_unique<DemoPackage>());
-}
-__attribute__((visibility("default"))) void VTTerminate_demo()
+FAULTY(renamed, "other", "1.2.3.4", &attach, &detach, kFunctions, 1)
+FAULTY(nameless, nullptr, "1.2.3.4", &attach, &detach, kFunctions, 1)
+FAULTY(loose, "loose", "1.2.3.4", nullptr, &detach, kFunctions, 1)
+FAULTY(bodiless, "bodiless", "1.2.3.4", &attach, &detach, kNoBody, 1)
+EXPORTED const ModuleTable* QueryVTFcnTable_demo() { return &kTable; }
+EXPORTED void VTInitialize_demo() { hostobj::COSPackage::addPackage(std::make_unique<DemoPackage>()); }
+EXPORTED void VTTerminate_demo()
 {
     hostobj::COSPackage::getPackageInterface("demo")->removeClient(hostobj::COSGetPublicClient());
 }

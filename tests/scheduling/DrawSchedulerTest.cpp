@@ -13,13 +13,14 @@ namespace {
 
 /// Its time is up when the test says so.
 struct FakeTimer : Timer {
+    ~FakeTimer() override { EXPECT_TRUE(timeUp) << "it is stopped before it goes"; }
     void setTimeout(double seconds) override { timeout = seconds > 0 ? seconds : timeout; }
     double getTimeout() const override { return timeout; }
     void start() override { timeUp = (++starts, false); }
     void stop() override { timeUp = true; }
     bool isTimeUp() override { return timeUp; }
     double timeout = 0;
-    bool timeUp = false;
+    bool timeUp = true;
     int starts = 0;
 };
 
@@ -116,16 +117,38 @@ TEST_F(DrawSchedulerTest, ARoundDrawsTheTasksThatWereBoundWhenItBeganAndStillAre
     EXPECT_EQ(drawNow(), "vwxyz");
 }
 
-TEST_F(DrawSchedulerTest, ANestedCallDrawsNothingAndSaysSo)
+TEST_F(DrawSchedulerTest, ARoundIsCountedTimedAndProtectedToItsEnd)
 {
-    bind('a', [this] { scheduler->TaskComplete(true); });
-    bind('b');
+    embedded::EmbeddedHost host;
+    {
+        const HostScope attached(host);
+        scheduler->Init();
+    }
+    std::string types;
+    const auto hook = host.graphics().addCommitHook([&](int type) {
+        types += std::to_string(type);
+        scheduler->TaskComplete(true);
+    });
+    bind('a', [this] {
+        EXPECT_EQ(scheduler->getDrawCount(), 1u);
+        scheduler->DataAddedToLine(true); // for the next round
+        scheduler->TaskComplete(true);
+        now += 3us;
+    });
+    now += 5us;
     testing::internal::CaptureStdout();
     scheduler->TaskComplete(true);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "DrawScheduler callback re-entry \n");
-    EXPECT_EQ(takeDrawn(), "ab");
-    // A task that changes the rate ends the protection; the rounds inside one another still draw what they began with.
-    scheduler->Unbind(1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "DrawScheduler callback re-entry \nDrawScheduler callback re-entry \n");
+    EXPECT_EQ(takeDrawn(), "a");
+    EXPECT_EQ(types, "0") << "of the host that it listens to, attached or not";
+    EXPECT_TRUE(scheduler->LineHasData());
+    EXPECT_EQ(scheduler->DrawToc(), 3000);
+}
+
+TEST_F(DrawSchedulerTest, ATaskThatChangesTheRateEndsTheProtectionAndRoundsKeepTheirTasks)
+{
+    bind('a', [this] { scheduler->TaskComplete(true); });
     bind('c', [this, depth = 0]() mutable {
         scheduler->Init();
         if (++depth == 1) {
@@ -172,9 +195,6 @@ TEST_F(DrawSchedulerTest, InitTakesUpTheIntervalUnlessItCannotBeUsed)
     double interval = DrawScheduler::kDefaultInterval;
     DrawScheduler::setTimeInterval(interval);
     EXPECT_EQ(scheduler->getSecondSetting(), 0.5);
-    scheduler->DrawTic();
-    now += 3us;
-    EXPECT_EQ(scheduler->DrawToc(), 3000);
 }
 
 TEST_F(DrawSchedulerTest, InitListensToTheHostThatIsAttachedThen)
@@ -213,6 +233,8 @@ TEST_F(DrawSchedulerTest, InitListensToTheHostThatIsAttachedThen)
     scheduler->Clear();
     EXPECT_TRUE(drawsAfterCommit(first));
     scheduler->Init();
+    const auto lookBack = [all = &*scheduler](void*) { EXPECT_EQ(all->getNumberOfTasks(), 0u); };
+    scheduler->Bind({[last = std::shared_ptr<void>(this, lookBack)] {}});
     scheduler.reset();
     first.graphics().commitDatabaseUpdates(1);
 }

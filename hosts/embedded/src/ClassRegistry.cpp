@@ -3,6 +3,7 @@
 #include <tracery/embedded/errors.h>
 
 #include <algorithm>
+#include <set>
 #include <string_view>
 
 namespace tracery::embedded {
@@ -73,8 +74,16 @@ public:
             return inner->second->find(dottedName.substr(dot + 1));
         return inner->second->givenUp_ ? nullptr : inner->second.get();
     }
+    template <class Visit>
+    void forEach(const Visit& visit)
+    {
+        visit(*this);
+        for (const auto& [word, inner] : packages_)
+            inner->forEach(visit);
+    }
 
 private:
+    friend ClassRegistry;
     std::string dotted(const std::string& shortName) const
     {
         return name_.empty() ? shortName : name_ + '.' + shortName;
@@ -109,7 +118,8 @@ void ClassRegistry::requireNew(const std::string& dottedName) const
 void ClassRegistry::add(std::shared_ptr<ClassRecord> cls)
 {
     requireNew(cls->name);
-    classes_.reserve(classes_.size() + 1);
+    if (classes_.size() == classes_.capacity())
+        classes_.reserve(2 * classes_.size() + 1); // nothing fails once the name is in
     byName_.emplace(cls->name, cls);
     classes_.push_back(std::move(cls));
 }
@@ -117,11 +127,17 @@ void ClassRegistry::add(std::shared_ptr<ClassRecord> cls)
 void ClassRegistry::addPackage(const COSPackageInfo& info)
 {
     const std::size_t before = classes_.size();
+    std::set<const Package*> known;
+    root_->forEach([&](const Package& package) {
+        if (!package.givenUp_)
+            known.insert(&package);
+    });
     try {
         info.addClasses(root_->findOrCreatePackage(info.getName()));
     } catch (...) {
         for (; classes_.size() > before; classes_.pop_back())
             byName_.erase(classes_.back()->name);
+        root_->forEach([&](Package& package) { package.givenUp_ = !known.contains(&package); });
         throw;
     }
 }

@@ -23,7 +23,7 @@ public:
     hostobj::COSPackage& root() noexcept;
     /// throws  DuplicateClass, InvalidName
     void add(std::shared_ptr<ClassRecord> cls);
-    /// Adds the classes of a package. throws  what the info reports; no class of it is known then
+    /// Adds the classes of a package. throws  what the info reports; neither it nor a class of it is known then
     void addPackage(const hostobj::COSPackageInfo& info);
     /// Null when there is none, or it was given up.
     hostobj::COSPackage* findPackage(const std::string& dottedName);

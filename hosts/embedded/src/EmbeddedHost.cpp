@@ -77,7 +77,7 @@ Module& EmbeddedHost::loadModule(const std::string& path, const std::string& nam
 {
     if (findModule(name) != nullptr)
         throw Error(errors::DuplicateModule, path + ": the host has a module " + name + " already");
-    auto module = std::make_unique<Module>(*this, path, name);
+    std::unique_ptr<Module> module(new Module(*this, parts_->functions, path, name));
     parts_->modules.push_back(std::move(module));
     return *parts_->modules.back();
 }

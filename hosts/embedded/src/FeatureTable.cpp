@@ -25,8 +25,11 @@ void FeatureTable::set(const std::string& name, int value)
         return;
     entry->second.value = value;
     const std::vector<Callback> callbacks = entry->second.callbacks;
-    for (const auto& [changed, userData] : callbacks)
+    for (const auto& [changed, userData] : callbacks) {
+        if (entry->second.value != value) // a callback has set it anew, and all were told of that
+            return;
         changed(value, userData);
+    }
 }
 
 } // namespace tracery::embedded

@@ -1,3 +1,5 @@
+#include "FunctionTable.h"
+
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/embedded/Module.h>
 
@@ -7,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -43,6 +46,27 @@ Function* resolve(void* library, const std::string& path, const std::string& sym
     throw Error(errors::InvalidModule, path + " is no such module: it has no " + symbol);
 }
 
+std::span<const ModuleFunction> functionsOf(const ModuleTable& table)
+{
+    return {table.functions, table.numberOfFunctions};
+}
+
+/// What is missing in a table; null when it is whole.
+const char* findFault(const ModuleTable* table, const std::string& name)
+{
+    if (table == nullptr)
+        return "it has no table";
+    if (table->name == nullptr || table->name != name || table->version == nullptr)
+        return "its table has another name, or no version";
+    if (table->attach == nullptr || table->detach == nullptr)
+        return "hosts cannot be attached to it";
+    const auto isWhole = [](const ModuleFunction& f) { return f.name != nullptr && f.body != nullptr; };
+    if (table->numberOfFunctions > 0 &&
+        (table->functions == nullptr || !std::ranges::all_of(functionsOf(*table), isWhole)))
+        return "its table lacks functions";
+    return nullptr;
+}
+
 /// A module's function as the host calls its own.
 HostOutputs callFunction(ModuleFunctionBody body, HostInputs inputs, std::size_t wanted)
 {
@@ -70,24 +94,34 @@ HostOutputs callFunction(ModuleFunctionBody body, HostInputs inputs, std::size_t
 
 } // namespace
 
-Module::Module(EmbeddedHost& host, std::string path, const std::string& name) : host_(host), path_(std::move(path))
+Module::Module(EmbeddedHost& host, FunctionTable& functions, std::string path, const std::string& name)
+    : host_(host), functions_(functions), path_(std::move(path))
 {
     void* library = open(path_);
     const auto query = resolve<const ModuleTable*()>(library, path_, "QueryVTFcnTable_" + name);
     const auto initialize = resolve<void()>(library, path_, "VTInitialize_" + name);
     terminate_ = resolve<void()>(library, path_, "VTTerminate_" + name);
     table_ = query();
-    if (table_ == nullptr)
-        throw Error(errors::InvalidModule, path_ + " is no such module: it has no table");
-    if (table_->seamVersion != kSeamVersion)
+    if (table_ != nullptr && table_->seamVersion != kSeamVersion)
         throw Error(errors::ModuleVersion, path_ + " was built with version " + std::to_string(table_->seamVersion) +
                                                " of the seam, the host with " + std::to_string(kSeamVersion));
+    if (const char* fault = findFault(table_, name))
+        throw Error(errors::InvalidModule, path_ + " is no such module: " + fault);
+    start(initialize);
+}
+
+void Module::start(void (*initialize)())
+{
     const HostScope scope(host_);
     table_->attach(&host_);
     try {
+        for (const auto& [name, body] : functionsOf(*table_))
+            functions_.lend(
+                name, [body](HostInputs inputs, std::size_t wanted) { return callFunction(body, inputs, wanted); },
+                this);
         initialize();
-        defineFunctions();
     } catch (...) {
+        functions_.takeBack(this);
         table_->detach(&host_);
         throw;
     }
@@ -107,18 +141,8 @@ void Module::terminate()
     if (std::exchange(terminated_, true))
         return;
     const HostScope scope(host_);
-    for (std::size_t i = 0; i < table_->numberOfFunctions; ++i)
-        host_.defineFunction(table_->functions[i].name, nullptr);
+    functions_.takeBack(this);
     terminate_();
-}
-
-void Module::defineFunctions() const
-{
-    for (std::size_t i = 0; i < table_->numberOfFunctions; ++i)
-        host_.defineFunction(table_->functions[i].name,
-                             [body = table_->functions[i].body](HostInputs inputs, std::size_t wanted) {
-                                 return callFunction(body, inputs, wanted);
-                             });
 }
 
 } // namespace tracery::embedded

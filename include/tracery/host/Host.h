@@ -14,8 +14,8 @@ namespace tracery {
 /// All that the library asks of its surroundings. Main thread only. A change here or in a header beside it that breaks
 /// what was built before takes a new kSeamVersion (Module.h).
 ///
-/// With no host attached the C++ classes work all the same: look-ups find nothing, registrations and commits do
-/// nothing, and what truly needs the host throws NoHost.
+/// With no host attached the C++ classes work all the same: look-ups find nothing, features are not registered,
+/// commits do nothing, and what truly needs the host, such as adding a package, throws NoHost.
 class TRACERY_EXPORT Host {
 public:
     Host();
@@ -39,8 +39,8 @@ public:
     /// Attaches a host until it is detached as often, or destroyed; for loaders of modules. Programs use a HostScope.
     static void attach(Host& host) noexcept;
     static void detach(Host& host) noexcept;
-    /// The host of the innermost HostScope; outside all scopes the last one that was attached and is not detached; null
-    /// when there is none.
+    /// The host of the innermost HostScope whose host lives; outside all scopes the last one that was attached and is
+    /// not detached; null when there is none.
     static Host* current() noexcept;
     /// throws  NoHost
     static Host& require();
@@ -52,7 +52,8 @@ private:
     Host* attachedBefore_ = nullptr;
 };
 
-/// Attaches a host for its own lifetime; the one before comes back afterwards. Scopes end in reverse order.
+/// Attaches a host for its own lifetime, or that of the host; the one before comes back afterwards. Scopes end in
+/// reverse order.
 class TRACERY_EXPORT HostScope {
 public:
     explicit HostScope(Host& host) noexcept;
@@ -61,7 +62,9 @@ public:
     HostScope& operator=(const HostScope&) = delete;
 
 private:
-    Host* previous_;
+    friend Host;
+    Host* host_; ///< null when it is gone
+    HostScope* outer_;
 };
 
 } // namespace tracery

@@ -11,8 +11,8 @@
 ///     const tracery::ModuleTable* QueryVTFcnTable_NAME();
 ///     void VTInitialize_NAME();    // publishes the module's classes to the host
 ///     void VTTerminate_NAME();     // ends their use
-/// A host asks for the table, compares its seam version with its own, attaches itself through it, initialises, and
-/// makes the table's functions known to its language. In the end it terminates the module and detaches itself. What
+/// A host asks for the table, compares its seam version with its own, attaches itself through it, makes the table's
+/// functions known to its language, and initialises. In the end it terminates the module and detaches itself. What
 /// goes wrong is thrown as an Error. The host keeps the library's code for as long as the process lives: classes,
 /// objects and threads of the module are made of it.
 
@@ -54,11 +54,13 @@ TRACERY_EXPORT bool timeScopeBlockUsesSLA() noexcept;
 extern "C" {
 
 /// Publishes the classes and registers the features, once a host, and arms the draw scheduler. What failed is tried
-/// again by the next call. Does nothing without a host, and can be called again when there is one.
+/// again by the next call; the package does not stay without the base classes. Does nothing without a host, and can be
+/// called again when there is one.
 /// throws  DuplicateClass when the host has the classes from elsewhere, and what the host reports
 TRACERY_EXPORT void VTInitialize_tracery();
-/// Shuts the draw scheduler down. Once a host, after VTInitialize_tracery: takes leave of the package "tracery" in the
-/// name of the host's public client.
+/// Once a host, after VTInitialize_tracery: takes leave of the package "tracery" in the name of the host's public
+/// client. A draw scheduler that listened to this host goes on with another that uses the module, or is shut down.
+/// Without a host attached it is shut down unless one that lives uses it.
 TRACERY_EXPORT void VTTerminate_tracery();
 /// The function of the table is SetScopeRefreshRateImpl.
 TRACERY_EXPORT const tracery::ModuleTable* QueryVTFcnTable_tracery();

@@ -21,8 +21,8 @@ namespace tracery::embedded {
 ///
 /// The roles are what the library uses; the functions of this class are what a program does that the host's language
 /// would do elsewhere. Attach the host with a HostScope; while one of the functions runs the host is attached in any
-/// case. Main thread only. What methods, constructors and functions throw is
-/// passed on; where the library called them, as an Error.
+/// case. Main thread only. What methods, constructors and functions throw is passed on; where the library called them,
+/// as an Error.
 ///
 /// Bodies, hooks and tasks may use the host freely: delete the object they run on, define classes, call back. They do
 /// not destroy the host. Objects may outlive it: they are deleted then.
@@ -50,8 +50,9 @@ public:
     /// the library is looked for where the system has its libraries. The module lives as long as the host, which
     /// terminates it, after those loaded later, before it deletes its objects.
     /// throws  ModuleNotFound for a file that is missing or no library, InvalidModule when it has not the entry points
-    ///         of a module of this name, ModuleVersion, DuplicateModule, and what initialisation reports; all but the
-    ///         last name the path
+    ///         and the table of a module of this name, ModuleVersion, DuplicateModule, DuplicateFunction when the host
+    ///         has a function of a name in the table, and what initialisation reports; all but the last two name
+    ///         the path
     Module& loadModule(const std::string& path, const std::string& name = "tracery");
     /// Null when none of this name is loaded.
     Module* findModule(const std::string& name) const;
@@ -103,10 +104,11 @@ public:
 
     // ---- Functions and features
 
-    /// Makes a function known under a dotted name, in place of one of this name. An empty body removes it. Calling an
-    /// unknown function is UnknownFunction.
+    /// Makes a function known under a dotted name, in place of one of this name, a module's too. An empty body removes
+    /// it. Calling an unknown function is UnknownFunction.
     void defineFunction(const std::string& name, HostBody body);
-    /// Sets a feature, registered or not, and tells the callbacks when its value changed.
+    /// Sets a feature, registered or not, and tells the callbacks when its value changed. When one of them sets it
+    /// again, those after it are told of the later value alone.
     void setFeature(const std::string& name, int value);
 
     // ---- Console

@@ -12,6 +12,7 @@ inline constexpr const char* kComponent = "tracery:embedded";
 // clang-format off
 inline constexpr ErrorKind AbstractClass{kComponent, "AbstractClass", "an abstract class has no objects"};
 inline constexpr ErrorKind AccessDenied{kComponent, "AccessDenied", "the member is not public"};
+inline constexpr ErrorKind DuplicateFunction{kComponent, "DuplicateFunction", "the host has a function of this name already"};
 inline constexpr ErrorKind DuplicateMember{kComponent, "DuplicateMember", "the class has a member of this name already"};
 inline constexpr ErrorKind DuplicateModule{kComponent, "DuplicateModule", "the host has a module of this name already"};
 inline constexpr ErrorKind InheritanceCycle{kComponent, "InheritanceCycle", "the class inherits from itself"};
