@@ -1,50 +1,30 @@
 #include "DisplayLines.h"
 
 #include "Feed.h"
+#include "PanelSorter.h"
 #include "Progress.h"
 #include "quantity.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <limits>
+#include <utility>
 
 namespace scope {
 
 std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<std::string>& wanted,
                               const std::optional<LineSource>& trigger)
 {
-    std::vector<bool> found(wanted.size());
     std::vector<Line> lines;
-    std::size_t number = 0;
-    for (std::size_t port = 0; port < recordings.size(); ++port) {
-        const RecordingInfo& info = recordings[port]->info();
-        for (std::size_t c = 0; c < info.channels.size(); ++c) {
-            const Channel& channel = info.channels[c];
-            ++number;
-            bool chosen = wanted.empty();
-            for (std::size_t i = 0; i < wanted.size(); ++i)
-                if (meansChannel(wanted[i], number, channel.name))
-                    chosen = found[i] = true;
-            if (!chosen)
-                continue;
-            std::string label = channel.name;
-            if (recordings.size() > 1)
-                label = std::filesystem::path(info.path).stem().string() + ": " + label;
-            const auto add = [&](SamplePart part, const char* suffix, const std::string& unit) {
-                lines.push_back({{port, c, part}, label + suffix, unit});
-            };
-            add(SamplePart::real, info.complex ? " I" : "", channel.unit);
-            if (info.complex)
-                add(SamplePart::imaginary, " Q", channel.unit);
-            if (trigger && isPolar(trigger->part) && trigger->sameChannel({port, c, trigger->part}))
-                trigger->part == SamplePart::magnitude ? add(SamplePart::magnitude, " magnitude", channel.unit)
-                                                       : add(SamplePart::phase, " phase", "°");
-        }
+    for (const ChosenChannel& chosen : chooseChannels(recordings, wanted)) {
+        const auto add = [&](SamplePart part, const char* suffix, const std::string& unit) {
+            lines.push_back({{chosen.port, chosen.channel, part}, chosen.label + suffix, unit});
+        };
+        const bool complex = recordings[chosen.port]->info().complex;
+        add(SamplePart::real, complex ? " I" : "", chosen.unit);
+        if (complex)
+            add(SamplePart::imaginary, " Q", chosen.unit);
+        if (trigger && isPolar(trigger->part) && trigger->sameChannel({chosen.port, chosen.channel, trigger->part}))
+            trigger->part == SamplePart::magnitude ? add(SamplePart::magnitude, " magnitude", chosen.unit)
+                                                   : add(SamplePart::phase, " phase", "°");
     }
-    for (std::size_t i = 0; i < wanted.size(); ++i)
-        if (!found[i])
-            throw UsageError("--channels: there is no channel '" + wanted[i] + "'; there are " +
-                             channelNames(recordings));
     return lines;
 }
 
@@ -88,61 +68,45 @@ void streamLines(Recordings recordings, const Window& stretch, const std::vector
 
 namespace {
 
-/// Grows `limits` by what of the line is seen in the window: points inside, or a segment that crosses all of it.
-bool foldLimits(const std::vector<Point>& points, const Window& window, Limits& limits)
+/// What of the line is seen in the window: points inside, or a segment that crosses all of it.
+Limits limitsIn(const std::vector<Point>& points, const Window& window)
 {
-    bool seen = false;
-    const auto fold = [&](const Point& point) {
-        limits.low = std::min(limits.low, point.y);
-        limits.high = std::max(limits.high, point.y);
-        seen = true;
-    };
+    Limits limits = noLimits();
     for (std::size_t i = 0; i < points.size(); ++i) {
         const Point& point = points[i];
         if (point.x >= window.from && point.x <= window.to)
-            fold(point);
+            extend(limits, point.y);
         else if (i + 1 < points.size() && point.x < window.from && points[i + 1].x > window.to) {
-            fold(point);
-            fold(points[i + 1]);
+            extend(limits, point.y);
+            extend(limits, points[i + 1].y);
         }
     }
-    return seen;
+    return limits;
 }
 
 } // namespace
 
 std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack)
 {
-    std::vector<Panel> panels;
-    std::vector<Limits> limits;
+    PanelSorter sorter;
     bool anything = false;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         Line& line = lines[i];
-        const auto together = [&](const Line& other) {
-            const bool sameKind = isPolar(other.source.part) == isPolar(line.source.part);
-            return sameKind && (stack ? other.source.sameChannel(line.source) : other.unit == line.unit);
-        };
-        const auto here = lines.begin() + static_cast<std::ptrdiff_t>(i);
-        const auto companion = std::find_if(lines.begin(), here, together);
-        line.panel = companion->panel;
-        if (companion == here) {
-            line.panel = panels.size();
-            panels.emplace_back().yUnit = line.unit;
-            limits.push_back({std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()});
-        }
+        const LineSource& source = line.source;
+        const std::string key =
+            (stack ? std::to_string(source.port) + '.' + std::to_string(source.channel) : line.unit) +
+            (isPolar(source.part) ? " polar" : "");
         Trace trace{line.label, display.points(i)};
-        anything |= foldLimits(trace.points, window, limits[line.panel]);
-        panels[line.panel].traces.push_back(std::move(trace));
+        const Limits seen = limitsIn(trace.points, window);
+        anything |= seen.low <= seen.high;
+        line.panel = sorter.add(key, line.unit, std::move(trace), seen);
     }
     if (!anything)
         throw UsageError("no samples between " + formatQuantity(window.from, "s") + " and " +
                          formatQuantity(window.to, "s") + " in the channels chosen");
-    for (std::size_t i = 0; i < panels.size(); ++i) {
-        const Limits comfortable = comfortableLimits(limits[i].low, limits[i].high);
-        panels[i].yMin = comfortable.low;
-        panels[i].yMax = comfortable.high;
-        panels[i].yLabel = panels[i].traces.size() == 1 ? panels[i].traces[0].label : "Amplitude";
-    }
+    std::vector<Panel> panels = sorter.finish();
+    for (Panel& panel : panels)
+        panel.yLabel = panel.traces.size() == 1 ? panel.traces[0].label : "Amplitude";
     return panels;
 }
 

@@ -1,25 +1,15 @@
 #include "Progress.h"
 #include "commands.h"
+#include "input/Text.h"
 #include "sources.h"
 #include "trigger/TriggerScan.h"
 #include "trigger/explain.h"
 
-#include <array>
-#include <charconv>
-#include <cmath>
 #include <cstdio>
 
 namespace scope {
 
 namespace {
-
-/// The shortest text that reads back as the same number.
-std::string exact(double value)
-{
-    std::array<char, 32> text{};
-    const auto result = std::to_chars(text.data(), text.data() + text.size(), value);
-    return {text.data(), result.ptr};
-}
 
 const char* nameOf(const TriggerEvent& event)
 {
@@ -43,16 +33,16 @@ const char* nameOf(const TriggerEvent& event)
 void printCsv(const TriggerEvent& event)
 {
     const bool window = event.fate == Fate::shown;
-    std::printf("%s,%s,%s,%s\n", event.freeRun ? "" : exact(event.time).c_str(), nameOf(event),
-                window ? exact(event.start).c_str() : "", window ? exact(event.end).c_str() : "");
+    std::printf("%s,%s,%s,%s\n", event.freeRun ? "" : numberText(event.time).c_str(), nameOf(event),
+                window ? numberText(event.start).c_str() : "", window ? numberText(event.end).c_str() : "");
 }
 
 void printJson(const TriggerEvent& event)
 {
-    std::printf("{\"type\":\"event\",\"time\":%s,\"fate\":\"%s\"", event.freeRun ? "null" : exact(event.time).c_str(),
-                nameOf(event));
+    std::printf("{\"type\":\"event\",\"time\":%s,\"fate\":\"%s\"",
+                event.freeRun ? "null" : numberText(event.time).c_str(), nameOf(event));
     if (event.fate == Fate::shown)
-        std::printf(",\"start\":%s,\"end\":%s", exact(event.start).c_str(), exact(event.end).c_str());
+        std::printf(",\"start\":%s,\"end\":%s", numberText(event.start).c_str(), numberText(event.end).c_str());
     std::printf("}\n");
 }
 

@@ -2,6 +2,7 @@
 #include "Progress.h"
 #include "ScopeDisplay.h"
 #include "commands.h"
+#include "output.h"
 #include "picture/Figure.h"
 #include "quantity.h"
 #include "sources.h"
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <limits>
 #include <memory>
 
@@ -41,8 +41,7 @@ Window chooseWindow(Recordings& recordings, const ViewOptions& options)
     const double from = options.from.value_or(all.first);
     double to = options.span ? from + *options.span : all.last;
     if (!options.span && options.from && from > all.last)
-        throw UsageError("no samples at or after " + formatQuantity(from, "s") + ": the recording ends at " +
-                         formatQuantity(all.last, "s"));
+        throw UsageError(nothingAfter(from, all));
     if (to > from)
         return {from, to};
     const double around = std::max(1e-6, std::abs(from) * 1e-9); // a single step, or several at one time
@@ -138,12 +137,9 @@ void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::ve
 void runView(const ViewOptions& options)
 {
     Recordings recordings = openAll(options.files, options.rate);
-    const std::string stem = std::filesystem::path(options.files[0]).stem().string();
-    const std::string output = options.output.empty() ? stem + ".png" : options.output;
-    requireWritablePicture(output, options.width, options.height);
-    for (const std::string& file : options.files)
-        if (std::filesystem::exists(output) && std::filesystem::equivalent(file, output))
-            throw UsageError(output + ": the picture would replace the recording: name another with -o");
+    const std::string output =
+        chooseOutput(options.output, options.files, ".png", Output::Kinds::Pictures, options.width, options.height)
+            .path;
     tracery::embedded::EmbeddedHost host;
     const tracery::HostScope attached(host);
     tracery::publishClasses(host.objects());
@@ -167,8 +163,7 @@ void runView(const ViewOptions& options)
         Figure figure;
         figure.width = options.width;
         figure.height = options.height;
-        figure.title =
-            options.title.empty() ? std::filesystem::path(options.files[0]).filename().string() : options.title;
+        figure.title = headingOf(options.title, options.files[0]);
         const Window window = options.overrun ? Window{display.getStartTime(), display.windowEnd()} : stretch;
         figure.xMin = window.from;
         figure.xMax = window.to;

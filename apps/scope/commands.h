@@ -1,21 +1,15 @@
 #pragma once
 
+#include "UsageError.h"
 #include "trigger/TriggerSettings.h"
 
 #include <tracery/AbstractTimeDomainPlotter.h>
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace scope {
-
-/// What is wrong with the command line or its values, in one line.
-class UsageError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 struct InfoOptions {
     std::vector<std::string> files;

@@ -42,7 +42,7 @@ std::optional<double> parseQuantity(std::string_view text)
     return std::nullopt;
 }
 
-std::string formatQuantity(double value, std::string_view unit)
+std::string formatQuantity(double value, std::string_view unit, int digits)
 {
     const Prefix* chosen = &kPrefixes[7];
     // Seconds from one on, and bare numbers, stand as they are.
@@ -51,7 +51,7 @@ std::string formatQuantity(double value, std::string_view unit)
             if (prefix.text != "u" && std::abs(value) >= prefix.factor * 0.99995)
                 chosen = &prefix;
     char number[32];
-    std::snprintf(number, sizeof number, "%.12g", value / chosen->factor);
+    std::snprintf(number, sizeof number, "%.*g", digits, value / chosen->factor);
     std::string text = number;
     if (!chosen->text.empty() || !unit.empty())
         text += ' ';

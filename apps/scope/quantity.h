@@ -10,7 +10,7 @@ namespace scope {
 /// "10u", "2.5ms", "-3", "1e-3". Nothing when the text is anything else.
 std::optional<double> parseQuantity(std::string_view text);
 
-/// A quantity for people: up to twelve digits, an SI prefix and the unit, such as "2.5 ms".
-std::string formatQuantity(double value, std::string_view unit);
+/// A quantity for people: up to so many digits, an SI prefix and the unit, such as "2.5 ms".
+std::string formatQuantity(double value, std::string_view unit, int digits = 12);
 
 } // namespace scope

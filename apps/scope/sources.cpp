@@ -4,6 +4,7 @@
 #include "quantity.h"
 
 #include <charconv>
+#include <filesystem>
 #include <limits>
 
 namespace scope {
@@ -34,6 +35,39 @@ std::string channelNames(const Recordings& recordings)
     return names;
 }
 
+std::vector<ChosenChannel> chooseChannels(const Recordings& recordings, const std::vector<std::string>& wanted)
+{
+    std::vector<bool> found(wanted.size());
+    std::vector<ChosenChannel> channels;
+    std::size_t number = 0;
+    for (std::size_t port = 0; port < recordings.size(); ++port) {
+        const RecordingInfo& info = recordings[port]->info();
+        const std::string prefix =
+            recordings.size() > 1 ? std::filesystem::path(info.path).stem().string() + ": " : std::string();
+        for (std::size_t c = 0; c < info.channels.size(); ++c) {
+            const Channel& channel = info.channels[c];
+            ++number;
+            bool chosen = wanted.empty();
+            for (std::size_t i = 0; i < wanted.size(); ++i)
+                if (meansChannel(wanted[i], number, channel.name))
+                    chosen = found[i] = true;
+            if (chosen)
+                channels.push_back({port, c, prefix + channel.name, channel.unit});
+        }
+    }
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+        if (!found[i])
+            throw UsageError("--channels: there is no channel '" + wanted[i] + "'; there are " +
+                             channelNames(recordings));
+    return channels;
+}
+
+std::string nothingAfter(double time, const TimeRange& range)
+{
+    return "no samples at or after " + formatQuantity(time, "s") + ": the recording ends at " +
+           formatQuantity(range.last, "s");
+}
+
 TriggerSource findTriggerSource(const Recordings& recordings, const std::string& wanted, const char* option)
 {
     std::size_t number = 0;
@@ -60,8 +94,7 @@ std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std
     if (!(span > 0))
         throw UsageError("the recording has a single time: say with --span how much time a window shows");
     if (from > source.range.last)
-        throw UsageError(files[source.port] + ": no samples at or after " + formatQuantity(from, "s") +
-                         ": the recording ends at " + formatQuantity(source.range.last, "s"));
+        throw UsageError(files[source.port] + ": " + nothingAfter(from, source.range));
     using tracery::TDTC::ComplexityEnum;
     if (settings.part == ComplexityEnum::Imaginary && !openRecording(files[source.port], {rate})->info().complex)
         throw UsageError(files[source.port] + ": the trigger channel is real: it has no imaginary part");

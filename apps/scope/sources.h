@@ -22,6 +22,21 @@ bool meansChannel(const std::string& wanted, std::size_t number, const std::stri
 /// The names of all channels, with commas.
 std::string channelNames(const Recordings& recordings);
 
+/// A channel of a recording.
+struct ChosenChannel {
+    std::size_t port;    ///< which recording
+    std::size_t channel; ///< which of its channels
+    std::string label;   ///< with the recording's name when there are several recordings
+    std::string unit;
+};
+
+/// The channels that are wanted, in the order of the recordings; all when none are named.
+/// throws  UsageError when a wanted channel does not exist
+std::vector<ChosenChannel> chooseChannels(const Recordings& recordings, const std::vector<std::string>& wanted);
+
+/// Says that a recording ends before a time.
+std::string nothingAfter(double time, const TimeRange& range);
+
 /// Where the trigger signal is.
 struct TriggerSource {
     std::size_t port = 0; ///< which recording

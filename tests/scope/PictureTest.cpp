@@ -227,7 +227,26 @@ TEST_F(PictureTest, AxesReadWell)
     EXPECT_EQ(read(-180, 180, "°"), "−180 −90 0 90 180 °");
     EXPECT_EQ(read(-100, 0, "dB"), "−100 −80 −60 −40 −20 0 dB");
     EXPECT_EQ(read(0, 4e6, ""), "0 1 2 3 4 ×10⁶");
+    EXPECT_EQ(read(0, 4e-6, "1/Hz"), "0 1 2 3 4 ×10⁻⁶ 1/Hz");
     EXPECT_EQ(read(0, 5000, "uV"), "0 1 2 3 4 5 mV"); // a unit that has a prefix does not get another
+}
+
+TEST_F(PictureTest, ALogarithmicAxisCountsPowersOfTenAndPlacesValuesByThem)
+{
+    const auto read = [](double low, double high, int wished) {
+        std::string text;
+        for (const Tick& tick : makeDecadeAxis({low, high}, wished, "%").ticks)
+            text += tick.label + ' ';
+        return text;
+    };
+    EXPECT_EQ(read(0.001, 100, 9), "0.001 0.01 0.1 1 10 100 ");
+    EXPECT_EQ(read(0.0002, 99, 9), "0.001 0.01 0.1 1 10 ");
+    EXPECT_EQ(read(1e-7, 100, 3), "10⁻⁷ 0.0001 0.1 100 ");
+    const Mapping mapping({0, 0, 10, 400}, {0, 1}, {0.01, 100}, true);
+    for (const auto& [value, y] : {std::pair{100.0, 0.0}, {1.0, 200.0}, {0.01, 400.0}, {std::sqrt(10.0), 150.0}})
+        EXPECT_NEAR(mapping.y(value), y, 1e-9) << value;
+    EXPECT_GT(mapping.y(0), 1e9);
+    EXPECT_GT(mapping.y(-1), 1e9);
 }
 
 TEST_F(PictureTest, ComfortableLimitsLeaveAMarginOfFiveToTenPercent)
@@ -419,11 +438,12 @@ TEST_F(PictureTest, ExtremeValuesAndAnyTextAreDrawn)
         figure.width = 100 + static_cast<int>(random() % 300);
         figure.height = 100 + static_cast<int>(random() % 300);
         for (std::size_t p = random() % 40; p > 0; p /= 2) {
-            Panel panel{text(), text(), any(), any(), {}, {{any(), text()}, {any(), text()}}};
+            Panel panel{text(), text(), any(), any(), {}, {{any(), text()}, {any(), text()}}, random() % 2 == 0};
             for (int t = 0; t < 30; ++t) {
                 Trace& trace = panel.traces.emplace_back(Trace{text(), {}});
                 for (int k = 0; k < 20; ++k)
                     trace.points.push_back({any(), any()});
+                trace.marks = {{trace.points[0], text()}, {trace.points[1], text()}};
             }
             figure.panels.push_back(panel);
         }

@@ -10,11 +10,19 @@ struct Point {
     double y;
 };
 
+/// A small triangle on top of a point, with a label beside it unless other labels are there already.
+struct PointMark {
+    Point at;
+    std::string label;
+};
+
 /// A line in data units. A point with a NaN in it separates runs; a run that covers hardly a pixel is drawn
 /// as a dot. Infinite values lie far outside of every panel.
 struct Trace {
     std::string label; ///< for the legend; traces of several panels that share a label share its colour
     std::vector<Point> points;
+    bool reference = false; ///< what the others are compared with: grey and dashed, outside of the row of colours
+    std::vector<PointMark> marks = {}; ///< in the order in which they get their labels
 };
 
 /// A straight line across a panel, at a value of the x or the y axis, with a short label.
@@ -31,6 +39,8 @@ struct Panel {
     double yMax = 1;
     std::vector<Trace> traces;
     std::vector<Marker> levels; ///< horizontal markers at y values
+    bool yDecades = false;      ///< the y axis is logarithmic, its limits positive; values without a logarithm lie far
+                                ///< below
 };
 
 /// A picture: panels above each other over one x axis. Limits without extent are widened, others that are

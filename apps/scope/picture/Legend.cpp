@@ -32,7 +32,7 @@ Legend::Legend(Canvas& canvas, const Styles& styles, const Sizes& sizes, double 
         if (name.empty())
             continue;
         const double room = std::min({canvas.textWidth(name, sizes.tick), kLongestName * sizes.scale, most});
-        entries_.push_back({.text = name, .style = traceStyle(i), .room = room});
+        entries_.push_back({.text = name, .style = styles.ofLabel(i), .room = room});
         together += room + extra();
     }
     if (entries_.empty())

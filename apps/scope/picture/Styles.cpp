@@ -1,5 +1,6 @@
 #include "picture/Styles.h"
 
+#include "picture/Sizes.h"
 #include "picture/cleanText.h"
 
 #include <array>
@@ -32,6 +33,7 @@ constexpr std::array kDashed = {6.0, 2.5};
 constexpr std::array kDotted = {1.5, 2.5};
 constexpr std::array kDashDotted = {7.0, 2.5, 1.5, 2.5};
 constexpr std::array<std::span<const double>, 4> kDashes = {std::span<const double>(), kDashed, kDotted, kDashDotted};
+constexpr std::array kReferenceDashes = {4.0, 3.0};
 constexpr std::array kLightening = {0.0, 0.3, 0.15, 0.4}; // share of white, by the same number as the dashes
 
 } // namespace
@@ -48,13 +50,16 @@ Styles::Styles(const Figure& figure)
 {
     // Equal labels in one panel are different traces: the second of a name matches the second elsewhere.
     std::map<std::pair<std::string, int>, std::size_t> known;
+    std::size_t coloured = 0;
     for (const Panel& panel : figure.panels) {
         std::map<std::string, int> seen;
         std::vector<std::size_t>& numbers = numbers_.emplace_back();
         for (const Trace& trace : panel.traces) {
             const auto [entry, isNew] = known.try_emplace({trace.label, seen[trace.label]++}, labels_.size());
-            if (isNew)
+            if (isNew) {
                 labels_.push_back(cleanText(trace.label));
+                styles_.push_back(trace.reference ? TraceStyle{kFrame, kReferenceDashes} : traceStyle(coloured++));
+            }
             numbers.push_back(entry->second);
         }
     }

@@ -24,13 +24,16 @@ class Styles {
 public:
     explicit Styles(const Figure& figure);
 
-    TraceStyle of(std::size_t panel, std::size_t trace) const { return traceStyle(numbers_[panel][trace]); }
-    /// The labels by style number, for the legend; some may be empty.
+    TraceStyle of(std::size_t panel, std::size_t trace) const { return styles_[numbers_[panel][trace]]; }
+    /// The labels, for the legend; some may be empty.
     const std::vector<std::string>& labels() const { return labels_; }
+    /// The style that goes with a label.
+    TraceStyle ofLabel(std::size_t number) const { return styles_[number]; }
 
 private:
     std::vector<std::vector<std::size_t>> numbers_;
     std::vector<std::string> labels_;
+    std::vector<TraceStyle> styles_; ///< one a label
 };
 
 } // namespace scope

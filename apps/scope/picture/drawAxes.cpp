@@ -23,7 +23,7 @@ constexpr double kMiddle = 0.36;          // of a digit's height over the baseli
 
 double stepPixels(const Axis& axis, const Limits& limits, double pixels)
 {
-    return axis.step / (limits.high - limits.low) * pixels;
+    return axis.step / (axis.decades ? std::log10(limits.high / limits.low) : limits.high - limits.low) * pixels;
 }
 
 /// Calls draw(value) for every minor tick; they lie between the ticks and before the first and after the
@@ -33,14 +33,24 @@ void forMinorTicks(const Axis& axis, const Limits& limits, double pixels, double
 {
     if (axis.ticks.empty() || stepPixels(axis, limits, pixels) / axis.divisions < kLeastMinorDistance * scale)
         return;
+    const auto drawInside = [&](double value) {
+        if (value > limits.low && value < limits.high)
+            draw(value);
+    };
+    if (axis.decades) {
+        // 2, 3, … 9 of every power; where ticks leave powers out, these.
+        const double next = std::pow(10.0, axis.step);
+        for (double power = axis.ticks.front().at / next; power < limits.high; power *= next)
+            for (int i = 1; i < axis.divisions; ++i)
+                drawInside(axis.step > 1 ? power * std::pow(10.0, i) : power * (i + 1));
+        return;
+    }
     const double part = axis.step / axis.divisions;
     const double start = axis.ticks.front().at - axis.step;
     const auto count = static_cast<int>(axis.ticks.size() + 1) * axis.divisions;
-    for (int i = 1; i < count; ++i) {
-        const double value = start + i * part;
-        if (i % axis.divisions != 0 && value > limits.low && value < limits.high)
-            draw(value);
-    }
+    for (int i = 1; i < count; ++i)
+        if (i % axis.divisions != 0)
+            drawInside(start + i * part);
 }
 
 /// The axis label with its unit, of which the name is cut when there is not room for all.
@@ -84,11 +94,12 @@ Axis fittingXAxis(Canvas& canvas, const Limits& limits, std::string_view unit, d
     }
 }
 
-Axis fittingYAxis(const Limits& limits, std::string_view unit, double pixels, const Sizes& sizes)
+Axis fittingYAxis(const Mapping& mapping, std::string_view unit, const Sizes& sizes)
 {
+    const Limits& limits = mapping.yLimits();
     for (int wished = kMostYSteps;; --wished) {
-        Axis axis = makeAxis(limits, wished, unit);
-        if (wished == 2 || kYLabelDistance * sizes.tick.size <= stepPixels(axis, limits, pixels))
+        Axis axis = mapping.yDecades() ? makeDecadeAxis(limits, wished, unit) : makeAxis(limits, wished, unit);
+        if (wished == 2 || kYLabelDistance * sizes.tick.size <= stepPixels(axis, limits, mapping.box().height()))
             return axis;
     }
 }

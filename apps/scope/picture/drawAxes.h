@@ -12,7 +12,7 @@ namespace scope {
 
 /// Axes with as many ticks as their labels leave room for.
 Axis fittingXAxis(Canvas& canvas, const Limits& limits, std::string_view unit, double pixels, const Sizes& sizes);
-Axis fittingYAxis(const Limits& limits, std::string_view unit, double pixels, const Sizes& sizes);
+Axis fittingYAxis(const Mapping& mapping, std::string_view unit, const Sizes& sizes);
 
 void drawGrid(Canvas& canvas, const Mapping& mapping, const Axis& x, const Axis& y, const Sizes& sizes);
 /// The frame of a panel, with its ticks inside.

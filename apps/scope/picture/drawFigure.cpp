@@ -7,6 +7,7 @@
 #include "picture/Styles.h"
 #include "picture/cleanText.h"
 #include "picture/drawAxes.h"
+#include "picture/drawPointMarks.h"
 #include "picture/drawTrace.h"
 #include "picture/limits.h"
 #include "picture/ticks.h"
@@ -21,7 +22,7 @@ namespace {
 void drawPanel(Canvas& canvas, const Panel& panel, std::size_t number, const Mapping& mapping, const Axis& xAxis,
                const Styles& styles, const PositionMarkers& positions, const Sizes& sizes)
 {
-    const Axis yAxis = fittingYAxis(mapping.yLimits(), cleanText(panel.yUnit), mapping.box().height(), sizes);
+    const Axis yAxis = fittingYAxis(mapping, cleanText(panel.yUnit), sizes);
     drawGrid(canvas, mapping, xAxis, yAxis, sizes);
     positions.drawLines(canvas, mapping.box());
     drawLevels(canvas, panel.levels, mapping, sizes);
@@ -29,6 +30,7 @@ void drawPanel(Canvas& canvas, const Panel& panel, std::size_t number, const Map
     // Last, so that nothing hides a sample: neither the frame the first column nor a label a peak.
     for (std::size_t i = 0; i < panel.traces.size(); ++i)
         drawTrace(canvas, panel.traces[i], mapping, styles.of(number, i), sizes.traceLine);
+    drawPointMarks(canvas, panel.traces, number, styles, mapping, sizes);
     drawYLabels(canvas, mapping, yAxis, panel.yLabel, sizes);
 }
 
@@ -61,7 +63,9 @@ void drawFigure(Canvas& canvas, const Figure& figure)
     const Panel empty;
     for (std::size_t i = 0; i < layout.panels.size(); ++i) {
         const Panel& panel = i < figure.panels.size() ? figure.panels[i] : empty;
-        const Mapping mapping(layout.panels[i], xLimits, usableLimits(panel.yMin, panel.yMax));
+        const Limits yLimits =
+            panel.yDecades ? usableDecades(panel.yMin, panel.yMax) : usableLimits(panel.yMin, panel.yMax);
+        const Mapping mapping(layout.panels[i], xLimits, yLimits, panel.yDecades);
         drawPanel(canvas, panel, i, mapping, xAxis, styles, positions, sizes);
     }
     positions.drawLabels(canvas, layout.panels.front().top);

@@ -128,8 +128,9 @@ void drawRuns(cairo_t* context, const Trace& trace, const Mapping& mapping, cons
 
 } // namespace
 
-Mapping::Mapping(const Box& box, const Limits& x, const Limits& y)
-    : box_(box), x_(x), y_(y), xScale_(box.width() / (x.high - x.low)), yScale_(-box.height() / (y.high - y.low))
+Mapping::Mapping(const Box& box, const Limits& x, const Limits& y, bool yDecades)
+    : box_(box), x_(x), y_(y), yDecades_(yDecades), xScale_(box.width() / (x.high - x.low)),
+      yScale_(-box.height() / (onYAxis(y.high) - onYAxis(y.low)))
 {}
 
 double Mapping::placed(double value, double from, double start, double scale)

@@ -4,6 +4,8 @@
 #include "picture/Figure.h"
 #include "picture/Styles.h"
 
+#include <algorithm>
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -12,20 +14,24 @@ namespace scope {
 /// From data to pixels: the limits map to the edges of the box.
 class Mapping {
 public:
-    Mapping(const Box& box, const Limits& x, const Limits& y);
+    /// yDecades  the y axis is logarithmic; its limits are positive
+    Mapping(const Box& box, const Limits& x, const Limits& y, bool yDecades = false);
 
     double x(double value) const { return placed(value, x_.low, box_.left, xScale_); }
-    double y(double value) const { return placed(value, y_.low, box_.bottom, yScale_); }
+    double y(double value) const { return placed(onYAxis(value), onYAxis(y_.low), box_.bottom, yScale_); }
     const Box& box() const { return box_; }
     const Limits& xLimits() const { return x_; }
     const Limits& yLimits() const { return y_; }
+    bool yDecades() const { return yDecades_; }
 
 private:
+    double onYAxis(double value) const { return yDecades_ ? std::log10(std::max(value, 0.0)) : value; }
     static double placed(double value, double from, double start, double scale);
 
     Box box_;
     Limits x_;
     Limits y_;
+    bool yDecades_;
     double xScale_;
     double yScale_;
 };

@@ -32,6 +32,15 @@ Limits usableLimits(double low, double high)
     return missing > 0 ? Limits{low - missing, high + missing} : Limits{low, high};
 }
 
+Limits usableDecades(double low, double high)
+{
+    if (!(low > 0 && low <= high))
+        return {1, 10};
+    low = std::clamp(low, kNarrowest, kFarthest);
+    high = std::clamp(high, kNarrowest, kFarthest);
+    return {low, std::max(high, 10 * low)};
+}
+
 Limits comfortableLimits(double low, double high)
 {
     if (!(low <= high) || std::isinf(low) || std::isinf(high))

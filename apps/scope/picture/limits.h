@@ -8,4 +8,7 @@ namespace scope {
 /// its ticks apart. Usable limits come back unchanged.
 Limits usableLimits(double low, double high);
 
+/// Likewise of a logarithmic axis: positive, with a power of ten between them. What has no logarithm counts as 1 to 10.
+Limits usableDecades(double low, double high);
+
 } // namespace scope

@@ -185,6 +185,27 @@ Axis ruledAxis(const Limits& limits, int wished, const Unit& unit)
 
 } // namespace
 
+Axis makeDecadeAxis(const Limits& limits, int wished, std::string_view unit)
+{
+    constexpr double kSlack = 1e-9;
+    constexpr int kMostZeros = 4; // 0.0001 to 10000
+    const int first = static_cast<int>(std::ceil(std::log10(limits.low) - kSlack));
+    const int last = static_cast<int>(std::floor(std::log10(limits.high) + kSlack));
+    const int step = std::max(1, (last - first + wished - 1) / wished);
+    Axis axis{.ticks = {},
+              .divisions = step == 1 ? 9 : step,
+              .step = static_cast<double>(step),
+              .unit = std::string(unit),
+              .offset = {},
+              .decades = true};
+    for (int exponent = last; exponent >= first; exponent -= step) // from the top, where a scale begins: 100 %
+        axis.ticks.push_back(
+            {std::clamp(valueOf(1, exponent), limits.low, limits.high),
+             std::abs(exponent) <= kMostZeros ? decimalText(1, exponent) : "10" + superscript(exponent)});
+    std::reverse(axis.ticks.begin(), axis.ticks.end());
+    return axis;
+}
+
 Axis makeAxis(Limits limits, int wished, std::string_view unitName)
 {
     limits = usableLimits(limits.low, limits.high);

@@ -20,6 +20,7 @@ struct Axis {
     double step = 1;         ///< distance of neighbouring ticks
     std::string unit;        ///< "ms", "×10⁶", empty
     std::string offset;      ///< "+863 s"; empty for none
+    bool decades = false;    ///< neighbouring ticks are `step` powers of ten apart, and smaller ones not even
 };
 
 /// Ticks at round numbers, in at most `wished` steps over the limits (at most kMostSteps), but with at least
@@ -27,6 +28,9 @@ struct Axis {
 /// to say where the range lies, they count from an offset. Seconds become min, h and d over spans of more
 /// than three of these, with steps that divide a minute, an hour or a day.
 Axis makeAxis(Limits limits, int wished, std::string_view unit);
+
+/// Ticks of a logarithmic axis, at powers of ten: all within the limits, or every second and so on.
+Axis makeDecadeAxis(const Limits& limits, int wished, std::string_view unit);
 
 inline constexpr int kMostSteps = 20;
 

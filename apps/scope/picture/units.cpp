@@ -41,10 +41,13 @@ bool contains(const auto& texts, std::string_view text)
 
 bool takesNoPrefix(std::string_view text)
 {
-    // A prefix before a power ("km²") would be raised to it as well.
+    // A prefix before a power ("km²") would be raised to it as well, and one before "1/Hz" looks like another number.
     const auto has = [&](std::string_view part) { return text.find(part) != std::string_view::npos; };
-    return contains(kWithoutPrefix, text) || text.starts_with("dB") || has("^") || has("²") || has("³");
+    return contains(kWithoutPrefix, text) || text.starts_with("dB") || text.starts_with("1/") || has("^") || has("²") ||
+           has("³");
 }
+
+} // namespace
 
 std::string superscript(int number)
 {
@@ -54,8 +57,6 @@ std::string superscript(int number)
         text += kDigits[static_cast<std::size_t>(digit - '0')];
     return text;
 }
-
-} // namespace
 
 int multipleOfThree(int exponent) { return exponent - (exponent % 3 + 3) % 3; }
 

@@ -36,6 +36,9 @@ std::string unitText(const Unit& unit, int exponent);
 /// minus; zero has none.
 std::string decimalText(std::int64_t digits, int exponent);
 
+/// A whole number in raised digits: "⁻³".
+std::string superscript(int number);
+
 /// The power of ten of the first digit of a number; 0 for 0.
 int leadingDigit(std::int64_t digits);
 

@@ -1,0 +1,97 @@
+#include "StretchReader.h"
+
+#include "UsageError.h"
+#include "quantity.h"
+#include "sources.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace scope {
+
+namespace {
+
+constexpr std::size_t kBlockSteps = 8192;
+constexpr double kEven = 0.5; // how far a step may differ from the mean, as a share of it
+
+/// Keeps `count` steps from `first` on.
+void cut(std::vector<double>& values, std::size_t first, std::size_t count, std::size_t width)
+{
+    if (values.empty())
+        return;
+    values.resize((first + count) * width);
+    values.erase(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(first * width));
+}
+
+} // namespace
+
+StretchReader::StretchReader(Recording& recording, const Stretch& stretch)
+    : recording_(recording), range_(recording.range()), from_(stretch.from.value_or(range_.first)),
+      to_(stretch.span ? from_ + *stretch.span : std::numeric_limits<double>::infinity())
+{
+    if (from_ > range_.last)
+        throw UsageError(nothingAfter(from_, range_));
+    recording_.seek(from_);
+}
+
+bool StretchReader::next(Block& block)
+{
+    while (!ended_) {
+        recording_.read(block, kBlockSteps);
+        const auto first = std::lower_bound(block.times.begin(), block.times.end(), from_);
+        const auto last = std::lower_bound(first, block.times.end(), to_);
+        ended_ = block.steps() == 0 || last != block.times.end();
+        const auto before = static_cast<std::size_t>(first - block.times.begin());
+        const auto count = static_cast<std::size_t>(last - first);
+        if (count == 0)
+            continue;
+        any_ = true;
+        if (count < block.steps()) {
+            const std::size_t width = recording_.info().channels.size();
+            cut(block.real, before, count, width);
+            cut(block.imag, before, count, width);
+            cut(block.times, before, count, 1);
+        }
+        progress_.show((block.times.back() - from_) / (std::min(to_, range_.last) - from_));
+        return true;
+    }
+    if (!any_)
+        throw UsageError("no samples between " + formatQuantity(from_, "s") + " and " +
+                         formatQuantity(std::min(to_, range_.last), "s"));
+    return false;
+}
+
+Sampling measureSampling(Recording& recording, const Stretch& stretch)
+{
+    const RecordingInfo& info = recording.info();
+    if (info.rate && info.steps && stretch.whole())
+        return {*info.steps, *info.rate};
+
+    Sampling sampling;
+    double first = 0, last = 0;
+    double shortest = std::numeric_limits<double>::infinity(), longest = 0;
+    Block block;
+    for (StretchReader reader(recording, stretch); reader.next(block);)
+        for (const double time : block.times) {
+            if (sampling.steps++ == 0) {
+                first = time;
+            } else {
+                shortest = std::min(shortest, time - last);
+                longest = std::max(longest, time - last);
+            }
+            last = time;
+        }
+    if (info.rate) {
+        sampling.rate = *info.rate;
+        return sampling;
+    }
+    const double mean = (last - first) / static_cast<double>(sampling.steps - 1);
+    if (sampling.steps > 1 && !(shortest >= (1 - kEven) * mean && longest <= (1 + kEven) * mean && mean > 0))
+        throw InputError(info.path, "",
+                         "the time steps are uneven, " + formatQuantity(shortest, "s", 6) + " to " +
+                             formatQuantity(longest, "s", 6) + ": a spectrum needs an even rate");
+    sampling.rate = static_cast<double>(sampling.steps - 1) / (last - first);
+    return sampling;
+}
+
+} // namespace scope

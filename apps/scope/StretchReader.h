@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Progress.h"
+#include "input/Recording.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace scope {
+
+/// A stretch of time as options give it: from the recording's start and to its end when missing.
+struct Stretch {
+    std::optional<double> from; ///< seconds
+    std::optional<double> span; ///< seconds
+    bool whole() const { return !from && !span; }
+};
+
+/// Reads the steps of a stretch, from <= time < from + span, in blocks, with a progress bar.
+class StretchReader {
+public:
+    /// Goes to the start of the stretch; of each recording one reader at a time.
+    StretchReader(Recording& recording, const Stretch& stretch);
+
+    /// Reads the next steps; false at the end. throws  InputError; UsageError when there are none at all
+    bool next(Block& block);
+
+private:
+    Recording& recording_;
+    TimeRange range_;
+    double from_;
+    double to_;
+    bool any_ = false;
+    bool ended_ = false;
+    Progress progress_;
+};
+
+/// How many steps a stretch has, and how many a second.
+struct Sampling {
+    std::uint64_t steps = 0;
+    double rate = 0;
+};
+
+/// The recording's own rate, or the measured one; reads the stretch through where the recording does not tell.
+/// throws  InputError when the steps are not even: one differs from the mean by more than half of it
+Sampling measureSampling(Recording& recording, const Stretch& stretch);
+
+} // namespace scope

@@ -1,0 +1,37 @@
+#include "cli/commandLine.h"
+#include "cli/options.h"
+#include "cli/triggerOptions.h"
+#include "commands.h"
+
+#include <memory>
+
+namespace scope::cli {
+
+void addEvents(CLI::App& app)
+{
+    const auto options = std::make_shared<EventsOptions>();
+    CLI::App* events = app.add_subcommand("events", "Print every trigger event of a recording and what became of it");
+    events->footer(
+        "One row an event, in order: its time, what became of it (shown; overlap: before the last window had\n"
+        "passed; superseded by a later one; not_full: the recording ends inside its window; disarmed: once\n"
+        "had its window; free_run: no event, mode auto), and the window when shown. A summary follows, with the\n"
+        "events that --holdoff kept out (held_off), which are not among the found.\n"
+        "Example:\n  tracery-scope events ecg.csv --level 0.4 --hysteresis 0.3 --span 1");
+    events->add_option("FILE", options->file, "The recording")->required();
+    addTrigger(*events, options->trigger, [] {});
+    add(*events, "--from", "TIME", quantity(options->from, "--from"),
+        "Where to start [default: the recording's start]");
+    add(*events, "--span", "TIME", quantity(options->span, "--span"),
+        "How much time a window shows [default: a tenth of the recording]");
+    addRate(*events, options->rate);
+    events->add_option("--block", options->blockSteps, "Samples handed to the detector at once [default: 1024]")
+        ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 24));
+    events->add_flag("--json", options->json, "JSON lines in place of CSV");
+    events->callback([options, events] {
+        checkTrigger(*events, options->trigger, true);
+        requirePositive(options->span, "--span");
+        runEvents(*options);
+    });
+}
+
+} // namespace scope::cli

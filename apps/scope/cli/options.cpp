@@ -1,0 +1,86 @@
+#include "cli/options.h"
+
+#include "quantity.h"
+
+#include <cstdio>
+#include <sstream>
+
+namespace scope::cli {
+
+namespace {
+
+/// A finite value with an SI prefix, checked where the option is read so that the message names it.
+double parse(const std::string& text, const char* option)
+{
+    const std::optional<double> value = parseQuantity(text);
+    if (!value || !(*value - *value == 0))
+        throw UsageError(std::string(option) + ": expected a number such as 0.5, 10u or 2.5ms, found '" + text + "'");
+    return *value;
+}
+
+} // namespace
+
+Reader quantity(std::optional<double>& target, const char* option)
+{
+    return [&target, option](const std::string& text) { target = parse(text, option); };
+}
+
+Reader quantity(double& target, const char* option)
+{
+    return [&target, option](const std::string& text) { target = parse(text, option); };
+}
+
+Reader duration(double& target, const char* option)
+{
+    return [&target, option](const std::string& text) {
+        const double value = parse(text, option);
+        if (value < 0)
+            throw UsageError(std::string(option) + " must not be negative, found '" + text + "'");
+        target = value;
+    };
+}
+
+void requirePositive(const std::optional<double>& value, const char* option)
+{
+    if (value && !(*value > 0))
+        throw UsageError(std::string(option) + " must be positive");
+}
+
+CLI::Option* add(CLI::App& command, const char* name, const char* type, Reader read, const std::string& text)
+{
+    return command.add_option_function<std::string>(name, std::move(read), text)->type_name(type);
+}
+
+void addRate(CLI::App& command, std::optional<double>& rate)
+{
+    add(command, "--rate", "HZ", quantity(rate, "--rate"), "Samples per second, for a file that gives no times");
+}
+
+void addChannels(CLI::App& command, std::vector<std::string>& channels, const std::string& text)
+{
+    // One word, or it would swallow a FILE that follows.
+    const auto read = [&channels](const std::string& list) {
+        std::istringstream names(list);
+        for (std::string name; std::getline(names, name, ',');)
+            channels.push_back(name);
+    };
+    add(command, "--channels", "LIST", read, text);
+}
+
+void addSize(CLI::App& command, int& width, int& height)
+{
+    const auto read = [&width, &height](const std::string& text) {
+        int used = 0;
+        if (std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &used) != 2 ||
+            static_cast<std::size_t>(used) != text.size())
+            throw UsageError("--size: expected WIDTHxHEIGHT in pixels, such as 1200x600, found '" + text + "'");
+    };
+    add(command, "--size", "WxH", read, "Width and height in pixels [default: 1200x600]");
+}
+
+void addTitle(CLI::App& command, std::string& title)
+{
+    command.add_option("--title", title, "Heading [default: the file's name]");
+}
+
+} // namespace scope::cli

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "UsageError.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Readers of options whose messages name the option, and the options that several commands have.
+namespace scope::cli {
+
+using Reader = std::function<void(const std::string&)>;
+
+/// A finite value with an SI prefix.
+Reader quantity(std::optional<double>& target, const char* option);
+Reader quantity(double& target, const char* option);
+/// A time that may not be negative.
+Reader duration(double& target, const char* option);
+
+/// The text as one of a list of names.
+template <class Value>
+Reader oneOf(Value& target, const char* option, std::vector<std::pair<const char*, Value>> names)
+{
+    return [&target, option, names = std::move(names)](const std::string& text) {
+        std::string known;
+        for (const auto& [name, value] : names) {
+            if (text == name) {
+                target = value;
+                return;
+            }
+            known += (known.empty() ? "" : ", ") + std::string(name);
+        }
+        throw UsageError(std::string(option) + ": expected one of " + known + ", found '" + text + "'");
+    };
+}
+
+void requirePositive(const std::optional<double>& value, const char* option);
+
+/// An option that `read` takes; `type` stands for its value in the help.
+CLI::Option* add(CLI::App& command, const char* name, const char* type, Reader read, const std::string& text);
+
+void addRate(CLI::App& command, std::optional<double>& rate);
+void addChannels(CLI::App& command, std::vector<std::string>& channels, const std::string& text);
+void addSize(CLI::App& command, int& width, int& height);
+void addTitle(CLI::App& command, std::string& title);
+
+} // namespace scope::cli
