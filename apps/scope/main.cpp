@@ -31,6 +31,8 @@ int main(int argc, char** argv)
     addInfo(app);
     addView(app);
     addEvents(app);
+    addSpectrum(app);
+    addCcdf(app);
     addClasses(app);
     try {
         app.parse(argc, argv);

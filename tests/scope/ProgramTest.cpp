@@ -61,6 +61,12 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
           std::string(
               "RIFF\x24\x10\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\0\x10\0\0", 44) +
               "abcd");
+    write("uneven.csv", "time,v\n0,1\n1,2\n10,3\n11,4\n");
+    std::string zeros = "v\n";
+    for (int i = 0; i < 70000; ++i)
+        zeros += "0\n";
+    write("long.csv", zeros);
+    write("zero.csv", "time,v\n0,0\n1,0\n");
     write("noise.bin", std::string(300, 'x'));
     write("blanks.txt", "time v\n0 1\n1 2\n");
     fs::create_directory(folder_ / "folder.csv");
@@ -107,6 +113,25 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"view good.csv --until 1 -o o.png", "--until does nothing without --overrun"},
         {"view good.csv --overrun wrap --trigger edge -o o.png", "--overrun streams without a trigger"},
         {"view good.csv --overrun wrap --from 2 -o o.png", "nothing to stream from 2 s"},
+        {"spectrum good.csv -o o.gif", "must end in .png or .svg, that of a table in .csv"},
+        {"spectrum good.csv --size 1x1 -o o.png", "pixels"},
+        {"spectrum good.csv -o missing/o.csv", "missing/o.csv: "},
+        {"spectrum text.csv -o o.csv", "text.csv: line 3, column 2"},
+        {"spectrum good.csv --channels q -o o.csv", "there is no channel 'q'"},
+        {"spectrum good.csv --segment 1001 -o o.png", "good.csv: 1000 samples are too few for a segment of 1001"},
+        {"spectrum good.csv --span 15m -o o.png", "15 samples are too few for a segment of 16"},
+        {"spectrum long.csv --rate 1 --segment 65537 -o o.png", "--segment: the transform of 65537 samples is slow"},
+        {"spectrum good.csv --segment 1 -o o.png", "--segment"},
+        {"spectrum good.csv --overlap 100 -o o.png", "--overlap: expected a percentage"},
+        {"spectrum good.csv --window round -o o.png", "--window: expected one of hann, "},
+        {"spectrum good.csv --from 5 -o o.png", "no samples at or after 5 s"},
+        {"spectrum good.csv --from 0.1002 --span 0.5m -o o.png", "no samples between 100.2 ms and 100.7 ms"},
+        {"spectrum good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has missing or infinite values"},
+        {"spectrum uneven.csv --segment 2 -o o.png", "uneven.csv: the time steps are uneven, 1 s to 9 s"},
+        {"ccdf good.csv --resolution 0 -o o.png", "--resolution: expected 0.001 to 10 dB"},
+        {"ccdf good.csv --span 0 -o o.png", "--span must be positive"},
+        {"ccdf good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has only missing"},
+        {"ccdf zero.csv -o o.png", "channel 'v' is zero throughout"},
         {"classes Nothing", "there is no class 'Nothing'; there are TimeBuffer, "},
         {"", "subcommand"},
     };
@@ -126,7 +151,8 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
 TEST_F(ProgramTest, TheSameRecordingGivesTheSamePictureWithTheTrigger)
 {
     for (const char* arguments : {"view good.csv -o %.svg", "view good.csv -o %.png --stack --title T",
-                                  "view good.csv -o %.svg --overrun scroll --span 100m",
+                                  "view good.csv -o %.svg --overrun scroll --span 100m", "spectrum good.csv -o %.svg",
+                                  "spectrum good.csv -o %.csv", "ccdf good.csv -o %.png",
                                   "view good.csv -o %.svg --trigger edge --level 50% --span 100m --nth 2"}) {
         SCOPED_TRACE(arguments);
         std::string pictures[2];
@@ -135,7 +161,7 @@ TEST_F(ProgramTest, TheSameRecordingGivesTheSamePictureWithTheTrigger)
             command.replace(command.find('%'), 1, "o" + std::to_string(i));
             const Outcome outcome = run(command);
             ASSERT_EQ(outcome.status, 0) << outcome.err;
-            pictures[i] = read(outcome.out.substr(0, outcome.out.size() - 1));
+            pictures[i] = read(outcome.out.substr(0, outcome.out.find('\n')));
         }
         EXPECT_GT(pictures[0].size(), 1000U);
         EXPECT_EQ(pictures[0], pictures[1]);
@@ -146,10 +172,13 @@ TEST_F(ProgramTest, APictureNeverReplacesItsRecordingAndShowsItsFirstSample)
 {
     fs::copy_file(folder_ / "good.csv", folder_ / "data.csv");
     fs::create_hard_link(folder_ / "data.csv", folder_ / "data.png");
-    const Outcome refused = run("view data.csv -o data.png");
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_NE(refused.err.find("would replace the recording"), std::string::npos) << refused.err;
-    EXPECT_EQ(read("data.png"), read("good.csv"));
+    for (const char* arguments :
+         {"view data.csv -o data.png", "spectrum data.csv -o data.csv", "ccdf data.csv -o data.png"}) {
+        const Outcome refused = run(arguments);
+        EXPECT_EQ(refused.status, 2);
+        EXPECT_NE(refused.err.find("would replace the recording"), std::string::npos) << refused.err;
+        EXPECT_EQ(read("data.png"), read("good.csv"));
+    }
 
     write("one.csv", "time,v\n5,1\n");
     EXPECT_EQ(run("view one.csv -o o.png").status, 0);
@@ -181,6 +210,28 @@ TEST_F(ProgramTest, EventsAddUpInBothForms)
     const Outcome nothing = run("events good.csv --level 3");
     EXPECT_EQ(nothing.status, 0);
     EXPECT_NE(nothing.err.find("nothing triggers"), std::string::npos);
+}
+
+TEST_F(ProgramTest, MeasurementsPrintTheirTotalsAndSayWhatTheyLeftOut)
+{
+    const Outcome spectrum = run("spectrum good.csv --scale psd --from 0 --span 1 --peaks 1 -o o.csv");
+    EXPECT_EQ(spectrum.status, 0) << spectrum.err;
+    // w counts 0 to 6 at 1 kHz, over and over.
+    EXPECT_EQ(spectrum.out.find("o.csv\n10 segments of 128 samples, hann, noise bandwidth 11.72 Hz\n"
+                                "w: peaks (Hz, dB re 1/Hz)\n   1            143.0 "),
+              0U)
+        << spectrum.out;
+    EXPECT_NE(spectrum.err.find("left out for missing or infinite values: w 4 of 14\n"), std::string::npos)
+        << spectrum.err;
+    const std::string table = read("o.csv");
+    EXPECT_EQ(table.substr(0, table.find('\n')), "frequency [Hz],v [dB re 1 V²/Hz],w [dB re 1/Hz]");
+    EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 1 + 65);
+
+    const Outcome ccdf = run("ccdf good.csv --channels v,w -o o.csv");
+    for (const char* line : {"v: 1000 samples\n", "  average power  0.5          V² (-3.0103 dB re 1 V²)\n",
+                             "  PAPR           3.0103 dB\n", "  above average  50.0000 %\n", "w: 900 samples\n"})
+        EXPECT_NE(ccdf.out.find(line), std::string::npos) << ccdf.out;
+    EXPECT_NE(ccdf.err.find("w 100 of 1000\n"), std::string::npos) << ccdf.err;
 }
 
 } // namespace

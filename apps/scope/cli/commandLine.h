@@ -8,6 +8,8 @@ namespace scope::cli {
 void addInfo(CLI::App& app);
 void addView(CLI::App& app);
 void addEvents(CLI::App& app);
+void addSpectrum(CLI::App& app);
+void addCcdf(CLI::App& app);
 void addClasses(CLI::App& app);
 
 } // namespace scope::cli

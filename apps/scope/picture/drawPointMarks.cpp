@@ -71,9 +71,10 @@ void drawPointMarks(Canvas& canvas, std::span<const Trace> traces, std::size_t p
         const double width = canvas.textWidth(label.text, sizes.tick);
         const Box& mark = label.triangle;
         const double middle = (mark.left + mark.right - width) / 2, above = mark.top - clear / 2 - height;
-        const std::array<Point, 5> places = {Point{middle, above}, Point{mark.right + clear, mark.bottom - height},
-                                             Point{mark.left - clear - width, mark.bottom - height},
-                                             Point{mark.left, above}, Point{mark.right - width, above}};
+        const double beside = std::max(mark.bottom - height, frame.top + clear);
+        const std::array<Point, 5> places = {Point{middle, above}, Point{mark.right + clear, beside},
+                                             Point{mark.left - clear - width, beside}, Point{mark.left, above},
+                                             Point{mark.right - width, above}};
         for (const Point& corner : places) {
             const Box box{corner.x, corner.y, corner.x + width, corner.y + height};
             const Box wide{box.left - clear, box.top, box.right + clear, box.bottom};

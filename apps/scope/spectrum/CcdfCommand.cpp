@@ -1,0 +1,141 @@
+#include "PanelSorter.h"
+#include "UsageError.h"
+#include "input/Text.h"
+#include "output.h"
+#include "picture/Figure.h"
+#include "sources.h"
+#include "spectrum/LevelUnit.h"
+#include "spectrum/PowerStatistics.h"
+#include "spectrum/commands.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace scope {
+
+namespace {
+
+constexpr double kLeastPercent = 1e-9;  // a picture's lowest
+constexpr double kReferenceStep = 0.05; // dB
+
+/// throws  UsageError when a channel has nothing to compare
+void check(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels)
+{
+    std::string list;
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        const PowerStatistics::Channel& totals = statistics.channel(i);
+        const std::string name = "channel '" + channels[i].label + "'";
+        if (totals.samples == 0)
+            throw UsageError(name + " has only missing or infinite values: leave it out with --channels");
+        if (!(totals.average() > 0))
+            throw UsageError(name + " is zero throughout: it has no power");
+        if (totals.leftOut > 0)
+            list += (list.empty() ? "" : ", ") + channels[i].label + " " + std::to_string(totals.leftOut) + " of " +
+                    std::to_string(totals.leftOut + totals.samples);
+    }
+    if (!list.empty())
+        std::fprintf(stderr, "tracery-scope: samples left out, missing or infinite: %s\n", list.c_str());
+}
+
+std::string tableOf(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels)
+{
+    std::string text = "channel,level [dB],above [%]\n";
+    for (std::size_t i = 0; i < channels.size(); ++i)
+        for (const auto& [level, percent] : statistics.curve(i))
+            text += csvField(channels[i].label) + ',' + numberText(level) + ',' + numberText(percent) + '\n';
+    return text;
+}
+
+Figure figureOf(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels,
+                const CcdfOptions& options)
+{
+    Panel panel;
+    panel.yLabel = "Samples above";
+    panel.yUnit = "%";
+    panel.yMax = 100;
+    panel.yDecades = true;
+    double least = 100, farthest = 0;
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        const PowerStatistics::Channel& totals = statistics.channel(i);
+        const double rarest = 100 / static_cast<double>(totals.samples);
+        const double peak = decibels(totals.peak / totals.average());
+        Trace trace{.label = channels[i].label, .points = {}};
+        for (const auto& [level, percent] : statistics.curve(i))
+            if (percent > 0)
+                trace.points.push_back({level, percent});
+        // The strongest sample is above all levels below it, and none is above it.
+        trace.points.push_back({peak, std::min(rarest, trace.points.empty() ? 100 : trace.points.back().y)});
+        trace.points.push_back({peak, 0});
+        panel.traces.push_back(std::move(trace));
+        least = std::min(least, rarest);
+        farthest = std::max(farthest, peak);
+    }
+    panel.yMin = std::max(kLeastPercent, std::pow(10, std::floor(std::log10(least))));
+
+    // The power of a complex Gaussian signal is spread exponentially.
+    const double end = 10 * std::log10(std::log(100 / panel.yMin));
+    Trace reference{.label = "complex Gaussian", .points = {}, .reference = true};
+    for (int i = 0; i * kReferenceStep <= end + kReferenceStep; ++i)
+        reference.points.push_back({i * kReferenceStep, 100 * std::exp(-std::pow(10, i * kReferenceStep / 10))});
+    panel.traces.push_back(std::move(reference));
+
+    Figure figure;
+    figure.width = options.width;
+    figure.height = options.height;
+    figure.title = headingOf(options.title, options.file);
+    figure.xLabel = "Power above average";
+    figure.xUnit = "dB";
+    figure.xMin = 0;
+    figure.xMax = comfortableLimits(0, std::max(end, farthest)).high;
+    figure.panels.push_back(std::move(panel));
+    return figure;
+}
+
+void printTotals(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels)
+{
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        const PowerStatistics::Channel& totals = statistics.channel(i);
+        const std::string unit = squared(channels[i].unit);
+        const auto line = [&](const char* name, double power) {
+            std::printf("  %-14s %-12.6g %s%s(%.4f %s)\n", name, power, unit.c_str(), unit.empty() ? "" : " ",
+                        decibels(power), levelText(LevelUnit::Decibel, SpectrumScale::Power, channels[i].unit).c_str());
+        };
+        std::printf("%s: %llu samples\n", channels[i].label.c_str(), static_cast<unsigned long long>(totals.samples));
+        line("average power", totals.average());
+        line("peak power", totals.peak);
+        std::printf("  %-14s %.4f dB\n  %-14s %.4f %%\n", "PAPR", decibels(totals.peak / totals.average()),
+                    "above average", 100 * static_cast<double>(totals.above) / static_cast<double>(totals.samples));
+    }
+}
+
+} // namespace
+
+void runCcdf(const CcdfOptions& options)
+{
+    const Recordings recordings = openAll({options.file}, options.rate);
+    Recording& recording = *recordings[0];
+    const Output output = chooseOutput(options.output, {options.file}, "-ccdf.png", Output::Kinds::PicturesAndTables,
+                                       options.width, options.height);
+    const std::vector<ChosenChannel> channels = chooseChannels(recordings, options.channels);
+    std::vector<std::size_t> numbers;
+    for (const ChosenChannel& chosen : channels)
+        numbers.push_back(chosen.channel);
+
+    PowerStatistics statistics(recording.info().channels.size(), numbers, options.bins, options.resolutionDecibels);
+    Block block;
+    for (StretchReader reader(recording, options.stretch); reader.next(block);)
+        statistics.add(block.real, block.imag);
+    check(statistics, channels);
+    for (StretchReader reader(recording, options.stretch); reader.next(block);)
+        statistics.countAbove(block.real, block.imag);
+
+    if (output.isTable)
+        writeText(output.path, tableOf(statistics, channels));
+    else
+        writeFigure(figureOf(statistics, channels, options), output.path);
+    std::printf("%s\n", output.path.c_str());
+    printTotals(statistics, channels);
+}
+
+} // namespace scope
