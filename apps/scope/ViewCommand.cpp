@@ -1,15 +1,13 @@
 #include "DisplayLines.h"
 #include "Progress.h"
 #include "ScopeDisplay.h"
+#include "ScopeHost.h"
 #include "commands.h"
 #include "output.h"
 #include "picture/Figure.h"
 #include "quantity.h"
 #include "sources.h"
 #include "trigger/explain.h"
-
-#include <tracery/embedded/EmbeddedHost.h>
-#include <tracery/host/Publish.h>
 
 #include <algorithm>
 #include <cmath>
@@ -140,9 +138,7 @@ void runView(const ViewOptions& options)
     const std::string output =
         chooseOutput(options.output, options.files, ".png", Output::Kinds::Pictures, options.width, options.height)
             .path;
-    tracery::embedded::EmbeddedHost host;
-    const tracery::HostScope attached(host);
-    tracery::publishClasses(host.objects());
+    ScopeHost host;
 
     std::optional<TriggeredWindow> triggered;
     if (options.trigger)
@@ -159,7 +155,7 @@ void runView(const ViewOptions& options)
     if (options.overrun)
         display.follow(*options.overrun);
     // What a commit shows of the display is the picture.
-    const auto picture = host.graphics().addCommitHook([&](int) {
+    const auto picture = host->graphics().addCommitHook([&](int) {
         Figure figure;
         figure.width = options.width;
         figure.height = options.height;
@@ -173,7 +169,7 @@ void runView(const ViewOptions& options)
         writeFigure(figure, output);
     });
     streamLines(std::move(recordings), stretch, lines, display);
-    host.graphics().commitDatabaseUpdates(0);
+    host->graphics().commitDatabaseUpdates(0);
     std::printf("%s\n", output.c_str());
 }
 

@@ -133,6 +133,9 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"ccdf good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has only missing"},
         {"ccdf zero.csv -o o.png", "channel 'v' is zero throughout"},
         {"classes Nothing", "there is no class 'Nothing'; there are TimeBuffer, "},
+        {"classes --module no.so", "no.so: no such file"},
+        {"classes --module good.csv", "good.csv: is not a library"},
+        {"classes --module '" OLD_MODULE "'", "built for another version of the seam"},
         {"", "subcommand"},
     };
     for (const Case& each : cases) {
@@ -146,6 +149,19 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         });
         EXPECT_EQ(left, 0);
     }
+}
+
+TEST_F(ProgramTest, ListsTheClassesOfAModuleFromAFile)
+{
+    const Outcome own = run("classes");
+    const Outcome loaded = run("classes --module '" TRACERY_LIBRARY "'");
+    EXPECT_EQ(own.status, 0) << own.err;
+    EXPECT_NE(own.out.find("TimeBuffer"), std::string::npos);
+    EXPECT_EQ(own.out.find("ScopeLineAnimator"), std::string::npos) << "a class of the host";
+    EXPECT_EQ(loaded.out, own.out) << loaded.err;
+    const Outcome demo = run("classes --module '" DEMO_MODULE "'");
+    EXPECT_EQ(demo.status, 0) << demo.err;
+    EXPECT_NE(demo.out.find("demo."), std::string::npos) << demo.out;
 }
 
 TEST_F(ProgramTest, TheSameRecordingGivesTheSamePictureWithTheTrigger)
