@@ -16,11 +16,11 @@ constexpr std::uint64_t kBlocksTaken =
 
 } // namespace
 
-FeedSteps readSteps(const TimeBuffer& buffer, std::size_t port, double after, double until)
+FeedSteps readSteps(const TimeBuffer& buffer, std::size_t port, double from, double until, bool widen)
 {
     HostArray* times = nullptr;
     HostArray* values = nullptr;
-    buffer.GetTimeAndValue(port, times, values, justAfter(after), until, false);
+    buffer.GetTimeAndValue(port, times, values, from, until, widen);
     return {port, HostArrayPtr(times), HostArrayPtr(values)};
 }
 
@@ -149,7 +149,7 @@ std::optional<FeedSteps> Feed::next()
     }
     lock.unlock();
     Port& port = ports_[index];
-    FeedSteps steps = readSteps(buffer_, index, port.takenTime, std::numeric_limits<double>::max());
+    FeedSteps steps = readSteps(buffer_, index, justAfter(port.takenTime), std::numeric_limits<double>::max(), false);
     port.takenTime = steps.lastTime();
     reached_ = std::max(reached_, port.takenTime);
     lock.lock();

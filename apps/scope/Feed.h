@@ -24,8 +24,9 @@ struct FeedSteps {
     double lastTime() const { return tracery::getRealData(times.get())[count() - 1]; }
 };
 
-/// The steps of a port at times in (after, until]; none is null arrays.
-FeedSteps readSteps(const tracery::TimeBuffer& buffer, std::size_t port, double after, double until);
+/// The steps of a port at times in [from, until]; none is null arrays.
+/// widen  with the steps on both sides
+FeedSteps readSteps(const tracery::TimeBuffer& buffer, std::size_t port, double from, double until, bool widen);
 
 /// The simulation side: a thread reads recordings in blocks and writes each into its port of a thread-safe TimeBuffer,
 /// keeping the ports in step by time. The display side takes the steps that are new. The writer waits when the display
