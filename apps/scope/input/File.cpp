@@ -42,11 +42,11 @@ File::File(const std::string& path) : path_(path)
         throw InputError(path, "", "the file is empty");
 }
 
-File File::standardInput()
+File File::pipe(int descriptor, const std::string& name)
 {
     File file;
-    file.path_ = "standard input";
-    file.pipe_ = std::make_unique<Pipe>(STDIN_FILENO, file.path_);
+    file.path_ = name;
+    file.pipe_ = std::make_unique<Pipe>(descriptor, name);
     return file;
 }
 

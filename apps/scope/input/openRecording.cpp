@@ -4,7 +4,10 @@
 #include "input/SoundRecording.h"
 #include "input/Text.h"
 
+#include <unistd.h>
+
 #include <filesystem>
+#include <utility>
 
 namespace scope {
 
@@ -44,9 +47,10 @@ bool isTable(const std::string& path)
 
 std::unique_ptr<Recording> openStandardInput(const std::string& format, std::size_t columns, const OpenOptions& options)
 {
+    File input = File::pipe(STDIN_FILENO, "standard input");
     if (format == "csv")
-        return std::make_unique<CsvRecording>(File::standardInput(), options);
-    return std::make_unique<RawRecording>(File::standardInput(), format, columns, options);
+        return std::make_unique<CsvRecording>(std::move(input), options);
+    return std::make_unique<RawRecording>(std::move(input), format, columns, options);
 }
 
 std::unique_ptr<Recording> openRecording(const std::string& path, const OpenOptions& options)

@@ -103,10 +103,8 @@ std::vector<std::string> drawText(const Figure& figure, std::size_t columns, std
             if (++lines > mostRows)
                 continue;
             Row row{&trace, cleanText(panel.yUnit), cleanText(trace.label), noLimits()};
-            for (const Limits& column : columnLimits(trace.points, figure, columns)) {
-                extend(row.range, column.low);
-                extend(row.range, column.high);
-            }
+            for (const Limits& column : columnLimits(trace.points, figure, columns))
+                extend(row.range, column);
             row.label += row.range.low <= row.range.high ? "  " + formatQuantity(row.range.low, row.unit, 3) + " … " +
                                                                formatQuantity(row.range.high, row.unit, 3)
                                                          : "  no samples";
