@@ -41,7 +41,8 @@ public:
     // ---- Parameters
 
     /// Stores the first elements of nPorts and maxNumTimeSteps (the other two are not read), and sets the complexity;
-    /// only if that changes, the buffers are emptied. throws  EmptyInput when there is no first double
+    /// only if that changes, the buffers are emptied.
+    /// throws  EmptyInput when there is no first element, InvalidArgumentType for another class than double
     void setupBufferParams(const HostArray* nPorts, const HostArray*, const HostArray* maxNumTimeSteps,
                            const HostArray*, bool isComplex);
 
@@ -96,8 +97,9 @@ public:
     /// The last time set, -inf at first and after flush.
     double GetLastTime() const;
 
-    /// Discards what GetTimeAndValue has handed out, then appends a frame; null appends nothing. The last two arguments
-    /// are not read.
+    /// Discards what GetTimeAndValue has handed out, then appends a frame; null appends nothing. (After null, on purpose,
+    /// the buffer's end counts as the start of the last frame, so that nothing can be re-cut until the next one.) The
+    /// last two arguments are not read.
     /// throws  AddValueDataTypeError (not of the double class), invalid subscript (fewer columns than channels), too long
     void AddValue(const HostArray* value, int port, bool refresh);
     /// Appends a frame and counts its samples, but discards nothing, and a later re-cut does not know of it as the last
@@ -111,7 +113,7 @@ public:
     /// Samples of frames appended per channel, wrapping at 32 bits.
     std::uint32_t getNumProcessedSamples() const;
     void setNumProcessedSamples(std::uint32_t samples);
-    /// Rows of the last frame; 0 once segments were discarded.
+    /// Rows of the last frame, or how many samples a re-cut kept; 0 after clear.
     std::uint32_t getLastInputFrameLength() const;
 
     // ---- Reading
@@ -139,11 +141,11 @@ public:
     void clear();
     /// Empties the buffers and forgets the last time.
     void flush();
-    /// Cuts anew, under the current parameters, the samples not shown yet: those of the last frame, or of the open
-    /// segment if that has more. They then begin the first segment, without zeros ahead. The rest is discarded. Does
-    /// nothing once segments were discarded by clear.
+    /// Cuts anew, under the current parameters, the newest samples: those of the last frame, or of the open segment if
+    /// that has more. They then begin the first segment, without zeros ahead. The rest is discarded. Does nothing while
+    /// the last frame has no rows, as after clear.
     /// throws  invalid subscript when the last frame does not lie where it was written (after samples came in another way
-    ///         than through AddValue)
+    ///         than through AddValue, or null did)
     void rebuffer();
 
     // ---- Power statistics
@@ -151,15 +153,15 @@ public:
     /// Takes a frame of powers (linear, real, a column a channel) into the statistics, and reports them, each a new
     /// array, 1 by channels: the power that set each top bin, the average, the number of finite powers, and a cell of
     /// tables, each with rows of level (dB above the average) and the percentage of powers above it. NaN and +inf are
-    /// passed over.
+    /// passed over; -inf counts. Another number of channels than before starts the histogram anew, none too.
     /// numBins     bins of each channel's histogram, which ends at the peak. It may change only after resetCCDF.
-    /// resolution  of a bin, in dB
+    /// resolution  of a bin, in dB; to be changed only after resetCCDF, as bins of two widths would be mixed
     /// throws  EmptyInput (null), InvalidArgumentType (not real doubles, or a resolution that is not a positive number),
     ///         invalid subscript (another number of bins), too long (a negative one, or too many)
     void updateCCDF(const HostArray* power, int numBins, double resolution, HostArray*& maxPower, HostArray*& avgPower,
                     HostArray*& totSamples, HostArray*& distTable);
-    /// Empties the histogram. Unless the number of channels changes too, peaks, sums and counts carry over to the next
-    /// update; kept on purpose.
+    /// Empties the histogram. Peaks, sums and counts of the channels that remain carry over to the next update; kept on
+    /// purpose.
     void resetCCDF();
     /// The counts, a new array of bins by channels (0 by 0 when there are none).
     HostArray* getCCDFHistogram() const;

@@ -9,6 +9,7 @@ class AbstractTimeDomainController;
 class AbstractTimeDomainPlotter;
 class OneShotTimer;
 class ScrollingTimeDomainController;
+class SpectrumBuffer;
 class TimeBuffer;
 class TimeDomainTriggerController;
 class TimeScopeLine;
@@ -24,6 +25,7 @@ template <> struct Published<AbstractTimeDomainPlotter> { static constexpr const
 template <> struct Published<AbstractTimeDomainController> { static constexpr const char* name = "time-domain controller"; }; // no class of its own
 template <> struct Published<OneShotTimer> { static constexpr const char* name = "tracery.OneShotTimer"; };
 template <> struct Published<ScrollingTimeDomainController> { static constexpr const char* name = "veltrashared.scopes.visual.ScrollingTimeDomainController"; };
+template <> struct Published<SpectrumBuffer> { static constexpr const char* name = "tracery.SpectrumBuffer"; };
 template <> struct Published<TimeBuffer> { static constexpr const char* name = "tracery.TimeBuffer"; };
 template <> struct Published<TimeDomainTriggerController> { static constexpr const char* name = "tracery.TimeDomainTriggerController"; };
 template <> struct Published<TimeScopeLine> { static constexpr const char* name = "tracery.TimeScopeLine"; };

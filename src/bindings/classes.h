@@ -15,6 +15,7 @@ ClassInfoPtr abstractLinePlotterClass();
 ClassInfoPtr abstractTimeDomainPlotterClass();
 ClassInfoPtr oneShotTimerClass();
 ClassInfoPtr scrollingTimeDomainControllerClass();
+ClassInfoPtr spectrumBufferClass();
 ClassInfoPtr timeBufferClass();
 ClassInfoPtr timeDomainTriggerControllerClass();
 ClassInfoPtr timeScopeLineClass();

@@ -20,6 +20,7 @@ public:
     void addClasses(hostobj::COSPackage& package) const override
     {
         package.addClass(timeBufferClass());
+        package.addClass(spectrumBufferClass());
         package.addClass(timeDomainTriggerControllerClass());
         package.addClass(timeScopeLineClass());
         package.addClass(oneShotTimerClass());

@@ -14,7 +14,11 @@ constexpr double kUpdateSeconds = 0.05;
 
 double firstElement(const HostArray* array)
 {
-    if (array == nullptr || isEmpty(array) || getRealData(array) == nullptr)
+    if (array == nullptr || isEmpty(array))
+        throw Error(errors::EmptyInput);
+    if (!isDouble(array))
+        throw Error(errors::InvalidArgumentType);
+    if (getRealData(array) == nullptr)
         throw Error(errors::EmptyInput);
     return *getRealData(array);
 }
@@ -95,7 +99,7 @@ std::uint32_t SpectrumBuffer::getSegmentLength() const { return static_cast<std:
 
 void SpectrumBuffer::setOverlapPercent(double percent)
 {
-    if (percent == state_->overlapPercent)
+    if (percent == state_->overlapPercent || (std::isnan(percent) && std::isnan(state_->overlapPercent)))
         return;
     state_->recut(SegmentCut::of(getSegmentLength(), percent));
     state_->overlapPercent = percent;

@@ -119,6 +119,7 @@ private:
     {
         Arguments arguments{argument<i>(inputs)...}; // in their order
         hostobj::HostOutputs outputs;
+        outputs.reserve(sizeof...(OutputNames)); // so that what the operation gives is not lost
         if constexpr (std::is_void_v<Result>)
             std::invoke(operation, payload, std::move(std::get<i>(arguments))...);
         else

@@ -6,6 +6,7 @@
 
 #include <exception>
 #include <new>
+#include <stdexcept>
 
 namespace tracery::binding {
 
@@ -20,6 +21,10 @@ auto guarded(Body&& body) -> decltype(body())
         throw;
     } catch (const std::bad_alloc&) {
         throw Error(errors::OutOfMemory);
+    } catch (const std::out_of_range& error) {
+        throw Error(errors::InvalidSubscript, error.what());
+    } catch (const std::length_error& error) {
+        throw Error(errors::TooLong, error.what());
     } catch (const std::exception& error) {
         throw Error(errors::InternalError, error.what());
     } catch (abi::__forced_unwind&) { // the end of a thread, which must go on

@@ -94,6 +94,10 @@ TEST(BadInputTest, NothingIsLostWhenMemoryRunsOut)
     const std::string subclass = script.subclass("veltrashared.scopes.visual.AbstractTimeDomainPlotter");
     script.host.construct(subclass);
     const HostObjectRef buffer = script.make("tracery.TimeBuffer", 100);
+    const HostObjectRef spectrum = script.make("tracery.SpectrumBuffer", 4, 0, false, 1);
+    script.call(0, spectrum, "setReduceUpdates", false);
+    std::size_t added = 0;
+    std::size_t taken = 0; ///< segments are handed out, or stay for the next time
     long allocations = 0;
     const auto scenario = [&] {
         const HostObjectRef line = script.make("tracery.TimeScopeLine");
@@ -103,6 +107,9 @@ TEST(BadInputTest, NothingIsLostWhenMemoryRunsOut)
         script.object(display, "TimeOverrunModeController");
         script.call(0, buffer, "addTimeAndValue", 1, 1);
         script.call(2, buffer, "GetTimeAndValue");
+        script.call(0, spectrum, "addValue", matrix(4, 1, {1, 2, 3, 4}), 1);
+        added += 4;
+        taken += getNumberOfElements(script.call(2, spectrum, "getTimeAndValue", 0, 0, 0, 0)[1].get());
     };
     const auto enough = [&] {
         try {
@@ -114,6 +121,7 @@ TEST(BadInputTest, NothingIsLostWhenMemoryRunsOut)
     while (!enough())
         ++allocations;
     EXPECT_GT(allocations, 50);
+    EXPECT_EQ(taken, added);
 }
 
 /// Values of every class, shape and oddity.
@@ -162,7 +170,7 @@ TEST(BadInputTest, WhateverIsPassedToAnyMemberIsTakenOrRefusedWithAnIdentifier)
     std::vector<HostObjectRef> objects;
     for (const embedded::ClassListing& listing : classes)
         if (!listing.isAbstract)
-            objects.push_back(script.host.construct(listing.name));
+            objects.push_back(script.makeAny(listing.name));
     objects.push_back(script.host.construct(subclass));
     std::size_t taken = 0;
     std::size_t refused = 0;
@@ -186,7 +194,7 @@ TEST(BadInputTest, WhateverIsPassedToAnyMemberIsTakenOrRefusedWithAnIdentifier)
         if (random() % 100 == 0) {
             const std::string name = object->className();
             script.host.deleteObject(object);
-            object = script.host.construct(name);
+            object = script.makeAny(name);
         } else if (random() % 20 == 0) {
             attempt([&] { script.host.construct(object->className(), inputs); });
         } else if (random() % 3 == 0 && !members.methods.empty()) {

@@ -84,6 +84,53 @@ TEST(HostScenarioTest, ARisingEdgeOpensAWindowAndOnlyThenAnother)
     EXPECT_EQ(failure([&] { script.set(trigger, "SourcePort", 0); }), "InvalidPortID");
 }
 
+TEST(HostScenarioTest, ASpectrumBufferHandsOutSegmentsAndStatistics)
+{
+    Script script;
+    const HostObjectRef buffer = script.make("tracery.SpectrumBuffer", 4, 50, false, 1);
+    EXPECT_EQ(script.text(buffer, "Complexity"), "Real");
+    EXPECT_EQ(script.numbers(buffer, "getSegments"), std::vector<double>());
+    script.call(0, buffer, "setReduceUpdates", false);
+    script.set(buffer, "SegmentsPerBlock", 2);
+    script.call(0, buffer, "addTime", 3.0, 1);
+    script.call(0, buffer, "addValue", matrix(5, 1, {1, 2, 3, 4, 5}), 1);
+    EXPECT_EQ(script.numbers(buffer, "getNumProcessedSamples"), std::vector{5.0});
+    EXPECT_EQ(script.numbers(buffer, "getNumUnprocessedSamples"), std::vector{1.0});
+    EXPECT_EQ(script.numbers(buffer, "getLastTime"), std::vector{3.0});
+    EXPECT_TRUE(*getLogicals(script.call(1, buffer, "IsReady")[0].get()) != 0);
+    const std::vector<double> segments{0, 0, 1, 2, 1, 2, 3, 4};
+    EXPECT_EQ(script.numbers(buffer, "getSegments"), segments);
+    const auto handedOut = script.call(2, buffer, "getTimeAndValue", 0, 0, 0, 0);
+    EXPECT_TRUE(isEmpty(handedOut[0].get()));
+    EXPECT_EQ(realOf(handedOut[1].get()), segments);
+    script.call(0, buffer, "addValue", matrix(3, 1, {6, 7, 8}), 1);
+    EXPECT_EQ(script.numbers(buffer, "getSegments"), (std::vector<double>{3, 4, 5, 6, 5, 6, 7, 8}));
+    script.call(0, buffer, "clear");
+    EXPECT_EQ(script.numbers(buffer, "getLastFrameSize"), std::vector{0.0});
+    script.set(buffer, "NPorts", 7);
+    EXPECT_EQ(script.number(buffer, "NPorts"), 1);
+
+    const auto statistics = script.call(4, buffer, "updateCCDF", matrix(4, 1, {1, 1, 1, 10}), 30.5, 0.5);
+    EXPECT_EQ(realOf(statistics[0].get()), std::vector{10.0});
+    EXPECT_EQ(realOf(statistics[1].get()), std::vector{3.25});
+    EXPECT_EQ(realOf(statistics[2].get()), std::vector{4.0});
+    EXPECT_EQ(getDimensions(getCell(statistics[3].get(), 0))[1], 2U);
+    const HostArrayPtr histogram = script.host.get(buffer, "CCDFHistogram");
+    EXPECT_EQ(getNumberOfElements(histogram.get()), 30U) << "bins are truncated";
+    for (const double bins : {0.0, 0.9, -3.0, getNaN(), getInf(), 1e9})
+        EXPECT_EQ(failure([&] { script.call(4, buffer, "updateCCDF", 1.0, bins, 0.5); }), "InvalidArgumentType");
+    EXPECT_EQ(failure([&] { script.call(4, buffer, "updateCCDF", 1.0, 30, 1e-9); }), "InvalidArgumentType");
+    EXPECT_EQ(failure([&] { script.call(4, buffer, "updateCCDF", 1.0, 31, 0.5); }), "InvalidSubscript");
+    EXPECT_EQ(failure([&] { script.set(buffer, "NumChannels", 4294967295.0); }), "InvalidArgumentType");
+
+    const HostObjectRef other = script.make("tracery.SpectrumBuffer", 8, 25, true, 2);
+    EXPECT_EQ(script.number(other, "SegmentLength"), 8);
+    EXPECT_EQ(script.number(other, "OverlapPercent"), 25);
+    EXPECT_EQ(script.number(other, "NumChannels"), 2);
+    EXPECT_EQ(script.text(other, "Complexity"), "Complex");
+    EXPECT_EQ(failure([&] { script.call(0, other, "addValue", 1.0, 1); }), "InvalidSubscript") << "one channel of two";
+}
+
 TEST(HostScenarioTest, ALineIsThinnedAndKnowsItsAnimator)
 {
     Script script;
@@ -231,11 +278,13 @@ TEST(HostScenarioTest, EveryPropertyKeepsAValueOfItsOwn)
     std::size_t checked = 0;
     for (const bool odd : {false, true})
         for (const embedded::ClassListing& listing : classes) {
-            const HostObjectRef object = script.host.construct(listing.isAbstract ? display : listing.name);
+            const HostObjectRef object = script.makeAny(listing.isAbstract ? display : listing.name);
             std::vector<std::pair<std::string, HostArrayPtr>> values;
             for (const embedded::PropertyListing& property : listing.properties) {
                 const double next = 2.0 + static_cast<double>(values.size());
-                if (property.setAccess != hostobj::Access::public_ || property.name == "MaxNumTimeSteps")
+                if (property.setAccess != hostobj::Access::public_ || property.type == "any" ||
+                    (property.name == "MaxNumTimeSteps" && property.type == "double vector") ||
+                    property.name == "NPorts")
                     continue;
                 if (property.type == "double scalar" || property.type == "uint32 scalar")
                     values.emplace_back(property.name, Script::value(next));

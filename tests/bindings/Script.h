@@ -55,6 +55,12 @@ public:
     {
         return host.construct(dottedClass, borrowed(list(std::forward<T>(inputs)...)));
     }
+    /// An object of any class that has objects.
+    HostObjectRef makeAny(const std::string& dottedClass)
+    {
+        return dottedClass == "tracery.SpectrumBuffer" ? make(dottedClass.c_str(), 4, 50, false, 1)
+                                                       : host.construct(dottedClass);
+    }
     template <class... T>
     HostOutputs call(std::size_t wanted, const HostObjectRef& object, const char* method, T&&... inputs)
     {

@@ -10,8 +10,8 @@
 namespace scope {
 
 /// How the power of a signal is spread: exact totals, and from a SpectrumBuffer the curve of how much of the signal is
-/// how far above the average (CCDF). The power of a sample is its square, of a complex one the squared magnitude. Powers
-/// that are not finite are left out.
+/// how far above the average (CCDF). The power of a sample is its square, of a complex one the squared magnitude. What
+/// is not finite is left out.
 class PowerStatistics {
 public:
     struct Channel {

@@ -34,9 +34,9 @@ enum class SpectrumScale {
 /// The first segment begins with the first sample. A segment of a channel with a value that is missing, infinite or too
 /// large to be squared is left out.
 ///
-/// Real signals give one-sided spectra, 0 Hz to half the rate, each bin with the power of its negative frequency as well;
-/// complex ones give two-sided spectra around the centre frequency. The same steps give the same bits, however they are
-/// cut into blocks.
+/// Real signals give one-sided spectra, 0 Hz to half the rate, each bin with the power of its negative frequency as
+/// well; complex ones give two-sided spectra around the centre frequency. The same steps give the same bits, however
+/// they are cut into blocks.
 class SpectrumEstimate {
 public:
     explicit SpectrumEstimate(SpectrumSettings settings);

@@ -122,15 +122,16 @@ bool TaskRunner::run(std::chrono::microseconds length)
     const std::size_t present = sessions_.size();
     for (std::size_t i = 0; i < present && slice.remaining() > 0; ++i) {
         // To the back before it runs, so that the next one begins next time, also after an error.
-        std::ranges::rotate(sessions_, sessions_.begin() + 1);
+        std::rotate(sessions_.begin(), sessions_.begin() + 1, sessions_.end());
         const SessionPtr session = sessions_.back();
         session->run(slice);
     }
     // Finished sessions that nobody can add tasks to any more go; outside the list, as their tasks may look at it.
-    const auto kept = std::ranges::stable_partition(
-        sessions_, [](const SessionPtr& session) { return session.use_count() > 1 || !session->isFinished(); });
-    const std::vector<SessionPtr> gone(std::make_move_iterator(kept.begin()), std::make_move_iterator(kept.end()));
-    sessions_.erase(kept.begin(), kept.end());
+    const auto kept = std::stable_partition(sessions_.begin(), sessions_.end(), [](const SessionPtr& session) {
+        return session.use_count() > 1 || !session->isFinished();
+    });
+    const std::vector<SessionPtr> gone(std::make_move_iterator(kept), std::make_move_iterator(sessions_.end()));
+    sessions_.erase(kept, sessions_.end());
     return hasWork();
 }
 

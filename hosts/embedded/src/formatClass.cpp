@@ -65,13 +65,7 @@ Row rowOf(const PropertyListing& property)
                 joined(property.enumeration, [](const auto& e) { return std::to_string(e.first) + ' ' + e.second; }) +
                 '}';
     const std::string label = property.label != property.name ? '"' + property.label + '"' : "";
-    const bool described = property.description != property.name && property.description != property.label;
-    return {property.name,
-            type,
-            accessOf(property),
-            std::to_string(property.attributes),
-            label,
-            described ? property.description : ""};
+    return {property.name, type, accessOf(property), std::to_string(property.attributes), label, property.description};
 }
 
 /// "[name type] = method(type, [type])", or "method(...)" when the types are not known.

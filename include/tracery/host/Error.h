@@ -66,11 +66,13 @@ inline constexpr ErrorKind InvalidNumberOfArguments{kBuiltins, "InvalidNumberOfA
 inline constexpr ErrorKind InvalidObject{kComponent, "InvalidObject", "the object is missing, deleted or of another class"};
 inline constexpr ErrorKind InvalidPortID{kComponent, "InvalidPortID", "there is no such port"};
 inline constexpr ErrorKind InvalidSampleTimes{kComponent, "InvalidSampleTimes", "two sample times a port are needed"};
+inline constexpr ErrorKind InvalidSubscript{kComponent, "InvalidSubscript", "the arguments reach outside what there is"};
 inline constexpr ErrorKind InvalidTypeString{kComponent, "InvalidTypeString", "there is no type of this text"};
 inline constexpr ErrorKind NoHost{kComponent, "NoHost", "no host is attached"};
 inline constexpr ErrorKind NoPlotter{kComponent, "NoPlotter", "the controller has no plotter"};
 inline constexpr ErrorKind OutOfMemory{kComponent, "OutOfMemory", "not enough memory"};
 inline constexpr ErrorKind ReadOnlyProperty{kComponent, "ReadOnlyProperty", "the property cannot be set"};
+inline constexpr ErrorKind TooLong{kComponent, "TooLong", "more elements than can be kept"};
 // clang-format on
 } // namespace errors
 
