@@ -37,6 +37,8 @@ public:
     /// Time of the last step read from the recording, handed out or not; -inf before.
     double reached() const { return reached_; }
     bool ended() const { return ended_; }
+    /// As Recording::stop. thread  any
+    void stop() { recording_->stop(); }
 
 private:
     void readBlock();

@@ -1,29 +1,31 @@
+#include "ScopeHost.h"
 #include "commands.h"
 
-#include <tracery/embedded/EmbeddedHost.h>
-#include <tracery/host/Publish.h>
-
 #include <cstdio>
-#include <span>
+#include <set>
 
 namespace scope {
 
 void runClasses(const ClassesOptions& options)
 {
-    tracery::embedded::EmbeddedHost host;
-    const std::size_t ofTheHost = host.listClasses().size();
-    tracery::publishClasses(host.objects());
+    std::set<std::string> ofTheHost;
+    for (const auto& listing : tracery::embedded::EmbeddedHost().listClasses())
+        ofTheHost.insert(listing.name);
+    std::optional<ScopeHost> host;
+    options.module.empty() ? host.emplace() : host.emplace(options.module);
     std::string text;
     std::string names;
-    const std::vector<tracery::embedded::ClassListing> classes = host.listClasses();
-    for (const tracery::embedded::ClassListing& listing : std::span(classes).subspan(ofTheHost)) {
+    for (const tracery::embedded::ClassListing& listing : (*host)->listClasses()) {
+        if (ofTheHost.contains(listing.name))
+            continue;
         const std::string shortName = listing.name.substr(listing.name.rfind('.') + 1);
         names += (names.empty() ? "" : ", ") + shortName;
         if (options.name.empty() || options.name == listing.name || options.name == shortName)
             text += (text.empty() ? "" : "\n") + formatClass(listing);
     }
     if (text.empty())
-        throw UsageError("there is no class '" + options.name + "'; there are " + names);
+        throw UsageError(names.empty() ? options.module + ": publishes no classes"
+                                       : "there is no class '" + options.name + "'; there are " + names);
     std::fputs(text.c_str(), stdout);
 }
 

@@ -1,9 +1,7 @@
 #include "DisplayLines.h"
 
-#include "Feed.h"
 #include "PanelSorter.h"
 #include "Progress.h"
-#include "quantity.h"
 
 #include <utility>
 
@@ -28,39 +26,48 @@ std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<st
     return lines;
 }
 
+StepsPainter::StepsPainter(const Recordings& recordings, const std::vector<Line>& lines, ScopeDisplay& display)
+    : lines_(lines), display_(display)
+{
+    for (const auto& recording : recordings)
+        channels_.push_back(recording->info().channels.size());
+}
+
+void StepsPainter::paint(const FeedSteps& steps)
+{
+    const std::size_t stride = channels_[steps.port];
+    const double* times = tracery::getRealData(steps.times.get());
+    const std::size_t first = display_.advance({times, steps.count()});
+    const std::size_t count = steps.count() - first;
+    times += first;
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+        const LineSource& source = lines_[i].source;
+        if (source.port != steps.port)
+            continue;
+        const std::size_t offset = first * stride + source.channel;
+        const double* real = tracery::getRealData(steps.values.get()) + offset;
+        const double* imag = tracery::getImagData(steps.values.get());
+        if (imag != nullptr)
+            imag += offset;
+        if (isPolar(source.part)) {
+            polar_.resize(count);
+            for (std::size_t k = 0; k < count; ++k)
+                polar_[k] = polarPart(real[k * stride], imag != nullptr ? imag[k * stride] : 0.0,
+                                      source.part == SamplePart::phase);
+            display_.add(i, times, polar_.data(), count, 1);
+        } else {
+            display_.add(i, times, source.part == SamplePart::imaginary ? imag : real, count, stride);
+        }
+    }
+}
+
 void streamLines(Recordings recordings, const Window& stretch, const std::vector<Line>& lines, ScopeDisplay& display)
 {
     Progress progress;
-    std::vector<std::size_t> channels;
-    for (const auto& recording : recordings)
-        channels.push_back(recording->info().channels.size());
+    StepsPainter painter(recordings, lines, display);
     Feed feed(std::move(recordings), stretch.from, stretch.to);
-    std::vector<double> polar;
     while (const std::optional<FeedSteps> steps = feed.next()) {
-        const std::size_t stride = channels[steps->port];
-        const double* times = tracery::getRealData(steps->times.get());
-        const std::size_t first = display.advance({times, steps->count()});
-        const std::size_t count = steps->count() - first;
-        times += first;
-        for (std::size_t i = 0; i < lines.size(); ++i) {
-            const LineSource& source = lines[i].source;
-            if (source.port != steps->port)
-                continue;
-            const std::size_t offset = first * stride + source.channel;
-            const double* real = tracery::getRealData(steps->values.get()) + offset;
-            const double* imag = tracery::getImagData(steps->values.get());
-            if (imag != nullptr)
-                imag += offset;
-            if (isPolar(source.part)) {
-                polar.resize(count);
-                for (std::size_t k = 0; k < count; ++k)
-                    polar[k] = polarPart(real[k * stride], imag != nullptr ? imag[k * stride] : 0.0,
-                                         source.part == SamplePart::phase);
-                display.add(i, times, polar.data(), count, 1);
-            } else {
-                display.add(i, times, source.part == SamplePart::imaginary ? imag : real, count, stride);
-            }
-        }
+        painter.paint(*steps);
         progress.show((feed.reached() - stretch.from) / (stretch.to - stretch.from));
     }
     display.finish();
@@ -86,10 +93,11 @@ Limits limitsIn(const std::vector<Point>& points, const Window& window)
 
 } // namespace
 
-std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack)
+std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack,
+                              bool& anything)
 {
     PanelSorter sorter;
-    bool anything = false;
+    anything = false;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         Line& line = lines[i];
         const LineSource& source = line.source;
@@ -101,9 +109,6 @@ std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& disp
         anything |= seen.low <= seen.high;
         line.panel = sorter.add(key, line.unit, std::move(trace), seen);
     }
-    if (!anything)
-        throw UsageError("no samples between " + formatQuantity(window.from, "s") + " and " +
-                         formatQuantity(window.to, "s") + " in the channels chosen");
     std::vector<Panel> panels = sorter.finish();
     for (Panel& panel : panels)
         panel.yLabel = panel.traces.size() == 1 ? panel.traces[0].label : "Amplitude";

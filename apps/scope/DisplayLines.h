@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Feed.h"
 #include "ScopeDisplay.h"
 #include "commands.h"
 #include "picture/Figure.h"
@@ -45,11 +46,28 @@ struct Line {
 std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<std::string>& wanted,
                               const std::optional<LineSource>& trigger);
 
+/// Shows steps of recordings on a display, which has one line for each of `lines`.
+class StepsPainter {
+public:
+    /// lines, display  outlive the painter
+    StepsPainter(const Recordings& recordings, const std::vector<Line>& lines, ScopeDisplay& display);
+
+    /// Later steps than those before, of one port.
+    void paint(const FeedSteps& steps);
+
+private:
+    std::vector<std::size_t> channels_; ///< of each port
+    const std::vector<Line>& lines_;
+    ScopeDisplay& display_;
+    std::vector<double> polar_; ///< kept for its memory
+};
+
 /// Reads the stretch through the buffer and shows each block of it on the display, which has one line each.
 void streamLines(Recordings recordings, const Window& stretch, const std::vector<Line>& lines, ScopeDisplay& display);
 
 /// Takes what is drawn into panels, one a unit, or a channel when they are stacked, in order of appearance.
-/// throws  UsageError when no line has anything in the window
-std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack);
+/// anything  tells whether a line has anything in the window
+std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack,
+                              bool& anything);
 
 } // namespace scope

@@ -16,6 +16,14 @@ constexpr std::uint64_t kBlocksTaken =
 
 } // namespace
 
+FeedSteps readSteps(const TimeBuffer& buffer, std::size_t port, double from, double until, bool widen)
+{
+    HostArray* times = nullptr;
+    HostArray* values = nullptr;
+    buffer.GetTimeAndValue(port, times, values, from, until, widen);
+    return {port, HostArrayPtr(times), HostArrayPtr(values)};
+}
+
 struct Feed::Port {
     BatchReader reader;
 
@@ -141,11 +149,8 @@ std::optional<FeedSteps> Feed::next()
     }
     lock.unlock();
     Port& port = ports_[index];
-    HostArray* times = nullptr;
-    HostArray* values = nullptr;
-    buffer_.GetTimeAndValue(index, times, values, justAfter(port.takenTime), std::numeric_limits<double>::max(), false);
-    FeedSteps steps{index, HostArrayPtr(times), HostArrayPtr(values)};
-    port.takenTime = getRealData(times)[steps.count() - 1];
+    FeedSteps steps = readSteps(buffer_, index, justAfter(port.takenTime), std::numeric_limits<double>::max(), false);
+    port.takenTime = steps.lastTime();
     reached_ = std::max(reached_, port.takenTime);
     lock.lock();
     port.taken += steps.count();

@@ -20,8 +20,13 @@ struct FeedSteps {
     std::size_t port = 0;
     tracery::HostArrayPtr times;  ///< 1-by-n, seconds
     tracery::HostArrayPtr values; ///< channels-by-n, complex for complex recordings
-    std::size_t count() const { return tracery::getNumberOfElements(times.get()); }
+    std::size_t count() const { return times != nullptr ? tracery::getNumberOfElements(times.get()) : 0; }
+    double lastTime() const { return tracery::getRealData(times.get())[count() - 1]; }
 };
+
+/// The steps of a port at times in [from, until]; none is null arrays.
+/// widen  with the steps on both sides
+FeedSteps readSteps(const tracery::TimeBuffer& buffer, std::size_t port, double from, double until, bool widen);
 
 /// The simulation side: a thread reads recordings in blocks and writes each into its port of a thread-safe TimeBuffer,
 /// keeping the ports in step by time. The display side takes the steps that are new. The writer waits when the display

@@ -57,6 +57,12 @@ std::size_t LineThinner::addRun(const double* times, const double* values, std::
     return added;
 }
 
+void LineThinner::drawPending()
+{
+    if (count_ > 1)
+        thin(false);
+}
+
 void LineThinner::finish() { closeRun(); }
 
 void LineThinner::restart()

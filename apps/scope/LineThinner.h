@@ -19,6 +19,8 @@ public:
 
     /// Adds `count` samples; sample i is values[i * stride] at times[i]. Times must not decrease.
     void add(const double* times, const double* values, std::size_t count, std::size_t stride);
+    /// Draws all but the newest column, which may still grow. When and how often makes no difference to the line.
+    void drawPending();
     /// Draws what is left and separates it from what follows by a NaN point. The thinner starts anew.
     void finish();
     /// Takes away what is drawn and what is not drawn yet.

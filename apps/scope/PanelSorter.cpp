@@ -14,10 +14,7 @@ std::size_t PanelSorter::add(const std::string& key, const std::string& yUnit, T
         limits_.push_back(noLimits());
         panels_.emplace_back().yUnit = yUnit;
     }
-    if (seen.low <= seen.high) { // else nothing is seen of the trace
-        extend(limits_[panel], seen.low);
-        extend(limits_[panel], seen.high);
-    }
+    extend(limits_[panel], seen);
     panels_[panel].traces.push_back(std::move(trace));
     return panel;
 }
@@ -38,6 +35,12 @@ void extend(Limits& limits, double value)
 {
     limits.low = std::min(limits.low, value);
     limits.high = std::max(limits.high, value);
+}
+
+void extend(Limits& limits, const Limits& other)
+{
+    limits.low = std::min(limits.low, other.low);
+    limits.high = std::max(limits.high, other.high);
 }
 
 } // namespace scope

@@ -25,5 +25,7 @@ private:
 /// The limits of nothing, for values to be added to.
 Limits noLimits();
 void extend(Limits& limits, double value);
+/// Adds those of something else; nothing (reversed) adds nothing.
+void extend(Limits& limits, const Limits& other);
 
 } // namespace scope

@@ -83,6 +83,19 @@ void ScopeDisplay::beginSweep(DrawnLine& line)
         line.thinner.add(times.data(), line.edge.data(), times.size(), 1);
 }
 
+void ScopeDisplay::restart(double from)
+{
+    setStartTime(from);
+    for (DrawnLine& line : drawn_)
+        line.thinner.restart();
+}
+
+void ScopeDisplay::drawPending()
+{
+    for (DrawnLine& line : drawn_)
+        line.thinner.drawPending();
+}
+
 void ScopeDisplay::finish()
 {
     for (DrawnLine& line : drawn_)

@@ -27,6 +27,10 @@ public:
     std::size_t advance(std::span<const double> times);
     /// Draws samples on a line; sample i is values[i * stride] at times[i].
     void add(std::size_t line, const double* times, const double* values, std::size_t count, std::size_t stride);
+    /// Empties the display and moves its window to start at `from`.
+    void restart(double from);
+    /// Draws what is not drawn yet, all but the newest column of each line.
+    void drawPending();
     /// Draws what is not drawn yet.
     void finish();
 

@@ -1,15 +1,14 @@
 #include "DisplayLines.h"
 #include "Progress.h"
 #include "ScopeDisplay.h"
+#include "ScopeHost.h"
 #include "commands.h"
 #include "output.h"
 #include "picture/Figure.h"
 #include "quantity.h"
 #include "sources.h"
+#include "trigger/TriggeredWindow.h"
 #include "trigger/explain.h"
-
-#include <tracery/embedded/EmbeddedHost.h>
-#include <tracery/host/Publish.h>
 
 #include <algorithm>
 #include <cmath>
@@ -59,30 +58,10 @@ Window chooseStretch(Recordings& recordings, const ViewOptions& options)
     return stretch;
 }
 
-/// The window that a trigger shows, the event's time, and the levels as they were then.
-struct TriggeredWindow {
-    Window window;
-    double event;
-    std::vector<Marker> levels;
-    LineSource source;
-    bool freeRun; ///< no event: the mode is auto
-};
-
-SamplePart partOf(tracery::TDTC::ComplexityEnum complexity)
-{
-    using tracery::TDTC::ComplexityEnum;
-    return complexity == ComplexityEnum::Imaginary   ? SamplePart::imaginary
-           : complexity == ComplexityEnum::Magnitude ? SamplePart::magnitude
-           : complexity == ComplexityEnum::Phase     ? SamplePart::phase
-                                                     : SamplePart::real;
-}
-
 TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& options)
 {
-    TriggerSettings settings = *options.trigger;
-    const bool firstDrawn = settings.source.empty() && !options.channels.empty();
-    const TriggerSource source = firstDrawn ? findTriggerSource(recordings, options.channels[0], "--channels")
-                                            : findTriggerSource(recordings, settings.source);
+    const TriggerSettings& settings = *options.trigger;
+    const TriggerSource source = findTriggerSource(recordings, settings, options.channels);
     const double from = options.from.value_or(source.range.first);
     const double span = options.span.value_or((source.range.last - source.range.first) / 10);
     const auto scan = makeScan(options.files, options.rate, source, settings, from, span, options.blockSteps);
@@ -107,29 +86,8 @@ TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& opti
             measureRange(openBatches(options.files, options.rate, source, from), source.channel, settings.part);
         throw UsageError(explainNothingShown(settings, scan->controller(), totals, range, span));
     }
-    const auto& controller = scan->controller();
-    if (settings.usesTwoLevels())
-        found->levels = {{controller.getUpperLevel(), "upper"}, {controller.getLowerLevel(), "lower"}};
-    else
-        found->levels = {{controller.getLevel(), "level"}};
+    found->levels = levelsOf(scan->controller(), settings);
     return *found;
-}
-
-/// Puts time zero at the event and marks it, and the levels where the source is drawn as it is triggered on.
-void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::vector<Line>& lines)
-{
-    figure.xLabel = (triggered.freeRun ? "Free run, no event; time from " : "Time from trigger at ") +
-                    formatQuantity(triggered.event, "s");
-    figure.xMin -= triggered.event;
-    figure.xMax -= triggered.event;
-    figure.positions.push_back({0, triggered.freeRun ? "" : "T"});
-    for (Panel& panel : figure.panels)
-        for (Trace& trace : panel.traces)
-            for (Point& point : trace.points)
-                point.x -= triggered.event;
-    for (const Line& line : lines)
-        if (line.source.sameChannel(triggered.source) && isPolar(line.source.part) == isPolar(triggered.source.part))
-            figure.panels[line.panel].levels = triggered.levels;
 }
 
 } // namespace
@@ -140,9 +98,7 @@ void runView(const ViewOptions& options)
     const std::string output =
         chooseOutput(options.output, options.files, ".png", Output::Kinds::Pictures, options.width, options.height)
             .path;
-    tracery::embedded::EmbeddedHost host;
-    const tracery::HostScope attached(host);
-    tracery::publishClasses(host.objects());
+    ScopeHost host;
 
     std::optional<TriggeredWindow> triggered;
     if (options.trigger)
@@ -159,7 +115,7 @@ void runView(const ViewOptions& options)
     if (options.overrun)
         display.follow(*options.overrun);
     // What a commit shows of the display is the picture.
-    const auto picture = host.graphics().addCommitHook([&](int) {
+    const auto picture = host->graphics().addCommitHook([&](int) {
         Figure figure;
         figure.width = options.width;
         figure.height = options.height;
@@ -167,13 +123,17 @@ void runView(const ViewOptions& options)
         const Window window = options.overrun ? Window{display.getStartTime(), display.windowEnd()} : stretch;
         figure.xMin = window.from;
         figure.xMax = window.to;
-        figure.panels = makePanels(lines, display, window, options.stack);
+        bool anything = false;
+        figure.panels = makePanels(lines, display, window, options.stack, anything);
+        if (!anything)
+            throw UsageError("no samples between " + formatQuantity(window.from, "s") + " and " +
+                             formatQuantity(window.to, "s") + " in the channels chosen");
         if (triggered)
             markTrigger(figure, *triggered, lines);
         writeFigure(figure, output);
     });
     streamLines(std::move(recordings), stretch, lines, display);
-    host.graphics().commitDatabaseUpdates(0);
+    host->graphics().commitDatabaseUpdates(0);
     std::printf("%s\n", output.c_str());
 }
 

@@ -51,10 +51,11 @@ struct EventsOptions {
 };
 
 struct ClassesOptions {
-    std::string name; ///< with or without packages; empty: all
+    std::string name;   ///< with or without packages; empty: all
+    std::string module; ///< the file of another module; empty: the library
 };
 
-/// Prints the published classes as tables. throws  UsageError
+/// Prints the classes that a module publishes as tables. throws  UsageError
 void runClasses(const ClassesOptions& options);
 
 /// Prints every trigger event and every window shown, and totals that add up. throws  InputError, UsageError

@@ -30,6 +30,7 @@ int main(int argc, char** argv)
     using namespace scope::cli;
     addInfo(app);
     addView(app);
+    addPlay(app);
     addEvents(app);
     addSpectrum(app);
     addCcdf(app);

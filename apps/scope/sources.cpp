@@ -81,10 +81,31 @@ TriggerSource findTriggerSource(const Recordings& recordings, const std::string&
                      channelNames(recordings));
 }
 
+TriggerSource findTriggerSource(const Recordings& recordings, const TriggerSettings& settings,
+                                const std::vector<std::string>& channels)
+{
+    return settings.source.empty() && !channels.empty() ? findTriggerSource(recordings, channels[0], "--channels")
+                                                        : findTriggerSource(recordings, settings.source);
+}
+
 BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate, const TriggerSource& source,
                         double from, std::size_t steps, double seconds)
 {
     return {openRecording(files[source.port], {rate}), from, std::numeric_limits<double>::infinity(), steps, seconds};
+}
+
+SignalRange rangeForLevels(const std::vector<std::string>& files, const Recording& recording,
+                           std::optional<double> rate, const TriggerSource& source, const TriggerSettings& settings,
+                           double from)
+{
+    if (settings.part == tracery::TDTC::ComplexityEnum::Imaginary && !recording.info().complex)
+        throw UsageError(recording.info().path + ": the trigger channel is real: it has no imaginary part");
+    if (!settings.needsRange())
+        return {0, 1, 0};
+    const SignalRange range = measureRange(openBatches(files, rate, source, from), source.channel, settings.part);
+    if (range.finite == 0)
+        throw UsageError("nothing triggers: the trigger channel has only gaps: no number in it");
+    return range;
 }
 
 std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std::optional<double> rate,
@@ -95,18 +116,11 @@ std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std
         throw UsageError("the recording has a single time: say with --span how much time a window shows");
     if (from > source.range.last)
         throw UsageError(files[source.port] + ": " + nothingAfter(from, source.range));
-    using tracery::TDTC::ComplexityEnum;
-    if (settings.part == ComplexityEnum::Imaginary && !openRecording(files[source.port], {rate})->info().complex)
-        throw UsageError(files[source.port] + ": the trigger channel is real: it has no imaginary part");
     // Levels that follow the signal do so batch by batch: batches are short beside the span that they look back on.
     constexpr double kBatchesASpan = 16;
     const double seconds = settings.autoLevel() ? span / kBatchesASpan : std::numeric_limits<double>::infinity();
-    SignalRange range{0, 1, 0};
-    if (settings.needsRange()) {
-        range = measureRange(openBatches(files, rate, source, from), source.channel, settings.part);
-        if (range.finite == 0)
-            throw UsageError("nothing triggers: the trigger channel has only gaps: no number in it");
-    }
+    const SignalRange range =
+        rangeForLevels(files, *openRecording(files[source.port], {rate}), rate, source, settings, from);
     auto scan = std::make_unique<TriggerScan>(openBatches(files, rate, source, from, blockSteps, seconds),
                                               source.channel, from, span);
     configure(scan->controller(), settings, range);

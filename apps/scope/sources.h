@@ -50,10 +50,20 @@ struct TriggerSource {
 TriggerSource findTriggerSource(const Recordings& recordings, const std::string& wanted,
                                 const char* option = "--source");
 
+/// The settings' source, or else the first channel drawn. throws  UsageError
+TriggerSource findTriggerSource(const Recordings& recordings, const TriggerSettings& settings,
+                                const std::vector<std::string>& channels);
+
 /// Batches of the source's recording, from `from` on.
 BatchReader openBatches(const std::vector<std::string>& files, std::optional<double> rate, const TriggerSource& source,
                         double from, std::size_t steps = 4096,
                         double seconds = std::numeric_limits<double>::infinity());
+
+/// Reads the source's recording for the range of the trigger signal, when a level is a share of it; else some range.
+/// throws  UsageError when the channel has no such part, or nothing but gaps
+SignalRange rangeForLevels(const std::vector<std::string>& files, const Recording& recording,
+                           std::optional<double> rate, const TriggerSource& source, const TriggerSettings& settings,
+                           double from);
 
 /// A scan of the source's recording with its controller set up; reads the recording once before when a level is a
 /// share of the signal's range.

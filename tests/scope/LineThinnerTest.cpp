@@ -111,6 +111,8 @@ TEST(LineThinnerTest, LosesNoExtremeAndIsTheSameHoweverTheLineIsCut)
             const std::size_t count = std::min<std::size_t>(random() % 9, signal.times.size() - at);
             pieces.add(signal.times.data() + at, signal.values.data() + at, count, 1);
             at += count;
+            for (auto times = random() % 3; times > 0; --times)
+                pieces.drawPending();
         }
         pieces.finish();
         ASSERT_TRUE(same(display.points(1), display.points(0))) << round;

@@ -1,55 +1,11 @@
 // The program as a person runs it: exit status, one line for what is wrong, pictures whole or not at all.
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
+#include "scope/Program.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <string>
-
-namespace fs = std::filesystem;
 
 namespace {
-
-class ProgramTest : public ::testing::Test {
-protected:
-    ProgramTest()
-    {
-        std::string name = (fs::temp_directory_path() / "tracery-program-XXXXXX").string();
-        folder_ = mkdtemp(name.data());
-        std::string table = "time,v [V],w\n";
-        for (int i = 0; i < 1000; ++i)
-            table += std::to_string(i * 0.001) + "," + std::to_string(i / 100 % 2) + "," +
-                     (i >= 300 && i < 400 ? "" : std::to_string(i % 7)) + "\n";
-        write("good.csv", table);
-    }
-    ~ProgramTest() override { fs::remove_all(folder_); }
-
-    void write(const std::string& name, const std::string& text) { std::ofstream(folder_ / name) << text; }
-    std::string read(const std::string& name)
-    {
-        std::ifstream file(folder_ / name);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    struct Outcome {
-        int status;
-        std::string out;
-        std::string err;
-    };
-    Outcome run(const std::string& arguments)
-    {
-        const std::string command =
-            "cd '" + folder_.string() + "' && '" TRACERY_SCOPE "' " + arguments + " >stdout.txt 2>stderr.txt";
-        const int status = std::system(command.c_str());
-        return {WEXITSTATUS(status), read("stdout.txt"), read("stderr.txt")};
-    }
-
-    fs::path folder_;
-};
 
 TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
 {
@@ -133,6 +89,9 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"ccdf good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has only missing"},
         {"ccdf zero.csv -o o.png", "channel 'v' is zero throughout"},
         {"classes Nothing", "there is no class 'Nothing'; there are TimeBuffer, "},
+        {"classes --module no.so", "no.so: no such file"},
+        {"classes --module good.csv", "good.csv: is not a library"},
+        {"classes --module '" OLD_MODULE "'", "built for another version of the seam"},
         {"", "subcommand"},
     };
     for (const Case& each : cases) {
@@ -146,6 +105,19 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         });
         EXPECT_EQ(left, 0);
     }
+}
+
+TEST_F(ProgramTest, ListsTheClassesOfAModuleFromAFile)
+{
+    const Outcome own = run("classes");
+    const Outcome loaded = run("classes --module '" TRACERY_LIBRARY "'");
+    EXPECT_EQ(own.status, 0) << own.err;
+    EXPECT_NE(own.out.find("TimeBuffer"), std::string::npos);
+    EXPECT_EQ(own.out.find("ScopeLineAnimator"), std::string::npos) << "a class of the host";
+    EXPECT_EQ(loaded.out, own.out) << loaded.err;
+    const Outcome demo = run("classes --module '" DEMO_MODULE "'");
+    EXPECT_EQ(demo.status, 0) << demo.err;
+    EXPECT_NE(demo.out.find("demo."), std::string::npos) << demo.out;
 }
 
 TEST_F(ProgramTest, TheSameRecordingGivesTheSamePictureWithTheTrigger)

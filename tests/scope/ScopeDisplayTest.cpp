@@ -1,5 +1,7 @@
 #include "ScopeDisplay.h"
 
+#include "PanelSorter.h"
+
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Publish.h>
 
@@ -66,6 +68,19 @@ TEST(ScopeDisplayTest, ShowsTheSamplesOfItsWindowHoweverTheyCome)
             for (const std::size_t mostSteps : {1, 2, 50, 1000})
                 EXPECT_EQ(show(mode, times, values, mostSteps, random), expected) << end << ' ' << mostSteps;
         }
+    }
+}
+
+TEST(PanelSorterTest, ALineWithNothingInTheWindowLeavesItsPanelsLimitsAlone)
+{
+    for (const bool silentFirst : {true, false}) {
+        PanelSorter sorter;
+        const Limits seen[] = {noLimits(), {20, 40}};
+        for (const bool silent : {silentFirst, !silentFirst})
+            EXPECT_EQ(sorter.add("V", "V", {}, seen[silent ? 0 : 1]), 0U);
+        const std::vector<Panel> panels = sorter.finish();
+        EXPECT_GT(panels[0].yMin, 10);
+        EXPECT_GT(panels[0].yMax, 40);
     }
 }
 

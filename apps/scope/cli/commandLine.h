@@ -7,6 +7,7 @@ namespace scope::cli {
 
 void addInfo(CLI::App& app);
 void addView(CLI::App& app);
+void addPlay(CLI::App& app);
 void addEvents(CLI::App& app);
 void addSpectrum(CLI::App& app);
 void addCcdf(CLI::App& app);

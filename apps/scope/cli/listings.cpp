@@ -22,6 +22,8 @@ void addClasses(CLI::App& app)
     const auto options = std::make_shared<ClassesOptions>();
     CLI::App* classes = app.add_subcommand("classes", "Print the classes that the library publishes to its host");
     classes->add_option("NAME", options->name, "Only this class, with or without its packages");
+    classes->add_option("--module", options->module, "The file of a module to list instead, built elsewhere")
+        ->type_name("PATH");
     classes->callback([options] { runClasses(*options); });
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace scope {
 
@@ -50,8 +51,9 @@ std::string quoted(std::string_view field)
 
 } // namespace
 
-CsvRecording::CsvRecording(const std::string& path, const OpenOptions& options) : file_(path), lines_(file_)
+CsvRecording::CsvRecording(File file, const OpenOptions& options) : file_(std::move(file)), lines_(file_)
 {
+    const std::string& path = file_.path();
     Line line;
     const bool hasLine = lines_.next(line);
     if (hasLine)
@@ -75,6 +77,8 @@ CsvRecording::CsvRecording(const std::string& path, const OpenOptions& options) 
 
 TimeRange CsvRecording::range()
 {
+    if (file_.isLive())
+        return {firstTime_, std::numeric_limits<double>::infinity()};
     if (!range_ && layout_.hasTimes) {
         try {
             const std::uint64_t tail = file_.size() - std::min(file_.size(), kTailBytes);
@@ -127,7 +131,7 @@ void CsvRecording::read(Block& block, std::size_t maxSteps)
     block.real.clear();
     block.imag.clear();
     Line line;
-    while (block.steps() < maxSteps && lines_.next(line))
+    while (block.steps() < maxSteps && (block.steps() == 0 || lines_.ready()) && lines_.next(line))
         block.times.push_back(parseRow(line, progress_, block.real));
 }
 

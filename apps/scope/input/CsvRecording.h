@@ -11,14 +11,16 @@ namespace scope {
 class CsvRecording final : public Recording {
 public:
     /// throws  InputError: not a table, no rows, without times and rate, with both
-    CsvRecording(const std::string& path, const OpenOptions& options);
+    CsvRecording(File file, const OpenOptions& options);
 
     const RecordingInfo& info() const override { return info_; }
     /// Reads the end of the file; the whole of it where there are no times, as rows must be counted then.
     TimeRange range() override;
     /// Reads from the front to there, as a table has no other way to find a time.
     void seek(double time) override;
+    /// Of standard input the rows that are there, having waited for one.
     void read(Block& block, std::size_t maxSteps) override;
+    void stop() override { file_.stop(); }
 
 private:
     /// What the rows up to some place leave behind for the next one.

@@ -42,8 +42,24 @@ File::File(const std::string& path) : path_(path)
         throw InputError(path, "", "the file is empty");
 }
 
+File File::pipe(int descriptor, const std::string& name)
+{
+    File file;
+    file.path_ = name;
+    file.pipe_ = std::make_unique<Pipe>(descriptor, name);
+    return file;
+}
+
+void File::stop() const noexcept
+{
+    if (isLive())
+        pipe_->stop();
+}
+
 std::size_t File::read(std::uint64_t offset, std::span<char> into) const
 {
+    if (isLive())
+        return pipe_->read(offset, into);
     std::size_t done = 0;
     while (done < into.size()) {
         const auto at = static_cast<off_t>(offset + done);

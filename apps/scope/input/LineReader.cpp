@@ -34,6 +34,19 @@ bool LineReader::next(Line& line)
     return false;
 }
 
+bool LineReader::ready()
+{
+    if (!file_->isLive())
+        return true;
+    while (std::memchr(buffer_.data() + begin_, '\n', end_ - begin_) == nullptr) {
+        if (!file_->ready())
+            return false;
+        if (!fill())
+            break;
+    }
+    return true;
+}
+
 bool LineReader::nextRaw(Line& line)
 {
     const void* newline = std::memchr(buffer_.data() + begin_, '\n', end_ - begin_);

@@ -29,6 +29,8 @@ public:
     /// Reads the next line; false at the end of the file.
     /// throws  InputError: a line longer than kMaxLine, or a failure to read
     bool next(Line& line);
+    /// Whether next() would not wait for a line that has not come yet.
+    bool ready();
 
 private:
     bool nextRaw(Line& line);

@@ -57,6 +57,7 @@ public:
     virtual const RecordingInfo& info() const = 0;
     /// Times of the first and the last step, without reading what lies between (unless nothing less tells the
     /// last). Leaves the read position alone.
+    /// Of standard input the last is infinity: nobody knows.
     /// throws  InputError for whatever is wrong with the data looked at
     virtual TimeRange range() = 0;
     /// Goes to the last step before `time` (to the first step when there is none), so that a line drawn from
@@ -67,6 +68,8 @@ public:
     /// maxSteps  1 or more
     /// throws  InputError for whatever is wrong with the data read
     virtual void read(Block& block, std::size_t maxSteps) = 0;
+    /// Ends a reading that waits for more to come; reading on finds the end, or fails. thread  any
+    virtual void stop() {}
 };
 
 struct OpenOptions {
@@ -78,5 +81,11 @@ struct OpenOptions {
 /// throws  InputError: missing, a directory, empty, unreadable, of an unknown format, damaged, without steps;
 ///         no rate given for a file without times, or one given for a file that has its own
 std::unique_ptr<Recording> openRecording(const std::string& path, const OpenOptions& options);
+
+/// The recording that comes in on standard input. Its reads give what has come, and wait for one step at least.
+/// format   "csv", a table; "f64", "f32" or "s16", samples of `columns` channels in turn
+/// throws   InputError as openRecording
+std::unique_ptr<Recording> openStandardInput(const std::string& format, std::size_t columns,
+                                             const OpenOptions& options);
 
 } // namespace scope

@@ -1,9 +1,13 @@
 #include "input/CsvRecording.h"
+#include "input/RawRecording.h"
 #include "input/SigMfRecording.h"
 #include "input/SoundRecording.h"
 #include "input/Text.h"
 
+#include <unistd.h>
+
 #include <filesystem>
+#include <utility>
 
 namespace scope {
 
@@ -41,12 +45,20 @@ bool isTable(const std::string& path)
 
 } // namespace
 
+std::unique_ptr<Recording> openStandardInput(const std::string& format, std::size_t columns, const OpenOptions& options)
+{
+    File input = File::pipe(STDIN_FILENO, "standard input");
+    if (format == "csv")
+        return std::make_unique<CsvRecording>(std::move(input), options);
+    return std::make_unique<RawRecording>(std::move(input), format, columns, options);
+}
+
 std::unique_ptr<Recording> openRecording(const std::string& path, const OpenOptions& options)
 {
     if (const std::optional<std::string> base = sigMfBase(path))
         return std::make_unique<SigMfRecording>(path, *base, options);
     if (isTable(path))
-        return std::make_unique<CsvRecording>(path, options);
+        return std::make_unique<CsvRecording>(File(path), options);
     return std::make_unique<SoundRecording>(path, options);
 }
 

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace scope {
+
+/// Takes Ctrl-C as a wish to end, for its own lifetime. A second one ends the program as ever. One at a time.
+class Interrupt {
+public:
+    Interrupt() noexcept;
+    ~Interrupt();
+    Interrupt(const Interrupt&) = delete;
+    Interrupt& operator=(const Interrupt&) = delete;
+
+    bool came() const noexcept;
+};
+
+} // namespace scope

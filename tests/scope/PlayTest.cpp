@@ -1,0 +1,183 @@
+// Playing, through the program, and what it reads and shows.
+
+#include "input/CsvRecording.h"
+#include "input/RawRecording.h"
+#include "play/TextFrame.h"
+#include "scope/Program.h"
+#include "scope/RecordingFiles.h"
+
+#include <unistd.h>
+
+#include <cstring>
+
+using namespace scope;
+
+namespace {
+
+class PlayTest : public ProgramTest {
+protected:
+    struct Totals {
+        unsigned long long in = 0, lost = 0, written = 0, dropped = 0;
+        unsigned redraws = 0;
+        double seconds = 0;
+    };
+    Totals totalsOf(const Outcome& outcome)
+    {
+        Totals totals;
+        const std::size_t at = outcome.out.find("samples: ");
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_NE(at, std::string::npos) << outcome.out;
+        const std::string text = outcome.out.substr(std::min(at, outcome.out.size()));
+        EXPECT_EQ(std::sscanf(text.c_str(),
+                              "samples: %llu in, %llu lost\nredraws: %u in %lf s, %*f a second, at most %*f; "
+                              "frames: %llu written, %llu dropped",
+                              &totals.in, &totals.lost, &totals.redraws, &totals.seconds, &totals.written,
+                              &totals.dropped),
+                  6);
+        return totals;
+    }
+    std::size_t picturesIn(const std::string& folder)
+    {
+        std::size_t count = 0;
+        while (fs::exists(folder_ / folder / ("frame-00000" + std::to_string(count + 1) + ".png")))
+            ++count;
+        return count;
+    }
+};
+
+TEST_F(PlayTest, LosesNothingAndRedrawsAtMostOnceAPeriod)
+{
+    // A second of recording in half a second, at most ten redraws a second; then with a trigger.
+    for (const char* options : {"", " --overrun wrap", " --trigger edge --level 0.5 --span 0.2"}) {
+        fs::remove_all(folder_ / "new");
+        const Totals totals =
+            totalsOf(run(std::string("play good.csv --rate-factor 2 --refresh 0.1 --out-dir new/frames") + options));
+        EXPECT_EQ(totals.in, 2000U);
+        EXPECT_EQ(totals.lost, 0U);
+        EXPECT_GE(totals.seconds, 0.49) << "it plays at the recording's pace";
+        EXPECT_LE(totals.redraws, totals.seconds / 0.1 + 1) << "and the last one is forced";
+        EXPECT_GE(totals.written, 1U);
+        EXPECT_LE(totals.written + totals.dropped, totals.redraws);
+        EXPECT_EQ(picturesIn("new/frames"), totals.written);
+    }
+    const Totals two = totalsOf(run("play good.csv --refresh 20m --frames 2 --out-dir two"));
+    EXPECT_EQ(two.written, 2U);
+    EXPECT_LT(two.in, 2000U) << "frames end it before the recording does";
+    EXPECT_EQ(picturesIn("two"), 2U);
+}
+
+TEST_F(PlayTest, StandardInputGivesTheFramesOfTheFile)
+{
+    std::string raw;
+    std::string table = "a,b\n";
+    for (int i = 0; i < 1000; ++i)
+        for (const double value : {i % 9 * 0.25, i / 100 * 0.5}) {
+            raw.append(reinterpret_cast<const char*>(&value), sizeof value);
+            table += std::to_string(value) + (raw.size() % 16 == 0 ? "\n" : ",");
+        }
+    write("raw.f64", raw);
+    write("table.csv", table);
+    // One redraw, the forced one at the end: it does not depend on the clock.
+    const std::string options = " --rate 1k --span 0.4 --title T --rate-factor 1e6 --refresh 100 --out-dir ";
+    for (const char* command :
+         {"play table.csv%sfile", "play -%scsv <table.csv", "play - --format f64 --columns 2%sraw <raw.f64"}) {
+        std::string each = command;
+        const Totals totals = totalsOf(run(each.replace(each.find("%s"), 2, options)));
+        EXPECT_EQ(totals.in, 2000U);
+        EXPECT_EQ(totals.lost, 0U);
+        EXPECT_EQ(totals.written, 1U);
+    }
+    const std::string expected = read("file/frame-000001.png");
+    EXPECT_GT(expected.size(), 1000U);
+    EXPECT_EQ(read("csv/frame-000001.png"), expected);
+    const Outcome names = run("play - --format f64 --columns 2 --rate 1k --rate-factor 1e6 --refresh 100 <raw.f64");
+    EXPECT_NE(names.out.find("ch2  0 … 4.5 ▁"), std::string::npos) << names.out;
+}
+
+TEST_F(PlayTest, SaysWhatIsWrongInOneLine)
+{
+    write("half.raw", "abc");
+    write("text.csv", "time,a\n0,1\n1,abc\n");
+    write("file", "");
+    const std::pair<const char*, const char*> cases[] = {
+        {"play - --format mp3 --rate 1k <half.raw", "standard input: the format is csv, f64, f32 or s16, found 'mp3'"},
+        {"play - --format s16 --rate 1k --columns 2 <half.raw",
+         "standard input: byte 3: ends within a step of 4 bytes"},
+        {"play - --format s16 --rate 1k </dev/null", "standard input: holds no samples"},
+        {"play - --format s16 <half.raw", "standard input: gives neither times nor a rate"},
+        {"play - </dev/null", "standard input: holds no rows"},
+        {"play - <text.csv", "standard input: line 3, column 2"},
+        {"play - --trigger edge --level 50% <good.csv", "the range of standard input is not known"},
+        {"play good.csv --format s16", "are of standard input"},
+        {"play good.csv --out-dir file", "file: the folder cannot be made"},
+        {"play good.csv --rate-factor 0", "--rate-factor must be positive"},
+        {"play nothing.csv", "nothing.csv: no such file"},
+    };
+    for (const auto& [arguments, expected] : cases) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 2) << arguments;
+        EXPECT_NE(outcome.err.find(expected), std::string::npos) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    }
+}
+
+TEST(PipeTest, HandsOutWhatHasComeAndKeepsHalfSteps)
+{
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const auto send = [&](const void* data, std::size_t size) {
+        ASSERT_EQ(::write(ends[1], data, size), static_cast<ssize_t>(size));
+    };
+    const auto sendText = [&](const char* text) { send(text, std::strlen(text)); };
+    Block block;
+    sendText("time,v\n0,1\n1,");
+    CsvRecording table(File::pipe(ends[0], "pipe"), {});
+    EXPECT_EQ(table.info().channels.at(0).name, "v");
+    table.read(block, 100);
+    EXPECT_EQ(block.times, std::vector<double>{0}) << "the rows that are there, without waiting";
+    sendText("2\n2,3\n3");
+    table.read(block, 100);
+    EXPECT_EQ(block.times, (std::vector<double>{1, 2}));
+    EXPECT_EQ(block.real, (std::vector<double>{2, 3}));
+    sendText(",4\n");
+    table.read(block, 100);
+    EXPECT_EQ(block.times, std::vector<double>{3});
+
+    RawRecording raw(File::pipe(ends[0], "pipe"), "s16", 2, {.rate = 10});
+    const std::int16_t samples[] = {16384, -32768, 8192, 0, 0, 16384};
+    send(samples, 7);
+    raw.read(block, 100);
+    EXPECT_EQ(block.real, (std::vector<double>{0.5, -1})) << "a step and a half";
+    send(reinterpret_cast<const char*>(samples) + 7, 5);
+    raw.read(block, 1);
+    raw.read(block, 100);
+    EXPECT_EQ(block.times, std::vector<double>{0.2});
+    EXPECT_EQ(block.real, (std::vector<double>{0, 0.5}));
+    raw.stop();
+    raw.read(block, 100);
+    EXPECT_EQ(block.steps(), 0U) << "a reading that would wait has ended";
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST(TextFrameTest, ShowsSpikesOfBothWaysGapsAndRanges)
+{
+    Figure figure;
+    figure.title = "T";
+    figure.xMax = 10;
+    figure.panels.resize(1);
+    Trace trace{"a", {}};
+    for (int i = 0; i < 1000; ++i)
+        if (i < 400 || i >= 500)
+            trace.points.push_back({i * 0.01, i == 250 ? 4.0 : i == 750 ? -4.0 : 0.0});
+        else if (i == 450)
+            trace.points.push_back({kNaN, kNaN});
+    figure.panels[0].traces = {trace, {"sparse", {{0, 0}, {9.99, 7}}}, {"none", {}}};
+    const std::vector<std::string> rows = drawText(figure, 30, 2);
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_NE(rows[0].find("(2 of 3 lines)"), std::string::npos) << rows[0];
+    EXPECT_EQ(rows[1], "a  -4 … 4     ▅▅▅▅█▅▅ ▅▅▅▅▁▅▅▅");
+    EXPECT_EQ(rows[2], "sparse  0 … 7 ▁▁▂▂▃▃▄▄▅▅▆▆▇▇██");
+}
+
+} // namespace
