@@ -37,9 +37,10 @@ void StepsPainter::paint(const FeedSteps& steps)
 {
     const std::size_t stride = channels_[steps.port];
     const double* times = tracery::getRealData(steps.times.get());
-    const std::size_t first = display_.advance({times, steps.count()});
-    const std::size_t count = steps.count() - first;
-    times += first;
+    const std::span<const double> shown = display_.advance({times, steps.count()});
+    const auto first = static_cast<std::size_t>(shown.data() - times);
+    const std::size_t count = shown.size();
+    times = shown.data();
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         const LineSource& source = lines_[i].source;
         if (source.port != steps.port)

@@ -34,17 +34,21 @@ ScopeDisplay::ScopeDisplay(embedded::EmbeddedHost& host, double from, double spa
         drawn_.push_back({animated[i], LineThinner(getTimeScopeLine(i), columns / span), kMostPoints, {}, from});
 }
 
-void ScopeDisplay::follow(TimeOverrunModeEnum mode)
+void ScopeDisplay::follow(TimeOverrunModeEnum mode, double until)
 {
     following_ = true;
+    until_ = until;
     setTimeOverrunMode(mode);
     getTimeOverrunModeController()->start();
 }
 
-std::size_t ScopeDisplay::advance(std::span<const double> times)
+std::span<const double> ScopeDisplay::advance(std::span<const double> times)
 {
-    if (!following_ || times.empty())
-        return 0;
+    if (!following_)
+        return times;
+    times = times.first(static_cast<std::size_t>(std::ranges::upper_bound(times, until_) - times.begin()));
+    if (times.empty())
+        return times;
     setEndTime(std::max(getEndTime(), times.back()));
     const double start = getTimeOverrunModeController()->calculateStartTime();
     const bool moves = start != getStartTime();
@@ -52,12 +56,12 @@ std::size_t ScopeDisplay::advance(std::span<const double> times)
     if (getTimeOverrunMode() == TimeOverrunModeEnum::Scroll) {
         for (DrawnLine& line : drawn_)
             trim(line);
-        return 0;
+        return times;
     }
     if (moves)
         for (DrawnLine& line : drawn_)
             beginSweep(line);
-    return static_cast<std::size_t>(std::ranges::lower_bound(times, start) - times.begin());
+    return times.subspan(static_cast<std::size_t>(std::ranges::lower_bound(times, start) - times.begin()));
 }
 
 void ScopeDisplay::add(std::size_t line, const double* times, const double* values, std::size_t count,

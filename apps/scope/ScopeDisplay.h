@@ -7,6 +7,7 @@
 #include <tracery/embedded/EmbeddedHost.h>
 
 #include <cstddef>
+#include <limits>
 #include <span>
 #include <vector>
 
@@ -19,12 +20,12 @@ public:
     /// A window from `from`, `span` seconds long, `columns` pixels wide. The host must outlive the display.
     ScopeDisplay(tracery::embedded::EmbeddedHost& host, double from, double span, int columns, std::size_t lines);
 
-    /// Lets the window follow the data: in sweeps, or scrolling.
-    void follow(tracery::TimeOverrunModeEnum mode);
+    /// Lets the window follow the data up to a time: in sweeps, or scrolling.
+    void follow(tracery::TimeOverrunModeEnum mode, double until = std::numeric_limits<double>::infinity());
 
-    /// Samples at these times, which do not decrease, are about to come: moves the window. Returns the first of them
-    /// that belongs on the display.
-    std::size_t advance(std::span<const double> times);
+    /// Samples at these times, which do not decrease, are about to come: moves the window. Returns the part of them that
+    /// belongs on the display.
+    std::span<const double> advance(std::span<const double> times);
     /// Draws samples on a line; sample i is values[i * stride] at times[i].
     void add(std::size_t line, const double* times, const double* values, std::size_t count, std::size_t stride);
     /// Empties the display and moves its window to start at `from`.
@@ -52,6 +53,7 @@ private:
 
     tracery::embedded::EmbeddedHost& host_;
     bool following_ = false;
+    double until_ = std::numeric_limits<double>::infinity();
     std::vector<DrawnLine> drawn_;
 };
 

@@ -51,11 +51,23 @@ Window chooseWindow(Recordings& recordings, const ViewOptions& options)
 Window chooseStretch(Recordings& recordings, const ViewOptions& options)
 {
     const TimeRange all = wholeRange(recordings);
-    const Window stretch{options.from.value_or(all.first), options.until.value_or(all.last)};
-    if (!(stretch.to > stretch.from))
-        throw UsageError("nothing to stream from " + formatQuantity(stretch.from, "s") + " to " +
-                         formatQuantity(stretch.to, "s"));
-    return stretch;
+    const double from = options.from.value_or(all.first);
+    if (from > all.last)
+        throw UsageError(nothingAfter(from, all));
+    if (options.until && !(*options.until > from))
+        throw UsageError("--until: expected a time after the start, " + formatQuantity(from, "s") + ", found " +
+                         formatQuantity(*options.until, "s"));
+    const double to = std::min(options.until.value_or(all.last), all.last);
+    return {from, to > from ? to : from + std::max(1e-6, std::abs(from) * 1e-9)};
+}
+
+/// throws  UsageError when doubles cannot tell the window's columns apart
+void requireResolution(const Window& stretch, double span, int columns)
+{
+    const double latest = std::max(std::abs(stretch.from), std::abs(stretch.to));
+    if (!(latest + span / columns > latest))
+        throw UsageError("a span of " + formatQuantity(span, "s") + " is too short to tell times apart at " +
+                         formatQuantity(latest, "s"));
 }
 
 TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& options)
@@ -108,12 +120,13 @@ void runView(const ViewOptions& options)
                                              : chooseWindow(recordings, options);
     const double whole = stretch.to - stretch.from;
     const double span = options.overrun ? options.span.value_or(whole / 10) : whole;
+    requireResolution(stretch, span, plotWidth(options.width));
 
     std::vector<Line> lines =
         chooseLines(recordings, options.channels, triggered ? std::optional(triggered->source) : std::nullopt);
     ScopeDisplay display(host, stretch.from, span, plotWidth(options.width), lines.size());
     if (options.overrun)
-        display.follow(*options.overrun);
+        display.follow(*options.overrun, stretch.to);
     // What a commit shows of the display is the picture.
     const auto picture = host->graphics().addCommitHook([&](int) {
         Figure figure;

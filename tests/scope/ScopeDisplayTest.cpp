@@ -33,8 +33,8 @@ Shown show(TimeOverrunModeEnum mode, const std::vector<double>& times, const std
     display.follow(mode);
     for (std::size_t at = 0; at < times.size();) {
         const std::size_t count = std::min(1 + random() % mostSteps, times.size() - at);
-        const std::size_t first = at + display.advance({times.data() + at, count});
-        display.add(0, times.data() + first, values.data() + first, at + count - first, 1);
+        const auto part = display.advance({times.data() + at, count});
+        display.add(0, part.data(), values.data() + (part.data() - times.data()), part.size(), 1);
         at += count;
     }
     display.finish();
