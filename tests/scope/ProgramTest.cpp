@@ -62,6 +62,10 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
               "RIFF\x24\x10\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\0\x10\0\0", 44) +
               "abcd");
     write("uneven.csv", "time,v\n0,1\n1,2\n10,3\n11,4\n");
+    std::string drifting = "time,v\n"; // steps from 1 s to 1.3 s
+    for (int i = 0; i < 1000; ++i)
+        drifting += std::to_string(i * (1 + 0.00015 * i)) + ",0\n";
+    write("drifting.csv", drifting);
     std::string zeros = "v\n";
     for (int i = 0; i < 70000; ++i)
         zeros += "0\n";
@@ -127,7 +131,8 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"spectrum good.csv --from 5 -o o.png", "no samples at or after 5 s"},
         {"spectrum good.csv --from 0.1002 --span 0.5m -o o.png", "no samples between 100.2 ms and 100.7 ms"},
         {"spectrum good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has missing or infinite values"},
-        {"spectrum uneven.csv --segment 2 -o o.png", "uneven.csv: the time steps are uneven, 1 s to 9 s"},
+        {"spectrum uneven.csv --segment 2 -o o.png", "the time steps are uneven, 1 s to 9 s, the longest after 1 s: "},
+        {"spectrum drifting.csv -o o.png", "drifting.csv: the time steps are uneven: at 4.0024 s they are"},
         {"ccdf good.csv --resolution 0 -o o.png", "--resolution: expected 0.001 to 10 dB"},
         {"ccdf good.csv --span 0 -o o.png", "--span must be positive"},
         {"ccdf good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has only missing"},
