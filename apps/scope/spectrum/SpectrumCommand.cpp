@@ -87,10 +87,11 @@ std::vector<Curve> makeCurves(const SpectrumEstimate& estimate, const std::vecto
                               const SpectrumOptions& options, const OneSided& oneSided, bool complex)
 {
     const std::vector<double> frequencies = estimate.frequencies();
+    const PeakLevel level = options.window == WindowFunction::FlatTop ? PeakLevel::Bin : PeakLevel::Interpolated;
     std::vector<Curve> curves;
     for (std::size_t i = 0; i < channels.size(); ++i) {
         std::vector<double> power = estimate.power(i, options.scale);
-        std::vector<SpectrumPeak> peaks = findPeaks(frequencies, power, oneSided, options.peaks);
+        std::vector<SpectrumPeak> peaks = findPeaks(frequencies, power, oneSided, level, options.peaks);
         for (double& each : power)
             each = levelOf(each, options.unit, complex);
         curves.push_back({channels[i].label, levelText(options.unit, options.scale, channels[i].unit), std::move(power),
@@ -131,8 +132,10 @@ Figure figureOf(const std::vector<double>& frequencies, const std::vector<Curve>
         }
         if (options.unit != LevelUnit::Linear)
             seen.low = std::max(seen.low, seen.high - kMostDecibels);
-        if (!curve.peaks.empty())
+        if (!curve.peaks.empty()) {
+            extend(seen, levelOf(curve.peaks[0].power, options.unit, complex)); // may be above the bins
             seen.high += kMarkRoom * (seen.high - seen.low);
+        }
         for (const SpectrumPeak& peak : curve.peaks) {
             const int first = static_cast<int>(std::floor(std::log10(std::abs(peak.frequency))));
             const int digits = std::clamp(first - lastDigit(binWidth) + 1, 1, 12);
@@ -194,9 +197,12 @@ void runSpectrum(const SpectrumOptions& options)
         settings.mostAverages = *options.averages;
     SpectrumEstimate estimate(settings);
     {
+        EvenTimes even(info.path, sampling, settings.segment);
         Block block;
-        for (StretchReader reader(recording, options.stretch); !estimate.full() && reader.next(block);)
+        for (StretchReader reader(recording, options.stretch); !estimate.full() && reader.next(block);) {
+            even.check(block.times);
             estimate.add(block.real, block.imag);
+        }
     }
     tellLeftOut(estimate, channels);
 
