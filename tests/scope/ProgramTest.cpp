@@ -75,6 +75,8 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
     write("noise.bin", std::string(300, 'x'));
     write("blanks.txt", "time v\n0 1\n1 2\n");
     fs::create_directory(folder_ / "folder.csv");
+    fs::create_symlink("/dev/null", folder_ / "null.csv");
+    fs::create_symlink("/dev/null", folder_ / "null.png");
     struct Case {
         const char* arguments;
         const char* expected;
@@ -140,6 +142,9 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"ccdf extremes.csv --channels 2,3 -o o.png", "channel 'tiny' has values too small to square"},
         {"spectrum uneven.csv --segment 2 -o o.png", "the time steps are uneven, 1 s to 9 s, the longest after 1 s: "},
         {"spectrum drifting.csv -o o.png", "drifting.csv: the time steps are uneven: at 4.0024 s they are"},
+        {"spectrum good.csv -o null.csv", "null.csv: cannot be written: it is no regular file"},
+        {"view good.csv -o null.png", "null.png: cannot be written: it is no regular file"},
+        {"ccdf good.csv -o folder.csv", "folder.csv: cannot be written: Is a directory"},
         {"ccdf good.csv --resolution 0 -o o.png", "--resolution: expected 0.001 to 10 dB"},
         {"ccdf good.csv --span 0 -o o.png", "--span must be positive"},
         {"ccdf good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has only missing"},
@@ -190,6 +195,15 @@ TEST_F(ProgramTest, APictureNeverReplacesItsRecordingAndShowsItsFirstSample)
         EXPECT_EQ(refused.status, 2);
         EXPECT_NE(refused.err.find("would replace the recording"), std::string::npos) << refused.err;
         EXPECT_EQ(read("data.png"), read("good.csv"));
+    }
+
+    fs::create_directory(folder_ / "there");
+    fs::create_symlink("there/second.csv", folder_ / "first.csv");
+    fs::create_symlink("third.csv", folder_ / "there/second.csv");
+    for (int i = 0; i < 2; ++i) { // the file at the end of the links: a new one, then that one
+        EXPECT_EQ(run("ccdf good.csv -o first.csv").status, 0);
+        EXPECT_TRUE(fs::is_symlink(folder_ / "first.csv") && fs::is_symlink(folder_ / "there/second.csv"));
+        EXPECT_GT(fs::file_size(folder_ / "there/third.csv"), 100U);
     }
 
     write("one.csv", "time,v\n5,1\n");
