@@ -5,14 +5,19 @@
 #include "sources.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <limits>
+#include <utility>
 
 namespace scope {
 
 namespace {
 
 constexpr std::size_t kBlockSteps = 8192;
-constexpr double kEven = 0.5; // how far a step may differ from the mean, as a share of it
+// How far a step may differ from the mean, as a share of it, and from how far on that is told.
+constexpr double kEven = 0.5;
+constexpr double kToldEven = 0.1;
 
 /// Keeps `count` steps from `first` on.
 void cut(std::vector<double>& values, std::size_t first, std::size_t count, std::size_t width)
@@ -69,15 +74,20 @@ Sampling measureSampling(Recording& recording, const Stretch& stretch)
 
     Sampling sampling;
     double first = 0, last = 0;
-    double shortest = std::numeric_limits<double>::infinity(), longest = 0;
+    struct Step {
+        double length;
+        double from;
+    };
+    const auto shorter = [](const Step& a, const Step& b) { return a.length < b.length; };
+    Step shortest{std::numeric_limits<double>::infinity(), 0}, longest{0, 0};
     Block block;
     for (StretchReader reader(recording, stretch); reader.next(block);)
         for (const double time : block.times) {
             if (sampling.steps++ == 0) {
                 first = time;
             } else {
-                shortest = std::min(shortest, time - last);
-                longest = std::max(longest, time - last);
+                shortest = std::min(shortest, {time - last, last}, shorter);
+                longest = std::max(longest, {time - last, last}, shorter);
             }
             last = time;
         }
@@ -85,13 +95,47 @@ Sampling measureSampling(Recording& recording, const Stretch& stretch)
         sampling.rate = *info.rate;
         return sampling;
     }
-    const double mean = (last - first) / static_cast<double>(sampling.steps - 1);
-    if (sampling.steps > 1 && !(shortest >= (1 - kEven) * mean && longest <= (1 + kEven) * mean && mean > 0))
-        throw InputError(info.path, "",
-                         "the time steps are uneven, " + formatQuantity(shortest, "s", 6) + " to " +
-                             formatQuantity(longest, "s", 6) + ": a spectrum needs an even rate");
+    sampling.measured = true;
     sampling.rate = static_cast<double>(sampling.steps - 1) / (last - first);
+    if (sampling.steps < 2)
+        return sampling;
+    const double mean = (last - first) / static_cast<double>(sampling.steps - 1);
+    const double below = mean - shortest.length, above = longest.length - mean;
+    const std::string lengths =
+        formatQuantity(shortest.length, "s", 6) + " to " + formatQuantity(longest.length, "s", 6);
+    if (!(std::max(below, above) <= kEven * mean && mean > 0))
+        throw InputError(info.path, "",
+                         "the time steps are uneven, " + lengths + ", the " + (below > above ? "shortest" : "longest") +
+                             " after " + formatQuantity((below > above ? shortest : longest).from, "s") +
+                             ": a spectrum needs an even rate");
+    if (std::max(below, above) > kToldEven * mean)
+        std::fprintf(stderr, "tracery-scope: %s: the time steps, %s, are taken as even\n", info.path.c_str(),
+                     lengths.c_str());
     return sampling;
+}
+
+EvenTimes::EvenTimes(std::string path, const Sampling& sampling, std::uint64_t segment)
+    : path_(std::move(path)), sampling_(sampling), segment_(segment)
+{}
+
+void EvenTimes::check(const std::vector<double>& times)
+{
+    if (!sampling_.measured)
+        return;
+    for (const double time : times) {
+        if (steps_ == 0)
+            first_ = time;
+        // The step that leads to the next segment belongs to this one.
+        if (!(std::abs((time - first_) * sampling_.rate - static_cast<double>(steps_)) <= kEven))
+            throw InputError(path_, "",
+                             "the time steps are uneven: at " + formatQuantity(time, "s") +
+                                 " they are more than half a step off the mean rate of " +
+                                 formatQuantity(sampling_.rate, "Hz", 6) + ", which a spectrum needs");
+        if (steps_++ == segment_) {
+            first_ = time;
+            steps_ = 1;
+        }
+    }
 }
 
 } // namespace scope

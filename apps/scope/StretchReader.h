@@ -5,6 +5,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace scope {
 
@@ -38,10 +40,31 @@ private:
 struct Sampling {
     std::uint64_t steps = 0;
     double rate = 0;
+    bool measured = false; ///< from the times
 };
 
-/// The recording's own rate, or the measured one; reads the stretch through where the recording does not tell.
-/// throws  InputError when the steps are not even: one differs from the mean by more than half of it
+/// The recording's own rate, or the measured one; reads the stretch through where the recording does not tell. One line
+/// on stderr when the steps differ from the mean by more than a tenth.
+/// throws  InputError when one differs from the mean by more than half of it
 Sampling measureSampling(Recording& recording, const Stretch& stretch);
+
+/// Whether times keep to a measured rate, segment by segment: each is within half a step of where counting from its
+/// segment's first one has it. Rounded times are, and clocks that wander slowly beside a segment.
+class EvenTimes {
+public:
+    /// path     for the message
+    /// segment  steps
+    EvenTimes(std::string path, const Sampling& sampling, std::uint64_t segment);
+
+    /// Takes the next times. throws  InputError that names the first one that is off
+    void check(const std::vector<double>& times);
+
+private:
+    std::string path_;
+    Sampling sampling_;
+    std::uint64_t segment_;
+    std::uint64_t steps_ = 0; ///< of the segment
+    double first_ = 0;        ///< its first time
+};
 
 } // namespace scope

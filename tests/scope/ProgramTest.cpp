@@ -18,14 +18,21 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
               "RIFF\x24\x10\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\0\x10\0\0", 44) +
               "abcd");
     write("uneven.csv", "time,v\n0,1\n1,2\n10,3\n11,4\n");
+    std::string drifting = "time,v\n"; // steps from 1 s to 1.3 s
+    for (int i = 0; i < 1000; ++i)
+        drifting += std::to_string(i * (1 + 0.00015 * i)) + ",0\n";
+    write("drifting.csv", drifting);
     std::string zeros = "v\n";
     for (int i = 0; i < 70000; ++i)
         zeros += "0\n";
     write("long.csv", zeros);
     write("zero.csv", "time,v\n0,0\n1,0\n");
+    write("extremes.csv", "time,huge,tiny,zero\n0,1e154,1e-162,0\n1,1e154,0,0\n2,-1e154,0,0\n3,-1e154,0,0\n");
     write("noise.bin", std::string(300, 'x'));
     write("blanks.txt", "time v\n0 1\n1 2\n");
     fs::create_directory(folder_ / "folder.csv");
+    fs::create_symlink("/dev/null", folder_ / "null.csv");
+    fs::create_symlink("/dev/null", folder_ / "null.png");
     struct Case {
         const char* arguments;
         const char* expected;
@@ -84,8 +91,18 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"spectrum good.csv --window round -o o.png", "--window: expected one of hann, "},
         {"spectrum good.csv --from 5 -o o.png", "no samples at or after 5 s"},
         {"spectrum good.csv --from 0.1002 --span 0.5m -o o.png", "no samples between 100.2 ms and 100.7 ms"},
-        {"spectrum good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has missing or infinite values"},
-        {"spectrum uneven.csv --segment 2 -o o.png", "uneven.csv: the time steps are uneven, 1 s to 9 s"},
+        {"spectrum good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has only missing"},
+        {"spectrum good.csv --channels w --from 0.25 --span 0.1 --segment 64 -o o.csv",
+         "channel 'w' has missing or infinite values in every segment, the first at 300 ms: "},
+        {"spectrum extremes.csv --channels 1 --segment 4 -o o.csv", "channel 'huge' has values too large to square"},
+        {"spectrum extremes.csv --channels 2,3 --segment 4 -o o.csv", "channel 'zero' is zero throughout"},
+        {"ccdf extremes.csv --channels 1 -o o.png", "channel 'huge' has values too large to square"},
+        {"ccdf extremes.csv --channels 2,3 -o o.png", "channel 'tiny' has values too small to square"},
+        {"spectrum uneven.csv --segment 2 -o o.png", "the time steps are uneven, 1 s to 9 s, the longest after 1 s: "},
+        {"spectrum drifting.csv -o o.png", "drifting.csv: the time steps are uneven: at 4.0024 s they are"},
+        {"spectrum good.csv -o null.csv", "null.csv: cannot be written: it is no regular file"},
+        {"view good.csv -o null.png", "null.png: cannot be written: it is no regular file"},
+        {"ccdf good.csv -o folder.csv", "folder.csv: cannot be written: Is a directory"},
         {"ccdf good.csv --resolution 0 -o o.png", "--resolution: expected 0.001 to 10 dB"},
         {"ccdf good.csv --span 0 -o o.png", "--span must be positive"},
         {"ccdf good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has only missing"},
@@ -154,6 +171,15 @@ TEST_F(ProgramTest, APictureNeverReplacesItsRecordingAndShowsItsFirstSample)
         EXPECT_EQ(read("data.png"), read("good.csv"));
     }
 
+    fs::create_directory(folder_ / "there");
+    fs::create_symlink("there/second.csv", folder_ / "first.csv");
+    fs::create_symlink("third.csv", folder_ / "there/second.csv");
+    for (int i = 0; i < 2; ++i) { // the file at the end of the links: a new one, then that one
+        EXPECT_EQ(run("ccdf good.csv -o first.csv").status, 0);
+        EXPECT_TRUE(fs::is_symlink(folder_ / "first.csv") && fs::is_symlink(folder_ / "there/second.csv"));
+        EXPECT_GT(fs::file_size(folder_ / "there/third.csv"), 100U);
+    }
+
     write("one.csv", "time,v\n5,1\n");
     EXPECT_EQ(run("view one.csv -o o.png").status, 0);
     EXPECT_EQ(run("view good.csv --from 0.999 -o o.png").status, 0) << "the last sample by itself";
@@ -200,6 +226,15 @@ TEST_F(ProgramTest, MeasurementsPrintTheirTotalsAndSayWhatTheyLeftOut)
     const std::string table = read("o.csv");
     EXPECT_EQ(table.substr(0, table.find('\n')), "frequency [Hz],v [dB re 1 V²/Hz],w [dB re 1/Hz]");
     EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 1 + 65);
+
+    write("dead.csv", "time,dead,none,live\n0,0,,1\n1,0,,2\n2,0,,1\n3,0,,1\n");
+    for (const char* arguments : {"spectrum dead.csv --segment 2 -o o.csv", "ccdf dead.csv -o o.csv"}) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_EQ(outcome.err, "tracery-scope: left out: channel 'dead' is zero throughout; channel 'none' has only "
+                               "missing or infinite values\n");
+        EXPECT_EQ(read("o.csv").find("dead"), std::string::npos);
+    }
 
     const Outcome ccdf = run("ccdf good.csv --channels v,w -o o.csv");
     for (const char* line : {"v: 1000 samples\n", "  average power  0.5          V² (-3.0103 dB re 1 V²)\n",

@@ -202,7 +202,8 @@ TEST(SpectrumTest, ATonePeaksAtItsFrequencyWithItsLevelAndNothingElseDoes)
             SpectrumEstimate flat(settings);
             flat.add(tone.real, tone.imag);
             const OneSided oneSided{!complex, !complex};
-            const auto levels = findPeaks(flat.frequencies(), flat.power(0, SpectrumScale::Power), oneSided, 9);
+            const auto levels =
+                findPeaks(flat.frequencies(), flat.power(0, SpectrumScale::Power), oneSided, PeakLevel::Bin, 9);
             ASSERT_GE(levels.size(), 1U);
             EXPECT_NEAR(levelOf(levels[0].power, LevelUnit::FullScale, complex), 0, 0.01) << bin;
             for (std::size_t i = 1; i < levels.size(); ++i)
@@ -211,7 +212,13 @@ TEST(SpectrumTest, ATonePeaksAtItsFrequencyWithItsLevelAndNothingElseDoes)
             settings.window = WindowFunction::Hann;
             SpectrumEstimate hann(settings);
             hann.add(tone.real, tone.imag);
-            const auto places = findPeaks(hann.frequencies(), hann.power(0, SpectrumScale::Power), oneSided, 1);
+            const auto places = findPeaks(hann.frequencies(), hann.power(0, SpectrumScale::Power), oneSided,
+                                          PeakLevel::Interpolated, 9);
+            ASSERT_GE(places.size(), 1U);
+            const double level = levelOf(places[0].power, LevelUnit::FullScale, complex);
+            EXPECT_TRUE(level >= -1e-3 && level <= 0.33) << bin << ' ' << level;
+            for (const SpectrumPeak& place : places) // not the rounding of a tone that is on a bin
+                EXPECT_GT(levelOf(place.power, LevelUnit::FullScale, complex), -301);
             EXPECT_NEAR(places.at(0).frequency, settings.centerFrequency + bin * 8000 / 512, 0.02 * 8000 / 512);
         }
 }
@@ -222,11 +229,11 @@ TEST(SpectrumTest, PeaksAreHillsWithAValleyBetweenTheStrongestFirst)
     std::vector<double> frequencies(power.size());
     std::iota(frequencies.begin(), frequencies.end(), 0.0);
     std::vector<double> found;
-    for (const SpectrumPeak& peak : findPeaks(frequencies, power, {}, 9))
+    for (const SpectrumPeak& peak : findPeaks(frequencies, power, {}, PeakLevel::Bin, 9))
         found.push_back(std::round(peak.frequency));
     EXPECT_EQ(found, (std::vector<double>{8, 13})); // not 3 and 6, which hardly rise, nor the ends
-    EXPECT_EQ(findPeaks(frequencies, power, {}, 1).size(), 1U);
-    EXPECT_TRUE(findPeaks(frequencies, std::vector<double>(power.size()), {true, true}, 9).empty());
+    EXPECT_EQ(findPeaks(frequencies, power, {}, PeakLevel::Bin, 1).size(), 1U);
+    EXPECT_TRUE(findPeaks(frequencies, std::vector<double>(power.size()), {true, true}, PeakLevel::Bin, 9).empty());
 }
 
 TEST(SpectrumTest, PowerStatisticsAreThoseOfPlainCounting)

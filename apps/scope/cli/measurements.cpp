@@ -47,7 +47,8 @@ void addSpectrum(CLI::App& app)
         "Averages the spectra of windowed segments that overlap. A spectrum of a real signal reaches from 0 Hz to "
         "half\n"
         "the rate, one of IQ samples around the file's centre frequency. With --scale power a sine shows its mean\n"
-        "square, with psd noise shows its density. Segments with missing values are left out.\n"
+        "square, with psd noise shows its density. Segments with missing values are left out. Peaks are interpolated\n"
+        "between the bins: their levels are true to 0.4 dB (rectangular: 2.8 dB), with flat-top to 0.01 dB.\n"
         "Examples:\n  tracery-scope spectrum guitar.wav --peaks 8\n"
         "  tracery-scope spectrum radio.sigmf-meta --segment 4096 --unit dBFS -o radio.svg\n"
         "  tracery-scope spectrum shaker.csv --channels x,z --scale psd --from 3 --span 2 -o psd.csv");

@@ -8,15 +8,38 @@
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace scope {
 
-WholeFile::WholeFile(std::string path) : path_(std::move(path))
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What a path names in the end, whether it is there or not. Links without end are left to `status` to find.
+fs::path behindLinks(fs::path path)
 {
+    std::error_code error;
+    constexpr int kMostLinks = 40; // as many as the kernel follows
+    for (int i = 0; i < kMostLinks && fs::is_symlink(path, error); ++i)
+        path = path.parent_path() / fs::read_symlink(path, error);
+    return path;
+}
+
+} // namespace
+
+WholeFile::WholeFile(std::string path) : path_(std::move(path)), target_(behindLinks(path_))
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(path_, error);
+    if (status.type() == fs::file_type::none)
+        fail(error.value());
+    if (fs::exists(status) && !fs::is_regular_file(status))
+        fail(fs::is_directory(status) ? EISDIR : 0);
     // In the same directory, for a name can only move within a file system. Exclusive, so that no file is
     // ever shared.
-    const std::filesystem::path directory = std::filesystem::path(path_).parent_path();
+    const fs::path directory = fs::path(target_).parent_path();
     for (int number = 0; descriptor_ < 0; ++number) {
         temporary_ = directory / (".tracery-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part");
         descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
@@ -52,7 +75,7 @@ void WholeFile::keep()
 {
     if (error_ == 0 && close(std::exchange(descriptor_, -1)) != 0)
         error_ = errno;
-    if (error_ == 0 && std::rename(temporary_.c_str(), path_.c_str()) != 0)
+    if (error_ == 0 && std::rename(temporary_.c_str(), target_.c_str()) != 0)
         error_ = errno;
     if (error_ != 0)
         fail(error_);
@@ -61,7 +84,8 @@ void WholeFile::keep()
 
 void WholeFile::fail(int error) const
 {
-    throw std::runtime_error(path_ + ": cannot be written: " + std::strerror(error));
+    throw std::runtime_error(path_ +
+                             ": cannot be written: " + (error == 0 ? "it is no regular file" : std::strerror(error)));
 }
 
 } // namespace scope

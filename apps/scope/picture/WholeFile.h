@@ -6,7 +6,8 @@
 namespace scope {
 
 /// A file that appears under its name whole or not at all: what is written goes to a file beside it, which
-/// takes the name when it is kept and disappears otherwise.
+/// takes the name when it is kept and disappears otherwise. Of a symbolic link, the file that it names is replaced,
+/// which need not exist. What is there and no regular file, such as a device or a pipe, is refused.
 class WholeFile {
 public:
     /// throws  std::runtime_error, as does `keep`, that names the path and the reason
@@ -20,9 +21,10 @@ public:
     void keep();
 
 private:
-    [[noreturn]] void fail(int error) const;
+    [[noreturn]] void fail(int error) const; ///< 0: no regular file
 
     std::string path_;
+    std::string target_; ///< behind symbolic links
     std::string temporary_;
     int descriptor_ = -1;
     int error_ = 0;

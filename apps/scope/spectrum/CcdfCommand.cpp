@@ -1,5 +1,4 @@
 #include "PanelSorter.h"
-#include "UsageError.h"
 #include "input/Text.h"
 #include "output.h"
 #include "picture/Figure.h"
@@ -7,10 +6,12 @@
 #include "spectrum/LevelUnit.h"
 #include "spectrum/PowerStatistics.h"
 #include "spectrum/commands.h"
+#include "spectrum/liveChannels.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 namespace scope {
 
@@ -19,36 +20,50 @@ namespace {
 constexpr double kLeastPercent = 1e-9;  // a picture's lowest
 constexpr double kReferenceStep = 0.05; // dB
 
-/// throws  UsageError when a channel has nothing to compare
-void check(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels)
+std::string faultOf(const PowerStatistics::Channel& totals)
 {
-    std::string list;
-    for (std::size_t i = 0; i < channels.size(); ++i) {
-        const PowerStatistics::Channel& totals = statistics.channel(i);
-        const std::string name = "channel '" + channels[i].label + "'";
-        if (totals.samples == 0)
-            throw UsageError(name + " has only missing or infinite values: leave it out with --channels");
-        if (!(totals.average() > 0))
-            throw UsageError(name + " is zero throughout: it has no power");
-        if (totals.leftOut > 0)
-            list += (list.empty() ? "" : ", ") + channels[i].label + " " + std::to_string(totals.leftOut) + " of " +
-                    std::to_string(totals.leftOut + totals.samples);
-    }
-    if (!list.empty())
-        std::fprintf(stderr, "tracery-scope: samples left out, missing or infinite: %s\n", list.c_str());
+    if (totals.samples == 0)
+        return totals.tooLarge ? kTooLarge : kOnlyMissing;
+    if (totals.zero)
+        return kZero;
+    if (!std::isfinite(totals.sum))
+        return kTooLarge;
+    return totals.average() < std::numeric_limits<double>::min() ? kTooSmall : "";
 }
 
-std::string tableOf(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels)
+/// The channels that have something to show. throws  UsageError when none has
+std::vector<std::size_t> check(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels)
+{
+    std::vector<std::string> faults;
+    for (std::size_t i = 0; i < channels.size(); ++i)
+        faults.push_back(faultOf(statistics.channel(i)));
+    std::vector<std::size_t> live = liveChannels(channels, faults);
+    std::string list;
+    bool tooLarge = false;
+    for (const std::size_t i : live)
+        if (const PowerStatistics::Channel& totals = statistics.channel(i); totals.leftOut > 0) {
+            list += (list.empty() ? "" : ", ") + channels[i].label + " " + std::to_string(totals.leftOut) + " of " +
+                    std::to_string(totals.leftOut + totals.samples);
+            tooLarge |= totals.tooLarge;
+        }
+    if (!list.empty())
+        std::fprintf(stderr, "tracery-scope: samples left out, missing%s infinite%s: %s\n", tooLarge ? "," : " or",
+                     tooLarge ? " or too large to square" : "", list.c_str());
+    return live;
+}
+
+std::string tableOf(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels,
+                    const std::vector<std::size_t>& live)
 {
     std::string text = "channel,level [dB],above [%]\n";
-    for (std::size_t i = 0; i < channels.size(); ++i)
+    for (const std::size_t i : live)
         for (const auto& [level, percent] : statistics.curve(i))
             text += csvField(channels[i].label) + ',' + numberText(level) + ',' + numberText(percent) + '\n';
     return text;
 }
 
 Figure figureOf(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels,
-                const CcdfOptions& options)
+                const std::vector<std::size_t>& live, const CcdfOptions& options)
 {
     Panel panel;
     panel.yLabel = "Samples above";
@@ -56,7 +71,7 @@ Figure figureOf(const PowerStatistics& statistics, const std::vector<ChosenChann
     panel.yMax = 100;
     panel.yDecades = true;
     double least = 100, farthest = 0;
-    for (std::size_t i = 0; i < channels.size(); ++i) {
+    for (const std::size_t i : live) {
         const PowerStatistics::Channel& totals = statistics.channel(i);
         const double rarest = 100 / static_cast<double>(totals.samples);
         const double peak = decibels(totals.peak / totals.average());
@@ -92,16 +107,18 @@ Figure figureOf(const PowerStatistics& statistics, const std::vector<ChosenChann
     return figure;
 }
 
-void printTotals(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels)
+void printTotals(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels,
+                 const std::vector<std::size_t>& live)
 {
-    for (std::size_t i = 0; i < channels.size(); ++i) {
+    for (const std::size_t i : live) {
         const PowerStatistics::Channel& totals = statistics.channel(i);
         const std::string unit = squared(channels[i].unit);
         const auto line = [&](const char* name, double power) {
             std::printf("  %-14s %-12.6g %s%s(%.4f %s)\n", name, power, unit.c_str(), unit.empty() ? "" : " ",
                         decibels(power), levelText(LevelUnit::Decibel, SpectrumScale::Power, channels[i].unit).c_str());
         };
-        std::printf("%s: %llu samples\n", channels[i].label.c_str(), static_cast<unsigned long long>(totals.samples));
+        std::printf("%s: %llu %s\n", channels[i].label.c_str(), static_cast<unsigned long long>(totals.samples),
+                    totals.samples == 1 ? "sample" : "samples");
         line("average power", totals.average());
         line("peak power", totals.peak);
         std::printf("  %-14s %.4f dB\n  %-14s %.4f %%\n", "PAPR", decibels(totals.peak / totals.average()),
@@ -126,16 +143,16 @@ void runCcdf(const CcdfOptions& options)
     Block block;
     for (StretchReader reader(recording, options.stretch); reader.next(block);)
         statistics.add(block.real, block.imag);
-    check(statistics, channels);
+    const std::vector<std::size_t> live = check(statistics, channels);
     for (StretchReader reader(recording, options.stretch); reader.next(block);)
         statistics.countAbove(block.real, block.imag);
 
     if (output.isTable)
-        writeText(output.path, tableOf(statistics, channels));
+        writeText(output.path, tableOf(statistics, channels, live));
     else
-        writeFigure(figureOf(statistics, channels, options), output.path);
+        writeFigure(figureOf(statistics, channels, live, options), output.path);
     std::printf("%s\n", output.path.c_str());
-    printTotals(statistics, channels);
+    printTotals(statistics, channels, live);
 }
 
 } // namespace scope

@@ -14,25 +14,27 @@ PowerStatistics::PowerStatistics(std::size_t width, std::vector<std::size_t> cha
       channels_(numbers_.size())
 {}
 
-/// Calls take(channel's place, its totals, power) for every sample, channel by channel.
+/// Calls take(a channel's totals, power, place of the value) for every sample, channel by channel.
 template <class Take>
 void PowerStatistics::forPowers(std::span<const double> real, std::span<const double> imag, Take&& take)
 {
     for (std::size_t c = 0; c < channels_.size(); ++c)
         for (std::size_t i = numbers_[c]; i < real.size(); i += width_)
-            take(channels_[c], real[i] * real[i] + (imag.empty() ? 0 : imag[i] * imag[i]));
+            take(channels_[c], real[i] * real[i] + (imag.empty() ? 0 : imag[i] * imag[i]), i);
 }
 
 void PowerStatistics::add(std::span<const double> real, std::span<const double> imag)
 {
     const HostArrayPtr powers(createDoubleMatrix(real.size() / width_, channels_.size(), HostComplexity::real));
     double* next = getRealData(powers.get());
-    forPowers(real, imag, [&](Channel& totals, double power) {
+    forPowers(real, imag, [&](Channel& totals, double power, std::size_t i) {
         *next++ = power;
         if (!std::isfinite(power)) {
             ++totals.leftOut;
+            totals.tooLarge |= std::isfinite(real[i]) && (imag.empty() || std::isfinite(imag[i]));
             return;
         }
+        totals.zero &= real[i] == 0 && (imag.empty() || imag[i] == 0);
         ++totals.samples;
         totals.sum += power;
         totals.peak = std::max(totals.peak, power);
@@ -45,7 +47,7 @@ void PowerStatistics::add(std::span<const double> real, std::span<const double> 
 
 void PowerStatistics::countAbove(std::span<const double> real, std::span<const double> imag)
 {
-    forPowers(real, imag, [](Channel& totals, double power) {
+    forPowers(real, imag, [](Channel& totals, double power, std::size_t) {
         totals.above += std::isfinite(power) && power > totals.average() ? 1 : 0;
     });
 }

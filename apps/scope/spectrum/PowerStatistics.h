@@ -11,12 +11,14 @@ namespace scope {
 
 /// How the power of a signal is spread: exact totals, and from a SpectrumBuffer the curve of how much of the signal is
 /// how far above the average (CCDF). The power of a sample is its square, of a complex one the squared magnitude. What
-/// is not finite is left out.
+/// is not finite, or too large to be squared, is left out.
 class PowerStatistics {
 public:
     struct Channel {
         std::uint64_t samples = 0;
         std::uint64_t leftOut = 0;
+        bool tooLarge = false;   ///< a finite value was
+        bool zero = true;        ///< all of `samples`
         std::uint64_t above = 0; ///< samples with more than the average power
         double peak = 0;         ///< unit²
         double sum = 0;

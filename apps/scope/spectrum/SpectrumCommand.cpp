@@ -7,11 +7,13 @@
 #include "sources.h"
 #include "spectrum/SpectrumEstimate.h"
 #include "spectrum/commands.h"
+#include "spectrum/liveChannels.h"
 #include "spectrum/peaks.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 namespace scope {
 
@@ -58,21 +60,58 @@ std::uint32_t chooseSegment(const SpectrumOptions& options, std::uint64_t steps)
     return length;
 }
 
-/// One line, if any segment was left out. throws  UsageError when a channel has none left
-void tellLeftOut(const SpectrumEstimate& estimate, const std::vector<ChosenChannel>& channels)
+/// Why a channel has no segment without missing values.
+std::string missingFault(Recording& recording, const Stretch& stretch, std::size_t channel)
 {
-    std::string list;
+    std::optional<double> firstMissing;
+    bool any = false;
+    const std::size_t width = recording.info().channels.size();
+    Block block;
+    for (StretchReader reader(recording, stretch); reader.next(block);)
+        for (std::size_t i = 0; i < block.steps(); ++i) {
+            const std::size_t at = i * width + channel;
+            if (std::isfinite(block.real[at]) && (block.imag.empty() || std::isfinite(block.imag[at])))
+                any = true;
+            else if (!firstMissing)
+                firstMissing = block.times[i];
+        }
+    if (!any || !firstMissing)
+        return kOnlyMissing;
+    return "has missing or infinite values in every segment, the first at " + formatQuantity(*firstMissing, "s") +
+           ": try a shorter --segment, or a stretch without them (--from, --span)";
+}
+
+/// The channels that have something to show; one line, if any segment of them was left out.
+/// throws  UsageError when none has
+std::vector<std::size_t> check(const SpectrumEstimate& estimate, const std::vector<ChosenChannel>& channels,
+                               Recording& recording, const Stretch& stretch)
+{
+    std::vector<std::string> faults(channels.size());
     for (std::size_t i = 0; i < channels.size(); ++i) {
+        const std::vector<double> power = estimate.power(i, SpectrumScale::Power);
+        const double most = *std::max_element(power.begin(), power.end());
         if (estimate.averages(i) == 0)
-            throw UsageError("channel '" + channels[i].label +
-                             "' has missing or infinite values in every segment: try a shorter --segment, or leave the "
-                             "channel out with --channels");
-        if (estimate.leftOut(i) > 0)
+            faults[i] = estimate.tooLarge(i) ? kTooLarge : missingFault(recording, stretch, channels[i].channel);
+        else if (estimate.zero(i))
+            faults[i] = kZero;
+        else if (!std::isfinite(most))
+            faults[i] = kTooLarge;
+        else if (most < std::numeric_limits<double>::min())
+            faults[i] = kTooSmall;
+    }
+    std::vector<std::size_t> live = liveChannels(channels, faults);
+    std::string list;
+    bool tooLarge = false;
+    for (const std::size_t i : live)
+        if (estimate.leftOut(i) > 0) {
             list += (list.empty() ? "" : ", ") + channels[i].label + " " + std::to_string(estimate.leftOut(i)) +
                     " of " + std::to_string(estimate.averages(i) + estimate.leftOut(i));
-    }
+            tooLarge |= estimate.tooLarge(i);
+        }
     if (!list.empty())
-        std::fprintf(stderr, "tracery-scope: segments left out for missing or infinite values: %s\n", list.c_str());
+        std::fprintf(stderr, "tracery-scope: segments left out for missing%s infinite%s values: %s\n",
+                     tooLarge ? "," : " or", tooLarge ? " or too large" : "", list.c_str());
+    return live;
 }
 
 /// What is shown of one channel.
@@ -84,13 +123,15 @@ struct Curve {
 };
 
 std::vector<Curve> makeCurves(const SpectrumEstimate& estimate, const std::vector<ChosenChannel>& channels,
-                              const SpectrumOptions& options, const OneSided& oneSided, bool complex)
+                              const std::vector<std::size_t>& live, const SpectrumOptions& options,
+                              const OneSided& oneSided, bool complex)
 {
     const std::vector<double> frequencies = estimate.frequencies();
+    const PeakLevel level = options.window == WindowFunction::FlatTop ? PeakLevel::Bin : PeakLevel::Interpolated;
     std::vector<Curve> curves;
-    for (std::size_t i = 0; i < channels.size(); ++i) {
+    for (const std::size_t i : live) {
         std::vector<double> power = estimate.power(i, options.scale);
-        std::vector<SpectrumPeak> peaks = findPeaks(frequencies, power, oneSided, options.peaks);
+        std::vector<SpectrumPeak> peaks = findPeaks(frequencies, power, oneSided, level, options.peaks);
         for (double& each : power)
             each = levelOf(each, options.unit, complex);
         curves.push_back({channels[i].label, levelText(options.unit, options.scale, channels[i].unit), std::move(power),
@@ -131,8 +172,10 @@ Figure figureOf(const std::vector<double>& frequencies, const std::vector<Curve>
         }
         if (options.unit != LevelUnit::Linear)
             seen.low = std::max(seen.low, seen.high - kMostDecibels);
-        if (!curve.peaks.empty())
+        if (!curve.peaks.empty()) {
+            extend(seen, levelOf(curve.peaks[0].power, options.unit, complex)); // may be above the bins
             seen.high += kMarkRoom * (seen.high - seen.low);
+        }
         for (const SpectrumPeak& peak : curve.peaks) {
             const int first = static_cast<int>(std::floor(std::log10(std::abs(peak.frequency))));
             const int digits = std::clamp(first - lastDigit(binWidth) + 1, 1, 12);
@@ -194,16 +237,19 @@ void runSpectrum(const SpectrumOptions& options)
         settings.mostAverages = *options.averages;
     SpectrumEstimate estimate(settings);
     {
+        EvenTimes even(info.path, sampling, settings.segment);
         Block block;
-        for (StretchReader reader(recording, options.stretch); !estimate.full() && reader.next(block);)
+        for (StretchReader reader(recording, options.stretch); !estimate.full() && reader.next(block);) {
+            even.check(block.times);
             estimate.add(block.real, block.imag);
+        }
     }
-    tellLeftOut(estimate, channels);
+    const std::vector<std::size_t> live = check(estimate, channels, recording, options.stretch);
 
     const OneSided oneSided{!info.complex, !info.complex && settings.segment % 2 == 0};
-    const std::vector<Curve> curves = makeCurves(estimate, channels, options, oneSided, info.complex);
-    std::uint64_t averages = estimate.averages(0);
-    for (std::size_t i = 1; i < channels.size(); ++i)
+    const std::vector<Curve> curves = makeCurves(estimate, channels, live, options, oneSided, info.complex);
+    std::uint64_t averages = estimate.averages(live[0]);
+    for (const std::size_t i : live)
         averages = std::min(averages, estimate.averages(i));
     const std::string summary = std::to_string(averages) + (averages == 1 ? " segment" : " segments") + " of " +
                                 std::to_string(settings.segment) + " samples, " + nameOf(options.window) +

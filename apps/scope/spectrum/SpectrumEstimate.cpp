@@ -101,22 +101,29 @@ void SpectrumEstimate::addSegment(ChannelSums& sums, const double* real, const d
     Transform& t = *transform_;
     const std::size_t length = window_.size();
     double energy = 0;
+    bool zero = true;
     for (std::size_t i = 0; i < length; ++i) {
         const double re = real[i] * window_[i];
         energy += re * re;
+        zero &= re == 0;
         if (!settings_.complex) {
             t.real[i] = re;
             continue;
         }
         const double im = imag[i] * window_[i];
         energy += im * im;
+        zero &= im == 0;
         t.complex[i] = {re, im};
     }
     // No bin has more power than this.
     if (!std::isfinite(energy * static_cast<double>(length))) {
         ++sums.leftOut;
+        const auto finite = [](double value) { return std::isfinite(value); };
+        sums.tooLarge |= std::all_of(real, real + length, finite) &&
+                         (!settings_.complex || std::all_of(imag, imag + length, finite));
         return;
     }
+    sums.zero &= zero;
     const auto size = static_cast<Eigen::Index>(length);
     settings_.complex ? t.fft.fwd(t.bins.data(), t.complex.data(), size)
                       : t.fft.fwd(t.bins.data(), t.real.data(), size);

@@ -53,6 +53,10 @@ public:
     // By the place of a channel among those estimated.
     std::uint64_t averages(std::size_t channel) const { return channels_[channel].averages; }
     std::uint64_t leftOut(std::size_t channel) const { return channels_[channel].leftOut; }
+    /// Whether a finite value was too large to be squared.
+    bool tooLarge(std::size_t channel) const { return channels_[channel].tooLarge; }
+    /// Whether all segments that were averaged are zero.
+    bool zero(std::size_t channel) const { return channels_[channel].zero; }
     /// Mean power of each bin; NaN without averages.
     std::vector<double> power(std::size_t channel, SpectrumScale scale) const;
 
@@ -68,6 +72,8 @@ private:
         std::vector<double> power; ///< by bin of the transform
         std::uint64_t averages = 0;
         std::uint64_t leftOut = 0;
+        bool tooLarge = false;
+        bool zero = true;
     };
 
     void addFrame(std::span<const double> real, std::span<const double> imag);

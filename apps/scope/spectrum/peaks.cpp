@@ -8,7 +8,8 @@ namespace scope {
 
 namespace {
 
-constexpr double kRise = 4; // 6 dB
+constexpr double kRise = 4;         // 6 dB
+constexpr double kRounding = 1e-30; // of the strongest bin's power
 
 /// For each bin the lowest power between it and the nearest one before that is stronger, or the first one.
 template <class Weaker>
@@ -32,7 +33,7 @@ std::vector<double> dipsBefore(std::span<const double> power, Weaker&& weaker)
 } // namespace
 
 std::vector<SpectrumPeak> findPeaks(std::span<const double> frequencies, std::span<const double> power,
-                                    const OneSided& oneSided, std::size_t most)
+                                    const OneSided& oneSided, PeakLevel level, std::size_t most)
 {
     // What leaks out of an end bin must not look stronger than the bin itself because it is counted twice.
     std::vector<double> even(power.begin(), power.end());
@@ -42,16 +43,18 @@ std::vector<SpectrumPeak> findPeaks(std::span<const double> frequencies, std::sp
     const std::vector<double> before = dipsBefore(even, std::less<>());
     const std::vector<double> after = dipsBefore(std::vector<double>(even.rbegin(), even.rend()), std::less_equal<>());
 
+    const double least = kRounding * *std::max_element(even.begin(), even.end());
     std::vector<SpectrumPeak> peaks;
     for (std::size_t k = 1; k + 1 < even.size(); ++k) {
         const double here = even[k];
-        if (!(here > even[k - 1] && here >= even[k + 1] &&
+        if (!(here > even[k - 1] && here >= even[k + 1] && here > least &&
               here >= kRise * std::max(before[k], after[even.size() - 1 - k])))
             continue;
         const double low = std::log(even[k - 1] / here), high = std::log(even[k + 1] / here);
-        const double offset = (low - high) / (2 * (low + high));
-        const double spacing = frequencies[k + 1] - frequencies[k];
-        peaks.push_back({frequencies[k] + (std::isfinite(offset) ? offset * spacing : 0), here});
+        const double top = (low - high) / (2 * (low + high));
+        const double offset = std::isfinite(top) ? top : 0; // not beside bins without power
+        const double rise = offset == 0 || level == PeakLevel::Bin ? 1 : std::exp((high - low) * offset / 4);
+        peaks.push_back({frequencies[k] + offset * (frequencies[k + 1] - frequencies[k]), here * rise});
     }
     std::stable_sort(peaks.begin(), peaks.end(), [](auto& a, auto& b) { return a.power > b.power; });
     peaks.resize(std::min(most, peaks.size()));
