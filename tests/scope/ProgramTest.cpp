@@ -71,7 +71,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         zeros += "0\n";
     write("long.csv", zeros);
     write("zero.csv", "time,v\n0,0\n1,0\n");
-    write("extremes.csv", "time,huge,tiny,zero\n0,1e154,1e-162,0\n1,1e154,0,0\n2,-1e154,0,0\n3,-1e154,0,0\n");
+    write("extremes.csv", "time,huge,tiny,zero\n0,1e154,1e-162,0\n1,1e154,0,0\n2,-1e154,0,0\n3,-1e200,0,0\n");
     write("noise.bin", std::string(300, 'x'));
     write("blanks.txt", "time v\n0 1\n1 2\n");
     fs::create_directory(folder_ / "folder.csv");

@@ -25,7 +25,7 @@ std::string faultOf(const PowerStatistics::Channel& totals)
     if (totals.samples == 0)
         return totals.tooLarge ? kTooLarge : kOnlyMissing;
     if (totals.zero)
-        return kZero;
+        return totals.tooLarge ? kTooLarge : kZero;
     if (!std::isfinite(totals.sum))
         return kTooLarge;
     return totals.average() < std::numeric_limits<double>::min() ? kTooSmall : "";
