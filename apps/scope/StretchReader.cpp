@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <utility>
 
@@ -70,7 +69,7 @@ Sampling measureSampling(Recording& recording, const Stretch& stretch)
 {
     const RecordingInfo& info = recording.info();
     if (info.rate && info.steps && stretch.whole())
-        return {*info.steps, *info.rate};
+        return {.steps = *info.steps, .rate = *info.rate, .uneven = {}};
 
     Sampling sampling;
     double first = 0, last = 0;
@@ -109,8 +108,7 @@ Sampling measureSampling(Recording& recording, const Stretch& stretch)
                              " after " + formatQuantity((below > above ? shortest : longest).from, "s") +
                              ": a spectrum needs an even rate");
     if (std::max(below, above) > kToldEven * mean)
-        std::fprintf(stderr, "tracery-scope: %s: the time steps, %s, are taken as even\n", info.path.c_str(),
-                     lengths.c_str());
+        sampling.uneven = lengths;
     return sampling;
 }
 
@@ -128,7 +126,7 @@ void EvenTimes::check(const std::vector<double>& times)
         // The step that leads to the next segment belongs to this one.
         if (!(std::abs((time - first_) * sampling_.rate - static_cast<double>(steps_)) <= kEven))
             throw InputError(path_, "",
-                             "the time steps are uneven: at " + formatQuantity(time, "s") +
+                             "the time steps are uneven: at " + formatQuantity(time, "s", 6) +
                                  " they are more than half a step off the mean rate of " +
                                  formatQuantity(sampling_.rate, "Hz", 6) + ", which a spectrum needs");
         if (steps_++ == segment_) {

@@ -41,10 +41,10 @@ struct Sampling {
     std::uint64_t steps = 0;
     double rate = 0;
     bool measured = false; ///< from the times
+    std::string uneven;    ///< how long the steps are, when some differ from the mean by more than a tenth
 };
 
-/// The recording's own rate, or the measured one; reads the stretch through where the recording does not tell. One line
-/// on stderr when the steps differ from the mean by more than a tenth.
+/// The recording's own rate, or the measured one; reads the stretch through where the recording does not tell.
 /// throws  InputError when one differs from the mean by more than half of it
 Sampling measureSampling(Recording& recording, const Stretch& stretch);
 

@@ -27,7 +27,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         zeros += "0\n";
     write("long.csv", zeros);
     write("zero.csv", "time,v\n0,0\n1,0\n");
-    write("extremes.csv", "time,huge,tiny,zero\n0,1e154,1e-162,0\n1,1e154,0,0\n2,-1e154,0,0\n3,-1e154,0,0\n");
+    write("extremes.csv", "time,huge,tiny,zero\n0,1e154,1e-162,0\n1,1e154,0,0\n2,-1e154,0,0\n3,-1e200,0,0\n");
     write("noise.bin", std::string(300, 'x'));
     write("blanks.txt", "time v\n0 1\n1 2\n");
     fs::create_directory(folder_ / "folder.csv");
@@ -86,7 +86,9 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"spectrum good.csv --segment 1001 -o o.png", "good.csv: 1000 samples are too few for a segment of 1001"},
         {"spectrum good.csv --span 15m -o o.png", "15 samples are too few for a segment of 16"},
         {"spectrum long.csv --rate 1 --segment 65537 -o o.png", "--segment: the transform of 65537 samples is slow"},
-        {"spectrum good.csv --segment 1 -o o.png", "--segment"},
+        {"spectrum good.csv --segment 1 -o o.png", "--segment: expected 2 to 1048576 samples, found '1'"},
+        {"spectrum good.csv --segment 1.001k -o o.png", "are too few for a segment of 1001"},
+        {"spectrum good.csv --channels , -o o.png", "--channels: expected names or numbers with commas, found ','"},
         {"spectrum good.csv --overlap 100 -o o.png", "--overlap: expected a percentage"},
         {"spectrum good.csv --window round -o o.png", "--window: expected one of hann, "},
         {"spectrum good.csv --from 5 -o o.png", "no samples at or after 5 s"},

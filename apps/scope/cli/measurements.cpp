@@ -4,6 +4,7 @@
 #include "cli/options.h"
 #include "spectrum/commands.h"
 
+#include <cmath>
 #include <memory>
 
 namespace scope::cli {
@@ -26,6 +27,19 @@ void addMeasure(CLI::App& command, MeasureOptions& options, const std::string& e
     addSize(command, options.width, options.height);
     addTitle(command, options.title);
     addRate(command, options.rate);
+}
+
+Reader segment(std::optional<std::uint32_t>& samples)
+{
+    return [&samples](const std::string& text) {
+        double number = 0;
+        quantity(number, "--segment")(text);
+        if (!(number >= 2 && number <= kMostSegment &&
+              std::abs(number - std::round(number)) < 1e-6)) // 1.001k is rounded
+            throw UsageError("--segment: expected 2 to " + std::to_string(kMostSegment) + " samples, found '" + text +
+                             "'");
+        samples = static_cast<std::uint32_t>(std::round(number));
+    };
 }
 
 Reader overlap(double& percent)
@@ -53,12 +67,8 @@ void addSpectrum(CLI::App& app)
         "  tracery-scope spectrum radio.sigmf-meta --segment 4096 --unit dBFS -o radio.svg\n"
         "  tracery-scope spectrum shaker.csv --channels x,z --scale psd --from 3 --span 2 -o psd.csv");
     addMeasure(*spectrum, *options, "-spectrum.png");
-    spectrum
-        ->add_option(
-            "--segment", options->segment,
-            "Samples in a segment [default: the power of two, 16 to 16384, that leaves 8 averages or those asked for]")
-        ->check(CLI::Range(std::uint32_t{2}, kMostSegment))
-        ->type_name("N");
+    add(*spectrum, "--segment", "N", segment(options->segment),
+        "Samples in a segment [default: the power of two, 16 to 16384, that leaves 8 averages or those asked for]");
     add(*spectrum, "--overlap", "PERCENT", overlap(options->overlapPercent), "Of segments [default: 50]");
     add(*spectrum, "--window", "NAME",
         oneOf(options->window, "--window",

@@ -62,7 +62,8 @@ void addChannels(CLI::App& command, std::vector<std::string>& channels, const st
     const auto read = [&channels](const std::string& list) {
         std::istringstream names(list);
         for (std::string name; std::getline(names, name, ',');)
-            channels.push_back(name);
+            name.empty() ? throw UsageError("--channels: expected names or numbers with commas, found '" + list + "'")
+                         : channels.push_back(name);
     };
     add(command, "--channels", "LIST", read, text);
 }

@@ -25,7 +25,7 @@ std::string faultOf(const PowerStatistics::Channel& totals)
     if (totals.samples == 0)
         return totals.tooLarge ? kTooLarge : kOnlyMissing;
     if (totals.zero)
-        return kZero;
+        return totals.tooLarge ? kTooLarge : kZero;
     if (!std::isfinite(totals.sum))
         return kTooLarge;
     return totals.average() < std::numeric_limits<double>::min() ? kTooSmall : "";
@@ -107,6 +107,9 @@ Figure figureOf(const PowerStatistics& statistics, const std::vector<ChosenChann
     return figure;
 }
 
+/// As four decimals show it, without a sign before zero.
+double shown(double level) { return std::round(level * 1e4) / 1e4 + 0.0; }
+
 void printTotals(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels,
                  const std::vector<std::size_t>& live)
 {
@@ -115,13 +118,14 @@ void printTotals(const PowerStatistics& statistics, const std::vector<ChosenChan
         const std::string unit = squared(channels[i].unit);
         const auto line = [&](const char* name, double power) {
             std::printf("  %-14s %-12.6g %s%s(%.4f %s)\n", name, power, unit.c_str(), unit.empty() ? "" : " ",
-                        decibels(power), levelText(LevelUnit::Decibel, SpectrumScale::Power, channels[i].unit).c_str());
+                        shown(decibels(power)),
+                        levelText(LevelUnit::Decibel, SpectrumScale::Power, channels[i].unit).c_str());
         };
         std::printf("%s: %llu %s\n", channels[i].label.c_str(), static_cast<unsigned long long>(totals.samples),
                     totals.samples == 1 ? "sample" : "samples");
         line("average power", totals.average());
         line("peak power", totals.peak);
-        std::printf("  %-14s %.4f dB\n  %-14s %.4f %%\n", "PAPR", decibels(totals.peak / totals.average()),
+        std::printf("  %-14s %.4f dB\n  %-14s %.4f %%\n", "PAPR", shown(decibels(totals.peak / totals.average())),
                     "above average", 100 * static_cast<double>(totals.above) / static_cast<double>(totals.samples));
     }
 }

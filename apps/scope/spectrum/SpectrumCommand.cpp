@@ -93,7 +93,7 @@ std::vector<std::size_t> check(const SpectrumEstimate& estimate, const std::vect
         if (estimate.averages(i) == 0)
             faults[i] = estimate.tooLarge(i) ? kTooLarge : missingFault(recording, stretch, channels[i].channel);
         else if (estimate.zero(i))
-            faults[i] = kZero;
+            faults[i] = estimate.tooLarge(i) ? kTooLarge : kZero;
         else if (!std::isfinite(most))
             faults[i] = kTooLarge;
         else if (most < std::numeric_limits<double>::min())
@@ -245,6 +245,10 @@ void runSpectrum(const SpectrumOptions& options)
         }
     }
     const std::vector<std::size_t> live = check(estimate, channels, recording, options.stretch);
+
+    if (!sampling.uneven.empty())
+        std::fprintf(stderr, "tracery-scope: %s: the time steps, %s, are taken as even\n", options.file.c_str(),
+                     sampling.uneven.c_str());
 
     const OneSided oneSided{!info.complex, !info.complex && settings.segment % 2 == 0};
     const std::vector<Curve> curves = makeCurves(estimate, channels, live, options, oneSided, info.complex);
