@@ -3,8 +3,6 @@
 #include <tracery/host/HostArray.h>
 
 #include <atomic>
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -393,20 +391,5 @@ char* arrayToString(const HostArray* array)
 }
 
 std::size_t getNumberOfLiveArrays() noexcept { return HostArray::alive(); }
-
-void* allocateMemory(std::size_t bytes)
-{
-    void* memory = std::malloc(bytes != 0 ? bytes : 1);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
-}
-
-void freeMemory(void* memory) noexcept { std::free(memory); }
-
-double getNaN() noexcept { return std::numeric_limits<double>::quiet_NaN(); }
-double getInf() noexcept { return std::numeric_limits<double>::infinity(); }
-bool isNaN(double value) noexcept { return std::isnan(value); }
-bool isInf(double value) noexcept { return std::isinf(value); }
 
 } // namespace tracery

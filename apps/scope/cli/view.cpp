@@ -56,8 +56,8 @@ void addView(CLI::App& app)
         options.overrun = mode;
     };
     add(*view, "--overrun", "MODE", overrun,
-        "Stream the recording past a window of --span [default: a tenth of what streams]; at its right edge, wrap to a new sweep or "
-        "scroll");
+        "Stream the recording past a window of --span [default: a tenth of what streams]; at its right edge, wrap to a "
+        "new sweep or scroll");
     add(*view, "--until", "TIME", quantity(options.until, "--until"),
         "Where streaming with --overrun stops [default: the recording's end]");
     addTrigger(*view, arguments->trigger, [&options] { options.trigger.emplace(); });
