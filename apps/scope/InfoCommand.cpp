@@ -1,6 +1,7 @@
 #include "Progress.h"
 #include "commands.h"
 #include "input/Recording.h"
+#include "input/StandardInput.h"
 #include "quantity.h"
 
 #include <algorithm>
@@ -58,7 +59,7 @@ void printInfo(Recording& recording)
     std::uint64_t steps = 0;
     const std::vector<ChannelStatistics> statistics = scan(recording, range, steps);
 
-    std::printf("%s\n  format    %s\n", info.path.c_str(), info.format.c_str());
+    std::printf("%s\n  format    %s\n", nameStandardInput(info.path).c_str(), info.format.c_str());
     if (info.rate)
         std::printf("  rate      %s\n", formatQuantity(*info.rate, "Hz").c_str());
     if (info.centerFrequency)

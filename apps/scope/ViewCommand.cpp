@@ -130,8 +130,7 @@ void runView(const ViewOptions& options)
     // What a commit shows of the display is the picture.
     const auto picture = host->graphics().addCommitHook([&](int) {
         Figure figure;
-        figure.width = options.width;
-        figure.height = options.height;
+        options.applyTo(figure);
         figure.title = headingOf(options.title, options.files[0]);
         const Window window = options.overrun ? Window{display.getStartTime(), display.windowEnd()} : stretch;
         figure.xMin = window.from;
@@ -147,7 +146,7 @@ void runView(const ViewOptions& options)
     });
     streamLines(std::move(recordings), stretch, lines, display);
     host->graphics().commitDatabaseUpdates(0);
-    std::printf("%s\n", output.c_str());
+    announce(output);
 }
 
 } // namespace scope

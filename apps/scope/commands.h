@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PictureOptions.h"
 #include "UsageError.h"
 #include "trigger/TriggerSettings.h"
 
@@ -19,20 +20,17 @@ struct InfoOptions {
 /// Prints what a recording holds. throws  InputError
 void runInfo(const InfoOptions& options);
 
-struct ViewOptions {
+struct ViewOptions : PictureOptions {
     std::vector<std::string> files;
-    std::optional<double> rate;        ///< samples per second, for files that do not tell
-    std::string output;                ///< empty: the first file's name with .png, in the current folder
-    std::vector<std::string> channels; ///< names or numbers from 1; empty: all
-    std::optional<double> from;        ///< seconds; the recording's start when missing
-    std::optional<double> span;        ///< seconds; to the recording's end when missing
-    int width = 1200;
-    int height = 600;
-    std::string title;
-    bool stack = false;                                  ///< every channel in axes of its own
-    std::optional<TriggerSettings> trigger;              ///< none: the whole window, untriggered
-    std::uint64_t nth = 1;                               ///< which triggered window, from 1
-    std::size_t blockSteps = 1024;                       ///< steps handed to the detector at once
+    std::optional<double> rate;             ///< samples per second, for files that do not tell
+    std::string output;                     ///< empty: the first file's name with .png, in the current folder
+    std::vector<std::string> channels;      ///< names or numbers from 1; empty: all
+    std::optional<double> from;             ///< seconds; the recording's start when missing
+    std::optional<double> span;             ///< seconds; to the recording's end when missing
+    bool stack = false;                     ///< every channel in axes of its own
+    std::optional<TriggerSettings> trigger; ///< none: the whole window, untriggered
+    std::uint64_t nth = 1;                  ///< which triggered window, from 1
+    std::size_t blockSteps = 1024;          ///< steps handed to the detector at once
     std::optional<tracery::TimeOverrunModeEnum> overrun; ///< stream without trigger, the window following the data
     std::optional<double> until;                         ///< where streaming stops; the recording's end when missing
 };

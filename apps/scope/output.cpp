@@ -1,10 +1,12 @@
 #include "output.h"
 
 #include "UsageError.h"
+#include "input/StandardInput.h"
 #include "input/Text.h"
 #include "picture/Figure.h"
 #include "picture/WholeFile.h"
 
+#include <cstdio>
 #include <filesystem>
 
 namespace scope {
@@ -14,7 +16,11 @@ namespace fs = std::filesystem;
 Output chooseOutput(const std::string& path, const std::vector<std::string>& files, const std::string& ending,
                     Output::Kinds kinds, int width, int height)
 {
-    Output output{path.empty() ? fs::path(files[0]).stem().string() + ending : path};
+    Output output{path};
+    if (path.empty())
+        output.path = (files[0] == kStandardStream ? "stdin" : fs::path(files[0]).stem().string()) + ending;
+    else if (path == kStandardStream)
+        output.path += ending.substr(ending.rfind('.'));
     const std::string extension = lowerCase(fs::path(output.path).extension().string());
     if (kinds == Output::Kinds::PicturesAndTables) {
         output.isTable = extension == ".csv";
@@ -34,9 +40,19 @@ Output chooseOutput(const std::string& path, const std::vector<std::string>& fil
     return output;
 }
 
+std::FILE* Output::report() const { return isStandardOutput(path) ? stderr : stdout; }
+
 std::string headingOf(const std::string& title, const std::string& file)
 {
-    return title.empty() ? fs::path(file).filename().string() : title;
+    if (!title.empty())
+        return title;
+    return file == kStandardStream ? "standard input" : fs::path(file).filename().string();
+}
+
+void announce(const std::string& path)
+{
+    if (!isStandardOutput(path))
+        std::printf("%s\n", path.c_str());
 }
 
 std::string csvField(const std::string& text)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,9 @@ namespace scope {
 struct Output {
     std::string path;
     bool isTable = false;
+
+    /// Where numbers for people are printed: standard error when standard output has the file.
+    std::FILE* report() const;
 
     /// What may be written: pictures alone, or .csv tables, too.
     enum class Kinds { Pictures, PicturesAndTables };
@@ -20,6 +24,9 @@ struct Output {
 ///           is wrong (ending, size of a picture, cannot be written)
 Output chooseOutput(const std::string& path, const std::vector<std::string>& files, const std::string& ending,
                     Output::Kinds kinds, int width, int height);
+
+/// Prints where the result is, unless that is standard output.
+void announce(const std::string& path);
 
 /// `title`, or the file's name when there is none.
 std::string headingOf(const std::string& title, const std::string& file);

@@ -372,17 +372,19 @@ TEST_F(PictureTest, TracesOfOneNameShareAStyleAcrossPanelsOnly)
         return made;
     };
     figure.panels = {panel({"a", "b", "b"}), panel({"b", "a", "b", "c"})};
-    const Styles styles(figure);
+    const Styles styles(figure, themeOf(ThemeEnum::Light));
     EXPECT_EQ(styles.labels(), (std::vector<std::string>{"a", "b", "b", "c"}));
     const auto same = [](const TraceStyle& a, const TraceStyle& b) {
-        return a.colour.red == b.colour.red && a.colour.green == b.colour.green && a.colour.blue == b.colour.blue;
+        return a.dashes.data() == b.dashes.data() && a.colour.red == b.colour.red && a.colour.green == b.colour.green &&
+               a.colour.blue == b.colour.blue;
     };
     EXPECT_TRUE(same(styles.of(0, 0), styles.of(1, 1)));
     EXPECT_TRUE(same(styles.of(0, 2), styles.of(1, 2)));
     EXPECT_FALSE(same(styles.of(0, 1), styles.of(0, 2)));
-    for (std::size_t i = 0; i < 32; ++i)
-        for (std::size_t j = 0; j < i; ++j)
-            EXPECT_FALSE(same(traceStyle(i), traceStyle(j))) << i << ' ' << j;
+    for (const auto theme : {ThemeEnum::Light, ThemeEnum::Dark, ThemeEnum::Print})
+        for (std::size_t i = 0; i < (theme == ThemeEnum::Print ? 16U : 32U); ++i)
+            for (std::size_t j = 0; j < i; ++j)
+                EXPECT_FALSE(same(traceStyle(i, themeOf(theme)), traceStyle(j, themeOf(theme)))) << i << ' ' << j;
 }
 
 TEST_F(PictureTest, WhateverFailsLeavesNothingBehind)

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <regex>
 
 namespace {
 
@@ -56,6 +57,11 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"view good.csv --size 12 -o o.png", "--size: expected WIDTHxHEIGHT"},
         {"view good.csv --size 1x1 -o o.png", "pixels"},
         {"view good.csv --frob -o o.png", "--frob"},
+        {"view good.csv --titel x -o o.png", "there is no option '--titel'; did you mean '--title'?"},
+        {"viw good.csv", "there is no command 'viw'; did you mean 'view'?"},
+        {"spectrum good.csv --window han", "found 'han'; did you mean 'hann'?"},
+        {"info - < /dev/null", "standard input: is empty"},
+        {"view - -o o.png < text.csv", "standard input: line 3, column 2"},
         {"view -o o.png", "FILE"},
         {"view good.csv -o missing/o.png", "missing/o.png: "},
         {"view good.csv -o o.gif", "o.gif: "},
@@ -243,6 +249,30 @@ TEST_F(ProgramTest, MeasurementsPrintTheirTotalsAndSayWhatTheyLeftOut)
                              "  PAPR           3.0103 dB\n", "  above average  50.0000 %\n", "w: 900 samples\n"})
         EXPECT_NE(ccdf.out.find(line), std::string::npos) << ccdf.out;
     EXPECT_NE(ccdf.err.find("w 100 of 1000\n"), std::string::npos) << ccdf.err;
+}
+
+TEST_F(ProgramTest, StandardStreamsStandForFiles)
+{
+    for (const std::string command : {"view", "ccdf", "spectrum --channels v"})
+        for (const std::string ending : {".png", ".svg"}) {
+            ASSERT_EQ(run(command + " good.csv --title x -o o" + ending).status, 0);
+            const Outcome piped = run(command + " - --title x -o -" + ending + " < good.csv");
+            EXPECT_EQ(piped.status, 0) << piped.err;
+            EXPECT_EQ(piped.out, read("o" + ending)) << command;
+        }
+    EXPECT_EQ(run("events - --level 0.5 < good.csv").out, run("events good.csv --level 0.5").out);
+    EXPECT_EQ(run("view - < good.csv").out, "stdin.png\n");
+}
+
+TEST_F(ProgramTest, ThemesDifferInColoursOnly)
+{
+    std::vector<std::string> shapes;
+    for (const std::string theme : {"light", "dark", "print"}) {
+        ASSERT_EQ(run("view good.csv --channels v -o o.svg --theme " + theme).status, 0);
+        shapes.push_back(std::regex_replace(read("o.svg"), std::regex("rgb\\([^)]*\\)|stroke-opacity=\"[^\"]*\""), ""));
+    }
+    EXPECT_EQ(shapes[0], shapes[1]);
+    EXPECT_EQ(shapes[0], shapes[2]);
 }
 
 } // namespace

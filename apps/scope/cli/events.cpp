@@ -17,7 +17,7 @@ void addEvents(CLI::App& app)
         "had its window; free_run: no event, mode auto), and the window when shown. A summary follows, with the\n"
         "events that --holdoff kept out (held_off), which are not among the found.\n"
         "Example:\n  tracery-scope events ecg.csv --level 0.4 --hysteresis 0.3 --span 1");
-    events->add_option("FILE", options->file, "The recording")->required();
+    events->add_option("FILE", options->file, "The recording; - is standard input")->required();
     addTrigger(*events, options->trigger, [] {});
     add(*events, "--from", "TIME", quantity(options->from, "--from"),
         "Where to start [default: the recording's start]");

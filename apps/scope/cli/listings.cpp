@@ -12,7 +12,7 @@ void addInfo(CLI::App& app)
 {
     const auto options = std::make_shared<InfoOptions>();
     CLI::App* info = app.add_subcommand("info", "Print what recordings hold: format, rate, times, channels, extremes");
-    info->add_option("FILE", options->files, "Recordings")->required();
+    info->add_option("FILE", options->files, "Recordings; - is standard input")->required();
     addRate(*info, options->rate);
     info->callback([options] { runInfo(*options); });
 }

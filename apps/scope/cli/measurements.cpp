@@ -15,17 +15,18 @@ constexpr std::uint32_t kMostSegment = 1U << 20U;
 
 void addMeasure(CLI::App& command, MeasureOptions& options, const std::string& ending)
 {
-    command.add_option("FILE", options.file, "The recording")->required();
-    command.add_option("-o,--output", options.output,
-                       "The picture, .png or .svg, or the numbers as a table, .csv [default: FILE's name with " +
-                           ending + "]");
+    command.add_option("FILE", options.file, "The recording; - is standard input")->required();
+    command.add_option(
+        "-o,--output", options.output,
+        "The picture, .png or .svg, or the numbers as a table, .csv; -, -.svg or -.csv is standard output "
+        "[default: FILE's name with " +
+            ending + "]");
     addChannels(command, options.channels, "Channels to measure: names or numbers from 1, with commas [default: all]");
     add(command, "--from", "TIME", quantity(options.stretch.from, "--from"),
         "Where to start [default: the recording's start]");
     add(command, "--span", "TIME", quantity(options.stretch.span, "--span"),
         "How much time to measure [default: to the recording's end]");
-    addSize(command, options.width, options.height);
-    addTitle(command, options.title);
+    addPicture(command, options);
     addRate(command, options.rate);
 }
 

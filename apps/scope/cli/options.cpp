@@ -68,20 +68,20 @@ void addChannels(CLI::App& command, std::vector<std::string>& channels, const st
     add(command, "--channels", "LIST", read, text);
 }
 
-void addSize(CLI::App& command, int& width, int& height)
+void addPicture(CLI::App& command, PictureOptions& options)
 {
-    const auto read = [&width, &height](const std::string& text) {
+    const auto readSize = [&options](const std::string& text) {
         int used = 0;
-        if (std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &used) != 2 ||
+        if (std::sscanf(text.c_str(), "%5dx%5d%n", &options.width, &options.height, &used) != 2 ||
             static_cast<std::size_t>(used) != text.size())
             throw UsageError("--size: expected WIDTHxHEIGHT in pixels, such as 1200x600, found '" + text + "'");
     };
-    add(command, "--size", "WxH", read, "Width and height in pixels [default: 1200x600]");
-}
-
-void addTitle(CLI::App& command, std::string& title)
-{
-    command.add_option("--title", title, "Heading [default: the file's name]");
+    add(command, "--size", "WxH", readSize, "Width and height in pixels [default: 1200x600]");
+    add(command, "--theme", "THEME",
+        oneOf(options.theme, "--theme",
+              {{"light", ThemeEnum::Light}, {"dark", ThemeEnum::Dark}, {"print", ThemeEnum::Print}}),
+        "light, dark, or print, which needs no colours [default: light]");
+    command.add_option("--title", options.title, "Heading [default: the file's name]");
 }
 
 } // namespace scope::cli

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "PictureOptions.h"
 #include "UsageError.h"
+#include "suggestion.h"
 
 #include <CLI/CLI.hpp>
 
@@ -34,7 +36,11 @@ Reader oneOf(Value& target, const char* option, std::vector<std::pair<const char
             }
             known += (known.empty() ? "" : ", ") + std::string(name);
         }
-        throw UsageError(std::string(option) + ": expected one of " + known + ", found '" + text + "'");
+        std::vector<std::string> all;
+        for (const auto& [name, value] : names)
+            all.emplace_back(name);
+        throw UsageError(std::string(option) + ": expected one of " + known + ", found '" + text + "'" +
+                         suggestion(text, all));
     };
 }
 
@@ -45,7 +51,7 @@ CLI::Option* add(CLI::App& command, const char* name, const char* type, Reader r
 
 void addRate(CLI::App& command, std::optional<double>& rate);
 void addChannels(CLI::App& command, std::vector<std::string>& channels, const std::string& text);
-void addSize(CLI::App& command, int& width, int& height);
-void addTitle(CLI::App& command, std::string& title);
+/// --size, --theme and --title.
+void addPicture(CLI::App& command, PictureOptions& options);
 
 } // namespace scope::cli

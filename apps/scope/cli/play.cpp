@@ -64,8 +64,7 @@ void addPlay(CLI::App& app)
                      "Write pictures frame-000001.png and so on into this folder, in place of those there")
         ->type_name("DIR");
     addChannels(*play, options.channels, "Channels to draw: names or numbers from 1, with commas");
-    addSize(*play, options.width, options.height);
-    addTitle(*play, options.title);
+    addPicture(*play, options);
     addTrigger(*play, arguments->trigger, [&options] { options.trigger.emplace(); });
     play->callback([arguments, play] {
         check(*play, *arguments);

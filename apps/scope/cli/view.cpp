@@ -38,16 +38,16 @@ void addView(CLI::App& app)
                  "  tracery-scope view bus.csv --from 1.2m --span 50u -o glitch.svg\n"
                  "  tracery-scope view left.wav right.flac --channels 1,2 --size 1600x900\n"
                  "  tracery-scope view probe.csv --trigger edge --level 50% --span 2m");
-    view->add_option("FILE", options.files, "Recordings; several share the time axis")->required();
-    view->add_option("-o,--output", options.output, "The picture, .png or .svg [default: FILE's name with .png]");
+    view->add_option("FILE", options.files, "Recordings; several share the time axis; - is standard input")->required();
+    view->add_option("-o,--output", options.output,
+                     "The picture, .png or .svg; - or -.svg is standard output [default: FILE's name with .png]");
     addChannels(*view, options.channels, "Channels to draw: names or numbers from 1, with commas");
     add(*view, "--from", "TIME", quantity(options.from, "--from"),
         "Where the picture starts [default: the recording's start]");
     add(*view, "--span", "TIME", quantity(options.span, "--span"),
         "How much time it shows [default: to the recording's end]");
-    addSize(*view, options.width, options.height);
+    addPicture(*view, options);
     view->add_flag("--stack", options.stack, "Draw every channel in axes of its own");
-    addTitle(*view, options.title);
     addRate(*view, options.rate);
     const auto overrun = [&options](const std::string& text) {
         using tracery::TimeOverrunModeEnum;

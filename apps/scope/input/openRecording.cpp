@@ -2,6 +2,7 @@
 #include "input/RawRecording.h"
 #include "input/SigMfRecording.h"
 #include "input/SoundRecording.h"
+#include "input/StandardInput.h"
 #include "input/Text.h"
 
 #include <unistd.h>
@@ -55,6 +56,8 @@ std::unique_ptr<Recording> openStandardInput(const std::string& format, std::siz
 
 std::unique_ptr<Recording> openRecording(const std::string& path, const OpenOptions& options)
 {
+    if (path == kStandardStream)
+        return openRecording(spoolStandardInput(), options);
     if (const std::optional<std::string> base = sigMfBase(path))
         return std::make_unique<SigMfRecording>(path, *base, options);
     if (isTable(path))

@@ -17,7 +17,8 @@ double snapped(double at, double width) { return std::round(at - width / 2); }
 
 } // namespace
 
-Canvas::Canvas(cairo_surface_t& surface, bool whole) : context_(cairo_create(&surface))
+Canvas::Canvas(cairo_surface_t& surface, bool whole, const Theme& theme)
+    : context_(cairo_create(&surface)), theme_(theme)
 {
     // Set in full, so that the machine's own font settings have no part in the picture.
     const std::unique_ptr<cairo_font_options_t, DestroyOptions> options(cairo_font_options_create());

@@ -1,17 +1,13 @@
 #pragma once
 
+#include "picture/Theme.h"
+
 #include <cairo.h>
 
 #include <memory>
 #include <string>
 
 namespace scope {
-
-struct Colour {
-    double red;
-    double green;
-    double blue;
-};
 
 /// A rectangle in pixels, y downward.
 struct Box {
@@ -44,7 +40,9 @@ enum class Cut { End, Middle };
 class Canvas {
 public:
     /// whole  round text metrics to whole pixels, which suits a raster
-    Canvas(cairo_surface_t& surface, bool whole);
+    Canvas(cairo_surface_t& surface, bool whole, const Theme& theme);
+
+    const Theme& theme() const { return theme_; }
 
     cairo_t* context() const { return context_.get(); }
     /// Whether anything drawn so far failed; nothing is drawn after that.
@@ -77,6 +75,7 @@ private:
         void operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
     };
     std::unique_ptr<cairo_t, Destroy> context_;
+    const Theme& theme_;
 };
 
 /// Keeps the context's state, among it the clip, and brings it back.

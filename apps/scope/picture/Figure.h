@@ -1,5 +1,7 @@
 #pragma once
 
+#include "picture/Theme.h"
+
 #include <string>
 #include <vector>
 
@@ -55,6 +57,7 @@ struct Figure {
     std::vector<Marker> positions; ///< vertical markers at x values, through all panels
     int width = 1200;              ///< pixels, kMinPixels to kMaxPixels, as is the height
     int height = 600;
+    ThemeEnum theme = ThemeEnum::Light;
 };
 
 inline constexpr int kMinPixels = 100;
@@ -77,7 +80,7 @@ Limits comfortableLimits(double low, double high);
 /// written. throws  as writeFigure
 void requireWritablePicture(const std::string& path, int width, int height);
 
-/// Draws the figure to a .png or .svg file, chosen by the ending. The file appears whole or not at all. The
+/// Draws the figure to a .png or .svg file, chosen by the ending, or to standard output, "-.png" or "-.svg". The file appears whole or not at all. The
 /// same figure gives the same bytes.
 /// throws  std::runtime_error whose text names the path and what is wrong (ending, size, cannot be written)
 void writeFigure(const Figure& figure, const std::string& path);

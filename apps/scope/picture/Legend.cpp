@@ -92,7 +92,7 @@ void Legend::draw(Canvas& canvas, double top) const
         if (entry.sample)
             drawSample(canvas, entry.x, entry.x + kSampleWidth * sizes_.scale,
                        std::round(baseline - kMiddle * sizes_.tick.size), entry.style, sizes_.traceLine + 0.5);
-        canvas.setColour(kInk);
+        canvas.setColour(canvas.theme().ink);
         canvas.text(entry.text, sizes_.tick, Align::Start, entry.x + (entry.sample ? sampleWidth_ : 0), baseline);
     }
 }

@@ -65,7 +65,7 @@ void PositionMarkers::drawLabels(Canvas& canvas, double bottom) const
     const double tall = kTriangle * sizes_.scale;
     cairo_t* const context = canvas.context();
     for (const Placed& placed : placed_) {
-        canvas.setColour(kMarker);
+        canvas.setColour(canvas.theme().marker);
         const double tip = std::round(placed.x - sizes_.hairline / 2) + sizes_.hairline / 2;
         cairo_move_to(context, tip, bottom);
         cairo_line_to(context, tip - 0.6 * tall, bottom - tall);
@@ -80,7 +80,7 @@ void PositionMarkers::drawLabels(Canvas& canvas, double bottom) const
 
 void PositionMarkers::drawLines(Canvas& canvas, const Box& panel) const
 {
-    canvas.setColour(kMarker);
+    canvas.setColour(canvas.theme().marker);
     for (const Placed& placed : placed_)
         canvas.dashedVertical(placed.x, panel.top, panel.bottom, sizes_.hairline);
 }
@@ -95,7 +95,7 @@ void drawLevels(Canvas& canvas, std::span<const Marker> levels, const Mapping& m
     const double half = sizes.hairline;
     std::vector<Level> shown;
     std::vector<Box> taken;
-    canvas.setColour(kMarker);
+    canvas.setColour(canvas.theme().marker);
     for (const Marker& level : levels) {
         if (!within(level.at, mapping.yLimits()))
             continue;
@@ -116,9 +116,9 @@ void drawLevels(Canvas& canvas, std::span<const Marker> levels, const Mapping& m
                     std::any_of(taken.begin(), taken.end(), [&](const Box& other) { return box.overlaps(other); });
                 if (box.top < panel.top || box.bottom > panel.bottom || meets)
                     continue;
-                canvas.setColour(kWhite, kOpacity);
+                canvas.setColour(canvas.theme().paper, kOpacity);
                 canvas.fill(box);
-                canvas.setColour(kInk);
+                canvas.setColour(canvas.theme().ink);
                 canvas.text(label, sizes.tick, Align::Centre, (box.left + box.right) / 2,
                             box.bottom - kBaseline * sizes.tick.size);
                 taken.push_back(box);

@@ -20,11 +20,4 @@ struct Sizes {
 int leftMargin(int width);
 int rightMargin(int width);
 
-inline constexpr Colour kWhite = {1, 1, 1};
-inline constexpr Colour kInk = {0.13, 0.13, 0.13};   ///< text
-inline constexpr Colour kFrame = {0.35, 0.35, 0.35}; ///< frame and its ticks
-inline constexpr Colour kGrid = {0.87, 0.87, 0.87};
-inline constexpr Colour kZeroLine = {0.66, 0.66, 0.66}; ///< the grid line at 0
-inline constexpr Colour kMarker = {0.30, 0.30, 0.30};
-
 } // namespace scope

@@ -11,24 +11,6 @@ namespace scope {
 
 namespace {
 
-constexpr Colour colour(unsigned rgb)
-{
-    return {(rgb >> 16U) / 255.0, (rgb >> 8U & 0xFFU) / 255.0, (rgb & 0xFFU) / 255.0};
-}
-
-// Well apart for every usual kind of colour vision: the least distance in CIELAB between any two is 26, and
-// 16 with protanopia, deuteranopia or tritanopia. All stand out from white.
-constexpr std::array kColours = {
-    colour(0x0072B2), // blue
-    colour(0xD55E00), // vermilion
-    colour(0x009E73), // green
-    colour(0xCC79A7), // pink
-    colour(0x332288), // indigo
-    colour(0xE69F00), // orange
-    colour(0x56B4E9), // sky
-    colour(0x882255), // wine
-};
-
 constexpr std::array kDashed = {6.0, 2.5};
 constexpr std::array kDotted = {1.5, 2.5};
 constexpr std::array kDashDotted = {7.0, 2.5, 1.5, 2.5};
@@ -38,15 +20,17 @@ constexpr std::array kLightening = {0.0, 0.3, 0.15, 0.4}; // share of white, by 
 
 } // namespace
 
-TraceStyle traceStyle(std::size_t number)
+TraceStyle traceStyle(std::size_t number, const Theme& theme)
 {
-    const Colour pure = kColours[number % kColours.size()];
-    const std::size_t round = number / kColours.size() % kDashes.size();
+    const Colour pure = theme.traces[number % theme.traces.size()];
+    if (theme.everyTraceDashed)
+        return {pure, kDashes[(number + number / kDashes.size()) % kDashes.size()]};
+    const std::size_t round = number / theme.traces.size() % kDashes.size();
     const auto lighter = [&](double part) { return part + (1 - part) * kLightening[round]; };
     return {{lighter(pure.red), lighter(pure.green), lighter(pure.blue)}, kDashes[round]};
 }
 
-Styles::Styles(const Figure& figure)
+Styles::Styles(const Figure& figure, const Theme& theme)
 {
     // Equal labels in one panel are different traces: the second of a name matches the second elsewhere.
     std::map<std::pair<std::string, int>, std::size_t> known;
@@ -58,7 +42,8 @@ Styles::Styles(const Figure& figure)
             const auto [entry, isNew] = known.try_emplace({trace.label, seen[trace.label]++}, labels_.size());
             if (isNew) {
                 labels_.push_back(cleanText(trace.label));
-                styles_.push_back(trace.reference ? TraceStyle{kFrame, kReferenceDashes} : traceStyle(coloured++));
+                styles_.push_back(trace.reference ? TraceStyle{theme.frame, kReferenceDashes}
+                                                  : traceStyle(coloured++, theme));
             }
             numbers.push_back(entry->second);
         }

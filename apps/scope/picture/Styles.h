@@ -15,14 +15,14 @@ struct TraceStyle {
     std::span<const double> dashes; ///< in line widths; empty: solid
 };
 
-/// Well told-apart styles, by number: eight colours, then lighter ones dashed.
-TraceStyle traceStyle(std::size_t number);
+/// Well told-apart styles, by number: the theme's colours, then lighter ones dashed.
+TraceStyle traceStyle(std::size_t number, const Theme& theme);
 
 /// Which style every trace of a figure has. Traces of several panels that share a label share a style; within
 /// a panel all differ.
 class Styles {
 public:
-    explicit Styles(const Figure& figure);
+    Styles(const Figure& figure, const Theme& theme);
 
     TraceStyle of(std::size_t panel, std::size_t trace) const { return styles_[numbers_[panel][trace]]; }
     /// The labels, for the legend; some may be empty.

@@ -29,8 +29,11 @@ fs::path behindLinks(fs::path path)
 
 } // namespace
 
-WholeFile::WholeFile(std::string path) : path_(std::move(path)), target_(behindLinks(path_))
+WholeFile::WholeFile(std::string path) : path_(std::move(path))
 {
+    if (isStandardOutput(path_))
+        return;
+    target_ = behindLinks(path_);
     std::error_code error;
     const fs::file_status status = fs::status(path_, error);
     if (status.type() == fs::file_type::none)
@@ -59,8 +62,22 @@ WholeFile::~WholeFile()
 bool WholeFile::write(const void* data, std::size_t size) noexcept
 {
     const char* next = static_cast<const char*>(data);
+    if (isStandardOutput(path_)) {
+        try {
+            waiting_.append(next, size);
+        } catch (const std::exception&) {
+            error_ = ENOMEM;
+        }
+    } else {
+        writeTo(descriptor_, next, size);
+    }
+    return error_ == 0;
+}
+
+void WholeFile::writeTo(int descriptor, const char* next, std::size_t size) noexcept
+{
     while (error_ == 0 && size > 0) {
-        const ssize_t written = ::write(descriptor_, next, size);
+        const ssize_t written = ::write(descriptor, next, size);
         if (written >= 0) {
             next += written;
             size -= static_cast<std::size_t>(written);
@@ -68,11 +85,16 @@ bool WholeFile::write(const void* data, std::size_t size) noexcept
             error_ = errno;
         }
     }
-    return error_ == 0;
 }
 
 void WholeFile::keep()
 {
+    if (isStandardOutput(path_)) {
+        writeTo(STDOUT_FILENO, waiting_.data(), waiting_.size());
+        if (error_ != 0)
+            fail(error_);
+        return;
+    }
     if (error_ == 0 && close(std::exchange(descriptor_, -1)) != 0)
         error_ = errno;
     if (error_ == 0 && std::rename(temporary_.c_str(), target_.c_str()) != 0)
@@ -84,7 +106,7 @@ void WholeFile::keep()
 
 void WholeFile::fail(int error) const
 {
-    throw std::runtime_error(path_ +
+    throw std::runtime_error((isStandardOutput(path_) ? "standard output" : path_) +
                              ": cannot be written: " + (error == 0 ? "it is no regular file" : std::strerror(error)));
 }
 

@@ -5,9 +5,12 @@
 
 namespace scope {
 
+/// Whether a path means standard output: "-", or with an ending "-.svg". A file of that name is "./-.svg".
+inline bool isStandardOutput(const std::string& path) { return path == "-" || path.starts_with("-."); }
+
 /// A file that appears under its name whole or not at all: what is written goes to a file beside it, which
 /// takes the name when it is kept and disappears otherwise. Of a symbolic link, the file that it names is replaced,
-/// which need not exist. What is there and no regular file, such as a device or a pipe, is refused.
+/// which need not exist. Standard output gets all of it when it is kept. What is there and no regular file, such as a device or a pipe, is refused.
 class WholeFile {
 public:
     /// throws  std::runtime_error, as does `keep`, that names the path and the reason
@@ -21,10 +24,12 @@ public:
     void keep();
 
 private:
+    void writeTo(int descriptor, const char* next, std::size_t size) noexcept;
     [[noreturn]] void fail(int error) const; ///< 0: no regular file
 
     std::string path_;
-    std::string target_; ///< behind symbolic links
+    std::string waiting_; ///< for standard output
+    std::string target_;  ///< behind symbolic links
     std::string temporary_;
     int descriptor_ = -1;
     int error_ = 0;

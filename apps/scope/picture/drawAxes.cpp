@@ -107,11 +107,11 @@ Axis fittingYAxis(const Mapping& mapping, std::string_view unit, const Sizes& si
 void drawGrid(Canvas& canvas, const Mapping& mapping, const Axis& x, const Axis& y, const Sizes& sizes)
 {
     const Box& box = mapping.box();
-    canvas.setColour(kGrid);
+    canvas.setColour(canvas.theme().grid);
     for (const Tick& tick : x.ticks)
         canvas.vertical(mapping.x(tick.at), box.top, box.bottom, sizes.hairline);
     for (const Tick& tick : y.ticks) {
-        canvas.setColour(tick.at == 0 ? kZeroLine : kGrid);
+        canvas.setColour(tick.at == 0 ? canvas.theme().zeroLine : canvas.theme().grid);
         canvas.horizontal(box.left, box.right, mapping.y(tick.at), sizes.hairline);
     }
 }
@@ -119,7 +119,7 @@ void drawGrid(Canvas& canvas, const Mapping& mapping, const Axis& x, const Axis&
 void drawFrame(Canvas& canvas, const Mapping& mapping, const Axis& x, const Axis& y, const Sizes& sizes)
 {
     const Box& box = mapping.box();
-    canvas.setColour(kFrame);
+    canvas.setColour(canvas.theme().frame);
     const double width = sizes.hairline;
     canvas.horizontal(box.left - width / 2, box.right + width / 2, box.top, width);
     canvas.horizontal(box.left - width / 2, box.right + width / 2, box.bottom, width);
@@ -147,7 +147,7 @@ void drawYLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const
     // Up to here there is room for labels, from the bottom up; none where panels are lower than a line of
     // text.
     double lowest = box.height() < sizes.tick.size ? -1 : std::numeric_limits<double>::infinity();
-    canvas.setColour(kInk);
+    canvas.setColour(canvas.theme().ink);
     for (const Tick& tick : axis.ticks) {
         const double y = mapping.y(tick.at);
         if (y > lowest)
@@ -167,7 +167,7 @@ void drawXLabels(Canvas& canvas, const Mapping& mapping, const Axis& axis, const
 {
     const Box& box = mapping.box();
     double free = 0;
-    canvas.setColour(kInk);
+    canvas.setColour(canvas.theme().ink);
     for (const Tick& tick : axis.ticks) {
         const double width = canvas.textWidth(tick.label, sizes.tick);
         const double left = std::min(mapping.x(tick.at) - width / 2, mostRight - width);

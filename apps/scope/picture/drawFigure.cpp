@@ -39,7 +39,7 @@ void drawPanel(Canvas& canvas, const Panel& panel, std::size_t number, const Map
 void drawFigure(Canvas& canvas, const Figure& figure)
 {
     const Sizes sizes(figure.width, figure.height);
-    const Styles styles(figure);
+    const Styles styles(figure, canvas.theme());
     const double left = leftMargin(figure.width);
     const double right = left + plotWidth(figure.width);
     const double mostRight = figure.width - 2 * sizes.scale;
@@ -52,9 +52,9 @@ void drawFigure(Canvas& canvas, const Figure& figure)
                          .strip = positions.height(),
                          .panels = std::max<std::size_t>(1, figure.panels.size())});
 
-    canvas.setColour(kWhite);
+    canvas.setColour(canvas.theme().paper);
     canvas.fill({0, 0, static_cast<double>(figure.width), static_cast<double>(figure.height)});
-    canvas.setColour(kInk);
+    canvas.setColour(canvas.theme().ink);
     canvas.text(canvas.fitted(cleanText(figure.title), sizes.title, mostRight - left), sizes.title, Align::Start, left,
                 layout.titleBaseline);
     legend.draw(canvas, layout.legendTop);

@@ -65,7 +65,7 @@ void drawPointMarks(Canvas& canvas, std::span<const Trace> traces, std::size_t p
         }
     }
 
-    canvas.setColour(kInk);
+    canvas.setColour(canvas.theme().ink);
     const double height = 1.2 * sizes.tick.size;
     for (const Label& label : labels) {
         const double width = canvas.textWidth(label.text, sizes.tick);

@@ -26,7 +26,7 @@ cairo_status_t writeTo(void* file, const unsigned char* data, unsigned size)
 cairo_status_t writePng(const Figure& figure, WholeFile& file)
 {
     const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, figure.width, figure.height));
-    Canvas canvas(*surface, true);
+    Canvas canvas(*surface, true, themeOf(figure.theme));
     drawFigure(canvas, figure);
     return canvas.failed() ? canvas.status() : cairo_surface_write_to_png_stream(surface.get(), writeTo, &file);
 }
@@ -56,7 +56,7 @@ cairo_status_t writeSvg(const Figure& figure, WholeFile& file)
     std::string svg;
     const Surface surface(cairo_svg_surface_create_for_stream(appendTo, &svg, figure.width, figure.height));
     cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
-    Canvas canvas(*surface, false);
+    Canvas canvas(*surface, false, themeOf(figure.theme));
     drawFigure(canvas, figure);
     if (canvas.failed())
         return canvas.status();

@@ -127,9 +127,8 @@ Redraws play(ScopeHost& host, LiveFeed& feed, LiveDisplay& display, FrameWriter&
             return;
         const auto makeFigure = [&] {
             Figure figure = display.figure();
-            figure.width = options.width;
-            figure.height = options.height;
-            figure.title = headingOf(options.title, isStandardInput(options) ? "standard input" : options.file);
+            options.applyTo(figure);
+            figure.title = headingOf(options.title, options.file);
             return figure;
         };
         frames.offer(makeFigure, last ? FrameWriter::IfBusy::Wait : FrameWriter::IfBusy::Drop);

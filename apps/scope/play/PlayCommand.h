@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PictureOptions.h"
 #include "trigger/TriggerSettings.h"
 
 #include <tracery/AbstractTimeDomainPlotter.h>
@@ -11,7 +12,7 @@
 
 namespace scope {
 
-struct PlayOptions {
+struct PlayOptions : PictureOptions {
     std::string file; ///< "-" for standard input
     std::optional<double> rate;
     std::string format = "csv"; ///< of standard input
@@ -23,9 +24,6 @@ struct PlayOptions {
     std::vector<std::string> channels; ///< names or numbers from 1; empty: all
     std::optional<double> from;        ///< seconds; the recording's start when missing
     std::optional<double> span;        ///< seconds; a tenth of the recording when missing, 1 s of standard input
-    int width = 1200;
-    int height = 600;
-    std::string title;
     tracery::TimeOverrunModeEnum overrun = tracery::TimeOverrunModeEnum::Scroll;
     std::optional<TriggerSettings> trigger;
 };

@@ -96,8 +96,7 @@ Figure figureOf(const PowerStatistics& statistics, const std::vector<ChosenChann
     panel.traces.push_back(std::move(reference));
 
     Figure figure;
-    figure.width = options.width;
-    figure.height = options.height;
+    options.applyTo(figure);
     figure.title = headingOf(options.title, options.file);
     figure.xLabel = "Power above average";
     figure.xUnit = "dB";
@@ -110,23 +109,23 @@ Figure figureOf(const PowerStatistics& statistics, const std::vector<ChosenChann
 /// As four decimals show it, without a sign before zero.
 double shown(double level) { return std::round(level * 1e4) / 1e4 + 0.0; }
 
-void printTotals(const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels,
+void printTotals(std::FILE* out, const PowerStatistics& statistics, const std::vector<ChosenChannel>& channels,
                  const std::vector<std::size_t>& live)
 {
     for (const std::size_t i : live) {
         const PowerStatistics::Channel& totals = statistics.channel(i);
         const std::string unit = squared(channels[i].unit);
         const auto line = [&](const char* name, double power) {
-            std::printf("  %-14s %-12.6g %s%s(%.4f %s)\n", name, power, unit.c_str(), unit.empty() ? "" : " ",
-                        shown(decibels(power)),
-                        levelText(LevelUnit::Decibel, SpectrumScale::Power, channels[i].unit).c_str());
+            std::fprintf(out, "  %-14s %-12.6g %s%s(%.4f %s)\n", name, power, unit.c_str(), unit.empty() ? "" : " ",
+                         shown(decibels(power)),
+                         levelText(LevelUnit::Decibel, SpectrumScale::Power, channels[i].unit).c_str());
         };
-        std::printf("%s: %llu %s\n", channels[i].label.c_str(), static_cast<unsigned long long>(totals.samples),
-                    totals.samples == 1 ? "sample" : "samples");
+        std::fprintf(out, "%s: %llu %s\n", channels[i].label.c_str(), static_cast<unsigned long long>(totals.samples),
+                     totals.samples == 1 ? "sample" : "samples");
         line("average power", totals.average());
         line("peak power", totals.peak);
-        std::printf("  %-14s %.4f dB\n  %-14s %.4f %%\n", "PAPR", shown(decibels(totals.peak / totals.average())),
-                    "above average", 100 * static_cast<double>(totals.above) / static_cast<double>(totals.samples));
+        std::fprintf(out, "  %-14s %.4f dB\n  %-14s %.4f %%\n", "PAPR", shown(decibels(totals.peak / totals.average())),
+                     "above average", 100 * static_cast<double>(totals.above) / static_cast<double>(totals.samples));
     }
 }
 
@@ -155,8 +154,8 @@ void runCcdf(const CcdfOptions& options)
         writeText(output.path, tableOf(statistics, channels, live));
     else
         writeFigure(figureOf(statistics, channels, live, options), output.path);
-    std::printf("%s\n", output.path.c_str());
-    printTotals(statistics, channels, live);
+    announce(output.path);
+    printTotals(output.report(), statistics, channels, live);
 }
 
 } // namespace scope

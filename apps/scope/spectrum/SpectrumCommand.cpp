@@ -185,8 +185,7 @@ Figure figureOf(const std::vector<double>& frequencies, const std::vector<Curve>
         sorter.add(curve.unit, curve.unit, std::move(trace), seen);
     }
     Figure figure;
-    figure.width = options.width;
-    figure.height = options.height;
+    options.applyTo(figure);
     figure.xLabel = "Frequency";
     figure.xUnit = "Hz";
     figure.xMin = frequencies.front();
@@ -198,16 +197,18 @@ Figure figureOf(const std::vector<double>& frequencies, const std::vector<Curve>
     return figure;
 }
 
-void printPeaks(const std::vector<Curve>& curves, const SpectrumOptions& options, double binWidth, bool complex)
+void printPeaks(std::FILE* out, const std::vector<Curve>& curves, const SpectrumOptions& options, double binWidth,
+                bool complex)
 {
     const bool linear = options.unit == LevelUnit::Linear;
     const int decimals = std::max(0, -lastDigit(binWidth));
     for (const Curve& curve : curves) {
         if (!curve.peaks.empty())
-            std::printf("%s: peaks (Hz, %s)\n", curve.label.c_str(), curve.unit.empty() ? "power" : curve.unit.c_str());
+            std::fprintf(out, "%s: peaks (Hz, %s)\n", curve.label.c_str(),
+                         curve.unit.empty() ? "power" : curve.unit.c_str());
         for (std::size_t i = 0; i < curve.peaks.size(); ++i)
-            std::printf(linear ? "%4zu %16.*f %12.6g\n" : "%4zu %16.*f %12.2f\n", i + 1, decimals,
-                        curve.peaks[i].frequency, levelOf(curve.peaks[i].power, options.unit, complex));
+            std::fprintf(out, linear ? "%4zu %16.*f %12.6g\n" : "%4zu %16.*f %12.2f\n", i + 1, decimals,
+                         curve.peaks[i].frequency, levelOf(curve.peaks[i].power, options.unit, complex));
     }
 }
 
@@ -265,8 +266,9 @@ void runSpectrum(const SpectrumOptions& options)
         figure.title = headingOf(options.title, options.file) + (options.title.empty() ? ": " + summary : "");
         writeFigure(figure, output.path);
     }
-    std::printf("%s\n%s\n", output.path.c_str(), summary.c_str());
-    printPeaks(curves, options, estimate.binWidth(), info.complex);
+    announce(output.path);
+    std::fprintf(output.report(), "%s\n", summary.c_str());
+    printPeaks(output.report(), curves, options, estimate.binWidth(), info.complex);
 }
 
 } // namespace scope

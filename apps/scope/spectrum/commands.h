@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PictureOptions.h"
 #include "StretchReader.h"
 #include "spectrum/LevelUnit.h"
 #include "spectrum/WindowFunction.h"
@@ -12,15 +13,12 @@
 namespace scope {
 
 /// What is measured, and where the result goes.
-struct MeasureOptions {
+struct MeasureOptions : PictureOptions {
     std::string file;
     std::optional<double> rate;        ///< samples per second, for files that do not tell
     std::vector<std::string> channels; ///< names or numbers from 1; empty: all
     Stretch stretch;
     std::string output; ///< a picture or a table; empty: a picture named after the file and the command
-    std::string title;
-    int width = 1200;
-    int height = 600;
 };
 
 struct SpectrumOptions : MeasureOptions {
