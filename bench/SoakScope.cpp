@@ -55,10 +55,15 @@ void SoakScope::drawAll()
     if (!(to > drawnTo_))
         return;
     newest_ = last;
-    drawSweep(drawnTo_, to);
-    updateStatistics(drawnTo_, to);
+    // In slices: what a display that was held up has to catch up with takes no more memory.
+    while (drawnTo_ < to) {
+        const double step = std::max(1.0, std::round(settings_.refresh / settings_.framePeriod()));
+        const double end = std::min(to, drawnTo_ + step * settings_.framePeriod());
+        drawSweep(drawnTo_, end);
+        updateStatistics(drawnTo_, end);
+        drawnTo_ = end;
+    }
     drawTriggered(last);
-    drawnTo_ = to;
 }
 
 HostArrayPtr SoakScope::read(std::uint64_t port, double from, double to) const
@@ -73,7 +78,7 @@ HostArrayPtr SoakScope::read(std::uint64_t port, double from, double to) const
 
 void SoakScope::drawSweep(double from, double to)
 {
-    sweep_.setEndTime(newest_);
+    sweep_.setEndTime(to - settings_.framePeriod() / 2);
     const double start = sweep_.getTimeOverrunModeController()->calculateStartTime();
     if (start != sweep_.getStartTime())
         sweep_.clearLines();

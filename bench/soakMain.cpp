@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -92,7 +93,7 @@ int soak(const SoakSettings& settings)
     const HostScope attached(host);
     publishClasses(host.objects());
     const double period = settings.framePeriod();
-    const auto kept = static_cast<std::uint64_t>(1 / period) + 2; // a second
+    const auto kept = static_cast<std::uint64_t>(2 / period) + 2; // seconds that the display may be late
     TimeBuffer buffer({kept}, TimeBuffer::Counts(settings.ports, settings.frame), TimeBuffer::Counts(settings.ports, 1),
                       settings.ports, BufferType::SingleRate,
                       std::vector<HostComplexity>(settings.ports, HostComplexity::real), true);
@@ -100,6 +101,7 @@ int soak(const SoakSettings& settings)
     SoakSource source(buffer, settings);
 
     const double warmUp = std::min(5.0, settings.seconds / 4);
+    const double interval = std::clamp(settings.seconds / 6, 1.0, 60.0);
     double atStart = 0;
     double nextReport = warmUp;
     for (double now = 0; now < settings.seconds;
@@ -113,7 +115,7 @@ int soak(const SoakSettings& settings)
             atStart = memory;
         std::printf("after %6.0f s: %.1f MB\n", now, memory);
         std::fflush(stdout);
-        nextReport = nextReport == warmUp ? 60 : nextReport + 60;
+        nextReport += interval - std::fmod(nextReport, interval);
     }
     const double elapsed = std::chrono::duration<double>(Clock::now() - source.begin()).count();
     const double atEnd = residentMegabytes();
