@@ -1,6 +1,7 @@
 // A running display, driven as a host drives it, while its settings change at random to valid and odd values. The
 // environment variable TRACERY_SETTING_CHANGES says how many of them.
 
+#include "scheduling/RandomValues.h"
 #include "support/LineDisplay.h"
 
 #include <tracery/DrawScheduler.h>
@@ -15,7 +16,6 @@
 #include <cstdlib>
 #include <functional>
 #include <limits>
-#include <random>
 #include <string>
 
 using namespace tracery;
@@ -25,7 +25,6 @@ namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kMost = std::numeric_limits<double>::max();
 constexpr double kStep = 1.0 / 1024; // seconds between samples: all times are exact
 constexpr int kFrame = 16;
 constexpr std::size_t kMostPoints = 20000; // that a line keeps
@@ -54,7 +53,7 @@ private:
     double timeout_ = 0;
 };
 
-class RunningDisplay {
+class RunningDisplay : RandomValues {
 public:
     RunningDisplay()
     {
@@ -71,15 +70,15 @@ public:
     std::string step()
     {
         broken_.clear();
-        const Setting& setting = settings_[random_() % settings_.size()];
+        const Setting& setting = settings_[below(settings_.size())];
         try {
             refuse([&] { setting.change(); });
-            for (std::size_t blocks = random_() % 3; blocks > 0; --blocks)
-                write(1 + random_() % 20);
-            timerUp_ = random_() % 4 != 0;
+            for (std::size_t blocks = below(3); blocks > 0; --blocks)
+                write(1 + below(20));
+            timerUp_ = below(4) != 0;
             refuse([&] {
                 scheduler_.DataAddedToLine(true);
-                scheduler_.TaskComplete(random_() % 8 == 0);
+                scheduler_.TaskComplete(below(8) == 0);
             });
         } catch (const std::exception& error) {
             expect(false, std::string("an error that is not identified: ") + error.what());
@@ -114,26 +113,7 @@ private:
         }
     }
 
-    // ---- Random values
-
-    /// A number that makes sense, or one in eight times one that hardly does.
-    double number(double low, double high)
-    {
-        constexpr double kOdd[] = {kNaN, kInf, -kInf, 0, -1, 1e308, -1e308, 5e-324, 1e-9, -0.0};
-        if (random_() % 8 == 0)
-            return kOdd[random_() % std::size(kOdd)];
-        return std::uniform_real_distribution<double>(low, high)(random_);
-    }
-    template <class Enum>
-    Enum choice(int low, int high)
-    {
-        const int odd = random_() % 16 == 0 ? 3 : 0;
-        return static_cast<Enum>(std::uniform_int_distribution<int>(low - odd, high + odd)(random_));
-    }
-    /// 1 or 2, and sometimes what there is not.
-    std::uint32_t source() { return static_cast<std::uint32_t>(random_() % (random_() % 16 == 0 ? 4 : 2) + 1) % 4; }
-    bool flip() { return random_() % 2 == 0; }
-    double offset() { return kOffsets[random_() % (random_() % 4 == 0 ? std::size(kOffsets) : 4)]; }
+    double offset() { return kOffsets[below(below(4) == 0 ? std::size(kOffsets) : 4)]; }
 
     // ---- Settings
 
@@ -179,13 +159,13 @@ private:
             {"display offset",
              [this] {
                  const double offsets[] = {offset(), offset()};
-                 display_.setTimeDisplayOffset(offsets, random_() % 3);
+                 display_.setTimeDisplayOffset(offsets, below(3));
              }},
             {"sample times",
              [this] {
                  const double times[] = {number(0, 1), number(0, 1)};
-                 display_.setSampleTimes(times, random_() % 3);
-                 display_.getLengthOfChannelsWriteable().assign(random_() % 3, number(1, 20));
+                 display_.setSampleTimes(times, below(3));
+                 display_.getLengthOfChannelsWriteable().assign(below(3), number(1, 20));
              }},
             {"columns", [this] { columns_ = number(1, 2000); }},
             {"magnitude", [this] { display_.setPlotMagPhase(flip()); }},
@@ -206,9 +186,9 @@ private:
         const std::pair<const char*, std::function<void()>> all[] = {
             {"capacity",
              [this] {
-                 TimeBuffer::Counts steps(random_() % 4);
+                 TimeBuffer::Counts steps(below(4));
                  for (std::uint64_t& each : steps)
-                     each = random_() % 16 == 0 ? random_() % 2 << 62 : random_() % 400;
+                     each = below(16) == 0 ? below(2) << 62 : below(400);
                  buffer_.SetMaxNumTimeSteps(steps);
              }},
             {"frames",
@@ -216,7 +196,7 @@ private:
                  framed_ = flip();
                  shape();
              }},
-            {"extents", [this] { buffer_.SetMaxDimensions(std::vector<int>(random_() % 3, -1), random_() % 4); }},
+            {"extents", [this] { buffer_.SetMaxDimensions(std::vector<int>(below(3), -1), below(4)); }},
             {"data, by a clear", [this] { flip() ? buffer_.Clear() : buffer_.clearUptoLastTime(); }},
             {"data, by a step back",
              [this] {
@@ -225,7 +205,7 @@ private:
                  const double last = buffer_.GetLastTime();
                  if (std::isfinite(last)) // the simulation goes on from there
                      next_ = static_cast<std::int64_t>(std::round(last / kStep)) + (framed_ ? kFrame : 1);
-                 forgetDrawn();
+                 drawnTo_ = -kInf;
              }},
         };
         for (const auto& [name, change] : all)
@@ -376,15 +356,12 @@ private:
             expect(event >= 0 && event <= static_cast<double>(newestEver_) * kStep, "an event outside the data");
     }
 
-    void forgetDrawn() { drawnTo_ = -kInf; }
-
     struct PublishingHost : embedded::EmbeddedHost {
         PublishingHost() { publishClasses(objects()); }
     };
 
     PublishingHost host_;
     HostScope attached_{host_};
-    std::mt19937 random_{20};
     TimeBuffer buffer_;
     TimeDomainTriggerController trigger_;
     LineDisplay display_{host_, 3};

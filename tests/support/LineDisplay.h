@@ -10,8 +10,8 @@
 
 namespace tracery::test {
 
-/// A time display as a host makes it: its lines are objects of the embedded host, which keeps the points that are drawn.
-/// The host outlives the display and has the library's classes.
+/// A time display as a host makes it: its lines are objects of the embedded host, which keeps the points that are
+/// drawn. The host outlives the display and has the library's classes.
 class LineDisplay : public AbstractTimeDomainPlotter {
 public:
     LineDisplay(embedded::EmbeddedHost& host, std::size_t count) : host_(host)

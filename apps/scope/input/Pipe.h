@@ -12,7 +12,7 @@ namespace scope {
 class Pipe {
 public:
     /// descriptor  stays open, and the caller's; name  for people
-    /// stopAt      another descriptor of the caller's: once it is readable, reading fails, also one that waits; -1 is none
+    /// stopAt      another descriptor of the caller's: once it is readable, reading fails, also one that waits; or -1
     Pipe(int descriptor, std::string name, int stopAt = -1);
     ~Pipe();
     Pipe(const Pipe&) = delete;

@@ -11,7 +11,7 @@ public:
     Interrupt& operator=(const Interrupt&) = delete;
 
     bool came() const noexcept;
-    /// A descriptor that becomes readable when it comes, for those who wait for others; -1 when the system has none left.
+    /// A descriptor that becomes readable when it comes, for those who wait; -1 when the system has none left.
     int descriptor() const noexcept;
 };
 
