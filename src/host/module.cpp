@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <list>
 #include <memory>
-#include <ranges>
 #include <utility>
 
 namespace tracery {
@@ -97,9 +96,9 @@ void releaseScheduler(const Host* leaving)
     const Host* listened = DrawScheduler::getInstance()->getCommitHost();
     if (listened != nullptr && listened != leaving)
         return;
-    const auto newestFirst = registrations() | std::views::reverse;
-    const auto next = std::ranges::find_if(newestFirst, [](const auto& r) { return r.features && !r.terminated; });
-    if (next == newestFirst.end())
+    const auto& all = registrations();
+    const auto next = std::find_if(all.rbegin(), all.rend(), [](const auto& r) { return r.features && !r.terminated; });
+    if (next == all.rend())
         return DrawScheduler::shutDown();
     const HostScope attached(*next->host.lock());
     if (listened != nullptr)
