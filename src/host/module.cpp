@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <list>
 #include <memory>
-#include <ranges>
 #include <utility>
 
 namespace tracery {
@@ -97,9 +96,10 @@ void releaseScheduler(const Host* leaving)
     const Host* listened = DrawScheduler::getInstance()->getCommitHost();
     if (listened != nullptr && listened != leaving)
         return;
-    const auto newestFirst = registrations() | std::views::reverse;
-    const auto next = std::ranges::find_if(newestFirst, [](const auto& r) { return r.features && !r.terminated; });
-    if (next == newestFirst.end())
+    const auto end = registrations().rend();
+    const auto next =
+        std::find_if(registrations().rbegin(), end, [](const auto& r) { return r.features && !r.terminated; });
+    if (next == end)
         return DrawScheduler::shutDown();
     const HostScope attached(*next->host.lock());
     if (listened != nullptr)

@@ -117,7 +117,8 @@ void Module::start(void (*initialize)())
     try {
         for (const auto& [name, body] : functionsOf(*table_))
             functions_.lend(
-                name, [body](HostInputs inputs, std::size_t wanted) { return callFunction(body, inputs, wanted); },
+                name,
+                [body = body](HostInputs inputs, std::size_t wanted) { return callFunction(body, inputs, wanted); },
                 this);
         initialize();
     } catch (...) {
