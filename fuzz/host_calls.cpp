@@ -421,7 +421,7 @@ World::World()
 
 } // namespace
 
-void tracery::fuzz::runInput(Bytes& bytes)
+void fuzz::runInput(Bytes& bytes)
 {
     world();
     Session session(bytes);
