@@ -70,6 +70,13 @@ public:
             c = static_cast<char>(byte());
         return made;
     }
+    /// All bytes that are left.
+    std::string rest()
+    {
+        std::string left(next_, end_);
+        next_ = end_;
+        return left;
+    }
 
 private:
     const std::uint8_t* next_;
