@@ -1,7 +1,7 @@
 // Calls of any kind, in any order and with any arguments, to all classes that the host knows, as they describe
 // themselves. What is refused must be refused with an identifier, and nothing may be left behind.
 
-#include "Bytes.h"
+#include "arrays.h"
 
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Error.h>
@@ -21,7 +21,10 @@ using embedded::ClassListing;
 using embedded::EmbeddedHost;
 using embedded::MethodListing;
 using embedded::PropertyListing;
+using fuzz::anyExtents;
 using fuzz::Bytes;
+using fuzz::Extents;
+using fuzz::numbersOf;
 
 namespace {
 
@@ -96,10 +99,7 @@ public:
         default:
             break;
         }
-        HostOutputs outputs;
-        for (std::size_t i = bytes_.below(4) == 0 ? bytes_.below(3) : wanted; i > 0; --i)
-            outputs.push_back(anyValue());
-        return outputs;
+        return someValues(bytes_.below(4) == 0 ? bytes_.below(3) : wanted);
     }
 
 private:
@@ -256,8 +256,8 @@ private:
         const bool scalar = wanted->getShape() == COSDataType::Shape::scalar;
         switch (wanted->getBase()) {
         case COSDataType::Base::double_:
-            return numbers(HostComplexity::real,
-                           scalar ? Extents{1, 1} : Extents{1 + bytes_.below(3), 1 + bytes_.below(3)});
+            return numbersOf(bytes_, HostComplexity::real,
+                             scalar ? Extents{1, 1} : Extents{1 + bytes_.below(3), 1 + bytes_.below(3)});
         case COSDataType::Base::uint32: {
             HostArrayPtr array(createDoubleMatrix(1, 1, HostComplexity::real));
             getRealData(array.get())[0] = bytes_.below(16) != 0 ? static_cast<double>(bytes_.below(8)) : 4294967295.0;
@@ -265,8 +265,6 @@ private:
         }
         case COSDataType::Base::logical:
             return HostArrayPtr(createLogicalScalar(bytes_.flag()));
-        case COSDataType::Base::asciiString:
-            return HostArrayPtr(createString(bytes_.text(12).c_str()));
         default: {
             std::vector<HostObjectRef> fitting;
             std::ranges::copy_if(objects_, std::back_inserter(fitting), [&](const HostObjectRef& each) {
@@ -277,54 +275,24 @@ private:
         }
     }
 
-    using Extents = std::vector<std::uint64_t>;
-    /// Of few elements, but for empty arrays also of huge extents.
-    Extents extents()
-    {
-        constexpr std::uint64_t kSome[] = {
-            0, 1, 1, 1, 2, 2, 3, 4, 5, 8, 17, std::uint64_t{1} << 31, std::uint64_t{1} << 62};
-        Extents all(1 + (bytes_.below(4) != 0 ? 1 : bytes_.below(5)));
-        std::uint64_t count = 1;
-        for (auto& extent : all) {
-            extent = bytes_.oneOf(kSome);
-            count = count != 0 && extent > 300 / count ? 0 : count * extent;
-        }
-        if (count == 0)
-            all.front() = 0;
-        return all;
-    }
-    HostArrayPtr numbers(HostComplexity complexity, const Extents& all)
-    {
-        HostArrayPtr array(createNumericArray(all.size(), all.data(), HostClassID::double_, complexity));
-        for (double* part : {getRealData(array.get()), getImagData(array.get())}) {
-            double value = bytes_.number();
-            const double step = bytes_.number();
-            const bool even = bytes_.flag();
-            for (std::uint64_t i = 0; part != nullptr && i < getNumberOfElements(array.get()); ++i) {
-                part[i] = value;
-                value = even || i > 16 ? value + step : bytes_.number();
-            }
-        }
-        return array;
-    }
     HostArrayPtr anyValue()
     {
         switch (bytes_.below(12)) {
         case 0:
             return nullptr;
         case 1:
-            return numbers(HostComplexity::complex, extents());
+            return numbersOf(bytes_, HostComplexity::complex, anyExtents(bytes_));
         case 2:
             return HostArrayPtr(createString(bytes_.text(12).c_str()));
         case 3: {
-            const Extents all = extents();
+            const Extents all = anyExtents(bytes_);
             HostArrayPtr array(createLogicalArray(all.size(), all.data()));
             for (std::uint64_t i = 0; i < getNumberOfElements(array.get()); ++i)
                 getLogicals(array.get())[i] = bytes_.flag();
             return array;
         }
         case 4: {
-            const Extents all = extents();
+            const Extents all = anyExtents(bytes_);
             HostArrayPtr cell(createCellArray(all.size(), all.data()));
             if (depth_ < 3 && getNumberOfContainedElements(cell.get()) > 0) {
                 ++depth_;
@@ -334,7 +302,7 @@ private:
             return cell;
         }
         case 5: {
-            const Extents all = extents();
+            const Extents all = anyExtents(bytes_);
             const HostObjectRef object = anyObject();
             const char* name = object != nullptr ? object->className() : "any.Class";
             HostArrayPtr array(createObjectArray(name, all.size(), all.data()));
@@ -347,7 +315,8 @@ private:
             return object != nullptr ? omCreateScalar(object) : nullptr;
         }
         case 7: {
-            HostArrayPtr array = numbers(bytes_.flag() ? HostComplexity::complex : HostComplexity::real, extents());
+            HostArrayPtr array =
+                numbersOf(bytes_, bytes_.flag() ? HostComplexity::complex : HostComplexity::real, anyExtents(bytes_));
             const bool empty = isEmpty(array.get());
             setRealData(array.get(), empty ? static_cast<double*>(allocateMemory(8)) : nullptr);
             return array;
@@ -355,7 +324,7 @@ private:
         case 8:
             return HostArrayPtr(values_.empty() ? nullptr : duplicateArray(bytes_.oneOf(values_).get()));
         default:
-            return numbers(HostComplexity::real, bytes_.flag() ? Extents{1, 1} : extents());
+            return numbersOf(bytes_, HostComplexity::real, bytes_.flag() ? Extents{1, 1} : anyExtents(bytes_));
         }
     }
 

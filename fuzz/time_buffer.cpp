@@ -1,10 +1,12 @@
 // A TimeBuffer beside its plain model; or alone, with times and arguments of any kind.
 
-#include "Bytes.h"
+#include "arrays.h"
 #include "buffers/TimeBufferModel.h"
 
 using namespace tracery;
+using fuzz::anyExtents;
 using fuzz::Bytes;
+using fuzz::numbersOf;
 
 namespace {
 
@@ -31,24 +33,11 @@ private:
             each = count();
         return all;
     }
-    std::vector<double> numbers(std::size_t count)
-    {
-        std::vector<double> all(count);
-        for (double& each : all)
-            each = bytes_.number();
-        return all;
-    }
     HostArrayPtr array()
     {
         if (bytes_.below(16) == 0)
             return bytes_.flag() ? nullptr : HostArrayPtr(createLogicalScalar(true));
-        const std::uint64_t rows = bytes_.below(5), columns = bytes_.below(5);
-        HostArrayPtr made(
-            createDoubleMatrix(rows, columns, bytes_.flag() ? HostComplexity::real : HostComplexity::complex));
-        for (double* part : {getRealData(made.get()), getImagData(made.get())})
-            if (part != nullptr)
-                std::ranges::copy(numbers(static_cast<std::size_t>(rows * columns)), part);
-        return made;
+        return numbersOf(bytes_, bytes_.flag() ? HostComplexity::real : HostComplexity::complex, anyExtents(bytes_));
     }
 
     void act()
@@ -86,7 +75,7 @@ private:
             buffer_.GetTimeAndValue(port, time, value, bytes_.number(), bytes_.number(), bytes_.flag());
             break;
         case 9: {
-            std::vector<double> limits = numbers(bytes_.below(16) != 0 ? 4 : 3);
+            std::vector<double> limits(bytes_.below(16) != 0 ? 4 : 3);
             buffer_.GetTimeAndValueInterleaved(port, value, limits, bytes_.number(), bytes_.number(), bytes_.number(),
                                                bytes_.number(), count(), count(), bytes_.flag(), bytes_.number(),
                                                static_cast<std::int32_t>(count()), bytes_.flag(), bytes_.flag());
