@@ -65,7 +65,7 @@ TEST(ScopeDisplayTest, ShowsTheSamplesOfItsWindowHoweverTheyCome)
                     expected.times.push_back(times[i]);
                     expected.values.push_back(values[i]);
                 }
-            for (const std::size_t mostSteps : {1, 2, 50, 1000})
+            for (const std::size_t mostSteps : {1U, 2U, 50U, 1000U})
                 EXPECT_EQ(show(mode, times, values, mostSteps, random), expected) << end << ' ' << mostSteps;
         }
     }
