@@ -1,8 +1,9 @@
-// What all fuzz targets share: a limit to what one allocation may take, and failed expectations that end the program.
+// What all fuzz targets share: limits to what they may allocate, and failed expectations that end the program.
 
 #include "Bytes.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -10,26 +11,41 @@
 
 namespace {
 
-constexpr std::size_t kLargest = std::size_t{1} << 24;
-std::atomic<std::size_t> largestAllocation = ~std::size_t{0}; // the fuzzer's own may be larger
+constexpr std::size_t kLargest = std::size_t{1} << 24, kMost = std::size_t{1} << 29;
+std::atomic<bool> limited = false; // the fuzzer's own allocations are not
+std::atomic<std::size_t> held = 0;
 
-void* allocate(std::size_t bytes)
+void* allocate(std::size_t bytes) noexcept
 {
-    if (bytes <= largestAllocation)
-        if (void* memory = std::malloc(bytes != 0 ? bytes : 1))
-            return memory;
+    if (limited && (bytes > kLargest || held + bytes > kMost))
+        return nullptr;
+    void* memory = std::malloc(bytes != 0 ? bytes : 1);
+    held += malloc_usable_size(memory);
+    return memory;
+}
+
+void* allocateOrThrow(std::size_t bytes)
+{
+    if (void* memory = allocate(bytes))
+        return memory;
     throw std::bad_alloc();
+}
+
+void release(void* memory) noexcept
+{
+    held -= malloc_usable_size(memory);
+    std::free(memory);
 }
 
 } // namespace
 
-void* operator new(std::size_t bytes) { return allocate(bytes); }
-void* operator new[](std::size_t bytes) { return allocate(bytes); }
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return std::malloc(bytes != 0 ? bytes : 1); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new(std::size_t bytes) { return allocateOrThrow(bytes); }
+void* operator new[](std::size_t bytes) { return allocateOrThrow(bytes); }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return allocate(bytes); }
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
 
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" const char* __asan_default_options();
@@ -43,8 +59,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     GTEST_FLAG_SET(throw_on_failure, true);
     tracery::fuzz::Bytes bytes(data, size);
-    largestAllocation = kLargest;
+    limited = true;
     tracery::fuzz::runInput(bytes);
-    largestAllocation = ~std::size_t{0};
+    limited = false;
     return 0;
 }
