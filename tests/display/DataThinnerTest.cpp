@@ -1,33 +1,14 @@
-#include <tracery/DataThinner.h>
-
-#include <gtest/gtest.h>
+#include "display/NaiveThinner.h"
+#include "support/Expect.h"
 
 #include <bit>
-#include <cmath>
-#include <cstring>
-#include <limits>
 #include <random>
-#include <vector>
 
 using namespace tracery;
+using namespace naive;
+using test::sameBits;
 
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-
-using Doubles = std::vector<double>;
-
-double noInf(double x) { return std::isinf(x) ? kNaN : x; }
-
-/// Bit for bit, so that signed zeros and the payload of a NaN count.
-::testing::AssertionResult sameBits(const Doubles& a, const Doubles& b)
-{
-    if (a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << ::testing::PrintToString(a) << "\n differs from\n"
-                                         << ::testing::PrintToString(b);
-}
 
 /// Times and values that try everything: gaps, infinities, ties, signed zeros, standing and backward clocks.
 class Hostile {
@@ -55,39 +36,6 @@ private:
 };
 
 // ---- Batch
-
-/// The rule written out point by point.
-Doubles naiveBatch(const Doubles& data, double ratio, double& pixelStart)
-{
-    Doubles out;
-    double minV = kInf, minT = kInf, maxV = -kInf, maxT = -kInf;
-    bool pending = false;
-    for (std::size_t k = 0; k < data.size(); k += 2) {
-        const double t = data[k], v = data[k + 1], d = t - pixelStart;
-        if (pixelStart == -kInf || d * ratio >= 0.5 || std::isnan(pixelStart)) {
-            if (pending) {
-                const bool maxFirst = maxT < minT;
-                out.insert(out.end(), {noInf(maxFirst ? maxT : minT), noInf(maxFirst ? maxV : minV)});
-                if (maxT != minT)
-                    out.insert(out.end(), {noInf(maxFirst ? minT : maxT), noInf(maxFirst ? minV : maxV)});
-            }
-            out.insert(out.end(), {noInf(t), noInf(v)});
-            pixelStart = t;
-            minV = minT = kInf;
-            maxV = maxT = -kInf;
-            pending = false;
-        } else if (std::isnan(t) || d == 0.0) {
-            out.insert(out.end(), {t, v});
-        } else {
-            if (std::isnan(v) || maxV <= v)
-                maxV = v, maxT = t;
-            if (std::isnan(v) || v <= minV)
-                minV = v, minT = t;
-            pending = true;
-        }
-    }
-    return out;
-}
 
 HostArrayPtr asArray(const Doubles& pairs)
 {
@@ -131,7 +79,7 @@ TEST(DataThinnerTest, BatchAgreesWithTheRuleOnHostileLinesCutAnywhere)
             const bool continued = hostile.below(4) != 0;
             if (!continued)
                 pixelStart = -kInf;
-            const Doubles expected = naiveBatch(pairs, ratio, pixelStart);
+            const Doubles expected = thinBatch(pairs, ratio, pixelStart);
             ASSERT_TRUE(sameBits(thin(thinner, pairs, ratio, continued), expected)) << "seed " << seed;
         }
     }
@@ -174,69 +122,12 @@ TEST(DataThinnerTest, BatchTakesNoMorePointsThanThereAre)
 
 // ---- Streaming
 
-/// The streaming rule written out for one channel, real or complex, with extremes enabled or not.
-struct NaiveChannel {
-    double min = kInf, max = -kInf, minImag = kInf, maxImag = -kInf, minTime = kInf, maxTime = -kInf;
-    bool hasData = false;
-
-    Doubles accumulators() const { return {min, max, minImag, maxImag, minTime, maxTime}; }
-
-    void fold(double t, double v, double w, bool complex)
-    {
-        if (v >= max || std::isnan(v))
-            max = v, maxTime = t;
-        if (v <= min || std::isnan(v))
-            min = v, minTime = t;
-        if (complex && (w >= maxImag || std::isnan(w)))
-            maxImag = w;
-        if (complex && (w <= minImag || std::isnan(w)))
-            minImag = w;
-        hasData = true;
-    }
-
-    void emit(Doubles& out, bool complex, bool enabled)
-    {
-        if (enabled && maxTime < minTime) {
-            std::swap(min, max);
-            std::swap(minImag, maxImag);
-            std::swap(minTime, maxTime);
-        }
-        if (enabled)
-            out[0] = minTime, out[3] = maxTime;
-        out[1] = enabled ? noInf(min) : kNaN;
-        out[4] = enabled ? noInf(max) : kNaN;
-        if (complex) {
-            out[2] = enabled ? noInf(minImag) : kNaN;
-            out[5] = enabled ? noInf(maxImag) : kNaN;
-        }
-        min = kInf, max = -kInf;
-    }
-
-    void open(Doubles& out, double t, double v, double w, bool complex)
-    {
-        out[6] = t;
-        out[7] = noInf(v);
-        if (complex)
-            out[8] = noInf(w);
-        hasData = false;
-    }
-};
-
-Doubles accumulators(const DataThinner& thinner, std::size_t channel)
-{
-    using enum ThinDataMinMax;
-    const int c = static_cast<int>(channel);
-    return {thinner.getPixelMinMaxValue(c, Min),           thinner.getPixelMinMaxValue(c, Max),
-            thinner.getPixelMinMaxImgValue(channel, Min),  thinner.getPixelMinMaxImgValue(channel, Max),
-            thinner.getPixelMinMaxTimeValue(channel, Min), thinner.getPixelMinMaxTimeValue(channel, Max)};
-}
-
 TEST(DataThinnerTest, StreamingAgreesWithTheRuleOnHostileChannels)
 {
     for (unsigned seed = 0; seed < 1000; ++seed) {
         Hostile hostile(seed);
         const bool complex = hostile.below(2) == 0, sometimesDisabled = hostile.below(4) == 0;
-        std::vector<NaiveChannel> model(1 + hostile.below(4));
+        std::vector<ThinnedChannel> model(1 + hostile.below(4));
         DataThinner thinner;
         for (std::size_t c = 0; c < model.size(); ++c)
             thinner.initDataThinningMinMax();
@@ -247,7 +138,7 @@ TEST(DataThinnerTest, StreamingAgreesWithTheRuleOnHostileChannels)
         for (int step = 0; step < 150; ++step) {
             if (hostile.below(100) == 0) {
                 thinner.reset();
-                model.assign(model.size(), NaiveChannel());
+                model.assign(model.size(), ThinnedChannel());
             }
             double time = hostile.time();
             const double d = time - last;
