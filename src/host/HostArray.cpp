@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstring>
 #include <limits>
-#include <new>
 #include <span>
 #include <variant>
 #include <vector>
@@ -36,7 +35,7 @@ struct ObjectData {
     std::vector<HostObjectRef> elements;
 };
 
-/// Zero-filled; null for no elements. calloc lets large arrays stay untouched pages until they are written.
+/// Zero-filled; null for no elements.
 template <class T>
 Buffer<T> zeros(std::uint64_t count)
 {
@@ -44,10 +43,7 @@ Buffer<T> zeros(std::uint64_t count)
         return nullptr;
     if (count > std::numeric_limits<std::size_t>::max() / sizeof(T) / 2)
         throw Error(errors::InvalidArray, "the extents need more memory than can be addressed");
-    void* memory = std::calloc(count, sizeof(T));
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return Buffer<T>(static_cast<T*>(memory));
+    return Buffer<T>(static_cast<T*>(allocateZeros(count * sizeof(T))));
 }
 
 template <class T>
