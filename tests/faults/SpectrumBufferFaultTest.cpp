@@ -46,9 +46,9 @@ TEST(SpectrumBufferFaultTest, AnOperationThatRunsOutOfMemoryHasNotHappened)
          }},
         {"getters",
          [](auto& b) {
-             HandedOut<5> out;
-             out[0] = b.getAvailableSegments(), out[1] = b.getComplexityFlag(), out[2] = b.GetType();
-             out[3] = b.getCCDFHistogram(), out[4] = b.getCCDFTotalUnbinned();
+             HostArrayPtr result(b.getAvailableSegments());
+             result.reset(b.getComplexityFlag()), result.reset(b.GetType());
+             result.reset(b.getCCDFHistogram()), result.reset(b.getCCDFTotalUnbinned());
          }},
         {"a new buffer", [](auto&) { TestBuffer(16, 0, kComplex, 3); }},
     };

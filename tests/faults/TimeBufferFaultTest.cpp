@@ -144,9 +144,7 @@ TEST(TimeBufferFaultTest, AnOperationThatRunsOutOfMemoryHasNotHappened)
         {"back to before set-up", nothing, [](TimeBuffer& b) { b.resetInitialized(); }, false},
         {"getters", nothing,
          [](TimeBuffer& b) {
-             HandedOut<2> out;
-             out[0] = b.GetMaxDimensions();
-             out[1] = b.GetComplexityFlags();
+             const HostArrayPtr wide(b.GetMaxDimensions()), flags(b.GetComplexityFlags());
              b.GetMaxDimensions(1), b.GetNDim(), b.GetType(), b.GetSampleTimes(), b.GetSampleTimes(1);
          }},
         {"transposed extents", nothing,
