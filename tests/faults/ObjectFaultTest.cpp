@@ -59,7 +59,7 @@ protected:
             return display;
         }
         if (name == "tracery.TimeBuffer") {
-            const HostObjectRef buffer = script_.make(name.c_str(), 40, matrix(2, 1, {2, 1}));
+            const HostObjectRef buffer = script_.make(name.c_str(), 40, matrix(2, 1, {2, 1}), 2, "MultipleRate");
             for (const double port : {1.0, 2.0})
                 script_.call(0, buffer, "addTimeAndValue", row({1, 2, 3}),
                              port == 1 ? matrix(2, 3, {1, 2, 3, 4, 5, 6}) : row({7, 8, 9}), port);
@@ -77,6 +77,8 @@ protected:
         const HostObjectRef object = script_.host.construct(name);
         if (name == "tracery.TimeDomainTriggerController")
             script_.set(object, "Mode", "Normal");
+        else if (name == "tracery.OneShotTimer")
+            script_.set(object, "TimeoutDuration", 100); // its time is up from now on
         else if (name.find("Controller") != std::string::npos)
             script_.set(object, "Plotter", HostObjectRef(plotter()));
         return object;
@@ -110,6 +112,10 @@ protected:
             results("getSegments", 1), results("getLastTime", 1), results("getNumProcessedSamples", 1);
         if (object->isA("tracery.TimeDomainTriggerController"))
             results("getLastTriggerWindow", 2);
+        if (object->isA(kLine)) {
+            const auto points = script_.host.animator().points(object);
+            seen.insert(seen.end(), points.begin(), points.end());
+        }
         seen.push_back(script_.host.isValid(object) ? 1 : 0);
         return seen;
     }
@@ -255,6 +261,16 @@ TEST_F(ObjectFaultTest, EveryMemberEitherDoesItsWorkOrIsOutOfMemory)
             ++members;
             const Values values = inputsFor(listing, method, method.inputs.size());
             const std::vector<const HostArray*> inputs = borrowed(values);
+            if (method.isStatic) { // of lines: the line, and points
+                sweep(listing, method.name, [&](const HostObjectRef& object) {
+                    const Values own = Script::list(object, matrix(2, 2, {1, 2, 3, 4}));
+                    const std::vector<const HostArray*> given = borrowed(own);
+                    script_.host.callStatic(listing.name, method.name,
+                                            std::span(given).first(method.name == "addXY" ? 2 : 1),
+                                            method.name == "getXY" ? 1 : 0);
+                });
+                continue;
+            }
             Operation prepare;
             if (method.name == "AddValue")
                 prepare = [this](const HostObjectRef& object) { script_.call(0, object, "AddTime", 11, 1); };
