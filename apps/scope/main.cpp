@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 
 namespace {
@@ -61,6 +62,8 @@ int main(int argc, char** argv)
         if (error.get_exit_code() == 0)
             return delivered(app.exit(error)); // --help, --version
         return complain(std::string(error.what()) + " (see --help)");
+    } catch (const std::bad_alloc&) {
+        return complain("not enough memory");
     } catch (const std::exception& error) {
         return complain(error.what());
     }
