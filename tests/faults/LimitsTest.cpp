@@ -21,7 +21,7 @@ constexpr double kDenormal = std::numeric_limits<double>::denorm_min();
 
 TEST(LimitsTest, SizesUpToTheLimitAreTakenAndThoseAboveRefused)
 {
-    constexpr std::uint64_t mostSteps = power2(60) - 1, mostElements = 0x7FFFFFFF / 3, million = 1000000;
+    constexpr std::uint64_t mostSteps = power2(61) - 1, mostElements = 0x7FFFFFFF / 3, million = 1000000;
     Script script;
     const auto spectrum = script.make("tracery.SpectrumBuffer", 4, 0, false, 1);
     const auto statistics = [&](double bins, double resolution) {
