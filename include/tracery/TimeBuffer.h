@@ -169,7 +169,7 @@ public:
 
     /// Finds the port's stored steps in [tStart, tEnd], each edge widened by the spacing of doubles there (so a time
     /// equal to an edge is inside). Indexes count from the oldest stored step; startIndex is set before endIndex, -1
-    /// for none. Indexes past the largest int read as that.
+    /// for none.
     /// widen  also take the step before the window and the one after it, when the window's edge is not a stored time
     /// Returns whether there is any step. An infinite or NaN edge has no spacing: tStart finds the oldest step, tEnd
     /// finds nothing (use the largest double for "to the end").

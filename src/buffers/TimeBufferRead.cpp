@@ -170,7 +170,7 @@ bool TimeBuffer::GetIndexRange(std::uint64_t port, double tStart, double tEnd, b
     const auto asIndex = [](std::optional<std::uint64_t> index) {
         if (index && *index > static_cast<std::uint64_t>(std::numeric_limits<int>::max()))
             throw Error(errors::InvalidNumTimeSteps, "more steps are stored than an index can count");
-        return index ? static_cast<int>(std::min<std::uint64_t>(*index, std::numeric_limits<int>::max())) : -1;
+        return index ? static_cast<int>(*index) : -1;
     };
     startIndex = endIndex = -1;
     const Lock lock(*state_);

@@ -16,7 +16,8 @@ using Observation = std::vector<double>;
 /// What must hold after a failure: nothing has happened; or the same call again ends as if there had been none.
 enum class Promise { nothingHappened, canBeRepeated };
 
-/// How many operations were swept in this program, and how many of their allocations failed.
+/// How many operations were swept in this program, and how many of their allocations failed; the
+/// XML report of the tests has them.
 struct SweepTotals {
     long operations = 0;
     long faults = 0;
@@ -96,6 +97,8 @@ long failEveryAllocation(const std::string& name, Make&& make, Operate&& operate
         }
     }
     sweepTotals.faults += faults;
+    testing::Test::RecordProperty("operationsSoFar", static_cast<int>(sweepTotals.operations));
+    testing::Test::RecordProperty("faultsSoFar", static_cast<int>(sweepTotals.faults));
     return faults;
 }
 
