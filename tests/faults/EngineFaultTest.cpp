@@ -97,15 +97,16 @@ using Controller = TimeDomainTriggerController;
 
 Observation stateOf(Controller& c)
 {
+    const AbstractTimeDomainTrigger& detector = c.getDetector();
     Observation all{static_cast<double>(c.getMode()),
                     static_cast<double>(c.getType()),
-                    static_cast<double>(typeid(c.getDetector()).hash_code() % 1000),
+                    static_cast<double>(typeid(detector).hash_code() % 1000),
                     c.getLevel(),
                     c.getUpperLevel(),
                     c.getLowerLevel(),
                     c.getLastTriggerTime(),
                     c.getEnableOnceMode() ? 1.0 : 0.0,
-                    static_cast<double>(c.getDetector().getNumAcceptedEvents())};
+                    static_cast<double>(detector.getNumAcceptedEvents())};
     all.insert(all.end(), c.getPendingEvents().begin(), c.getPendingEvents().end());
     for (const Controller::ConsumedEvent& event : c.getConsumedEvents())
         all.push_back(event.time), all.push_back(static_cast<double>(event.fate));
