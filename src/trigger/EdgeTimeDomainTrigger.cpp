@@ -1,5 +1,6 @@
 #include "support/SampleScan.h"
 #include "trigger/LevelCrossing.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/EdgeTimeDomainTrigger.h>
 
@@ -64,13 +65,13 @@ void EdgeTimeDomainTrigger::update(std::span<const Element> pairs, const double*
 void EdgeTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                              const double* extrema, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 void EdgeTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
                                              double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 } // namespace tracery

@@ -1,4 +1,5 @@
 #include "support/SampleScan.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/RuntTimeDomainTrigger.h>
 
@@ -53,13 +54,13 @@ void RuntTimeDomainTrigger::update(std::span<const Element> pairs, const double*
 void RuntTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                              const double* extrema, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 void RuntTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
                                              double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 } // namespace tracery

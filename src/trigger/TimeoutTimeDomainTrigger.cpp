@@ -1,5 +1,6 @@
 #include "support/SampleScan.h"
 #include "trigger/LevelCrossing.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/TimeoutTimeDomainTrigger.h>
 
@@ -72,13 +73,13 @@ void TimeoutTimeDomainTrigger::update(std::span<const Element> pairs, EventQueue
 void TimeoutTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                                 const double* /*extrema*/, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), queue); });
 }
 
 void TimeoutTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* /*extrema*/,
                                                 double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), queue); });
 }
 
 } // namespace tracery

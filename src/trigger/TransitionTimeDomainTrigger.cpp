@@ -1,4 +1,5 @@
 #include "support/SampleScan.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/TransitionTimeDomainTrigger.h>
 
@@ -55,13 +56,13 @@ void TransitionTimeDomainTrigger::update(std::span<const Element> pairs, const d
 void TransitionTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                                    const double* extrema, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 void TransitionTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
                                                    double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 } // namespace tracery
