@@ -1,0 +1,7 @@
+#include "Harness.h"
+
+namespace tracery::bench {
+
+Rows thinningRows() { return {}; }
+
+} // namespace tracery::bench
