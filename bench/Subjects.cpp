@@ -1,5 +1,6 @@
 #include "Subjects.h"
 
+#include <tracery/DataThinner.h>
 #include <tracery/EdgeTimeDomainTrigger.h>
 #include <tracery/PulseWidthTimeDomainTrigger.h>
 #include <tracery/RuntTimeDomainTrigger.h>
@@ -7,6 +8,7 @@
 #include <tracery/TransitionTimeDomainTrigger.h>
 #include <tracery/WindowTimeDomainTrigger.h>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -43,6 +45,16 @@ std::function<void()> detection(const std::string& name, std::span<const double>
         detector->resetEvents(); // time starts again
         queue->clear();
         detector->updateEventQueue(pairs.data(), pairs.size() / 2, nullptr, 0, *queue);
+    };
+}
+
+std::function<void()> thinning(std::span<const double> pairs, double columnsPerSecond)
+{
+    const std::shared_ptr<HostArray> line(createDoubleMatrix(2, pairs.size() / 2, HostComplexity::real),
+                                          HostArrayDeleter());
+    std::copy(pairs.begin(), pairs.end(), getRealData(line.get()));
+    return [line, columnsPerSecond, points = static_cast<int>(pairs.size() / 2), thinner = DataThinner()]() mutable {
+        HostArrayPtr(thinner.getArrayThinData(line.get(), points, columnsPerSecond, false));
     };
 }
 

@@ -11,4 +11,7 @@ namespace tracery::bench {
 /// A detector by its name, such as "edge" or "window either", at work on (time, value) pairs.
 std::function<void()> detection(const std::string& name, std::span<const double> pairs);
 
+/// Batch thinning of a line of (time, value) pairs, which is copied; the result is released within the call.
+std::function<void()> thinning(std::span<const double> pairs, double columnsPerSecond);
+
 } // namespace tracery::bench
