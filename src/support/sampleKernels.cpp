@@ -1,34 +1,14 @@
 #include "support/sampleKernels.h"
 
-#include "support/vectorUnit.h"
-
-#include <cstring>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
+#include "support/lanes.h"
 
 namespace tracery {
 
 namespace {
 
-using Lanes [[gnu::vector_size(32)]] = double;
-using Mask [[gnu::vector_size(32)]] = std::int64_t;
+using Lanes = FourLanes::Lanes;
+using Mask = FourLanes::Mask;
 constexpr std::size_t kLanes = 4;
-
-TRACERY_INLINE void load(Lanes& lanes, const double* data) { std::memcpy(&lanes, data, sizeof lanes); }
-
-/// One bit a lane. By reference: vectors this wide have no one way to be passed by value.
-TRACERY_INLINE unsigned bitsOf(const Mask& mask)
-{
-#if defined(__SSE2__)
-    __m128d halves[2];
-    std::memcpy(halves, &mask, sizeof mask);
-    return static_cast<unsigned>(_mm_movemask_pd(halves[0]) | _mm_movemask_pd(halves[1]) << 2);
-#else
-    return static_cast<unsigned>((mask[0] & 1) | (mask[1] & 2) | (mask[2] & 4) | (mask[3] & 8));
-#endif
-}
 
 template <bool kLow, bool kHigh>
 TRACERY_INLINE std::size_t quietLengthWithin(const double* data, std::size_t count, const LaneBounds& bounds)
