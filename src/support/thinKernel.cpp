@@ -158,6 +158,7 @@ TRACERY_INLINE PointInLine findColumnEnd(PointInLine from, std::ptrdiff_t guess,
 }
 
 constexpr std::ptrdiff_t kCacheLine = 8, kReadAhead = 256; // doubles
+constexpr std::ptrdiff_t kLongestReach = 4096 * kDoublesPerPoint;
 constexpr std::ptrdiff_t kBlock = 16 * kDoublesPerPoint;
 
 /// The last point of a block with the value that is the greatest or least of some blocks, seen lane by lane. `blocks` says
@@ -179,26 +180,25 @@ TRACERY_INLINE PointInLine lastPointOf(double value, PointInLine first, const ty
     return block + std::max(last[1], last[kLanes - 1] + kLanes - kDoublesPerPoint);
 }
 
-/// Folds points from `first` to `end`, many at a time, as long as they are surely inside the column and no gaps; returns the
-/// first that is not folded. There must be a block of them. The last block laps over the one before.
+/// Folds the points from `first` to `end`, at least a block of them, if all are surely inside the column and no gaps. Tells
+/// whether it did. The last block laps over the one before.
 template <class Width>
-TRACERY_INLINE PointInLine foldBlocks(PointInLine first, PointInLine end, double start, double distance,
-                                      ColumnExtremes& extremes)
+TRACERY_INLINE bool foldBlocks(PointInLine first, PointInLine end, double start, double openingAt,
+                               ColumnExtremes& extremes)
 {
     using Lanes = typename Width::Lanes;
     using Mask = typename Width::Mask;
     constexpr std::ptrdiff_t kLanes = sizeof(Lanes) / sizeof(double);
     Lanes least = Lanes{} + kInf, greatest = Lanes{} - kInf;
-    Mask leastAt{}, greatestAt{}, values{};
-    for (std::ptrdiff_t k = 1; k < kLanes; k += kDoublesPerPoint)
-        values[k] = -1;
-    PointInLine folded = first;
-    while (folded != end) {
-        const PointInLine block = std::min(folded, end - kBlock);
-        Lanes low = Lanes{} + kInf, high = Lanes{} - kInf;
-        Mask ordered = ~Mask{};
+    Mask leastAt{}, greatestAt{}, ordered = ~Mask{};
+    for (PointInLine next = first; next != end;) {
+        const PointInLine block = std::min(next, end - kBlock);
+        next = block + kBlock;
         for (std::ptrdiff_t k = 0; k < kBlock; k += kCacheLine)
             __builtin_prefetch(block + k + kReadAhead);
+        Lanes low, high;
+        load(low, block);
+        high = low;
         for (std::ptrdiff_t k = 0; k < kBlock; k += 2 * kLanes) {
             Lanes x, y;
             load(x, block + k);
@@ -209,22 +209,22 @@ TRACERY_INLINE PointInLine foldBlocks(PointInLine first, PointInLine end, double
             high = y > high ? y : high;
             ordered &= low <= high;
         }
-        const Mask inside = (low > start) & (high - start < distance);
-        if (!allOf(ordered & (inside | values)))
-            break;
         const Mask at = Mask{} + (block - first);
         leastAt = low <= least ? at : leastAt;
         greatestAt = high >= greatest ? at : greatestAt;
         least = low < least ? low : least;
         greatest = high > greatest ? high : greatest;
-        folded = block + kBlock;
     }
-    if (folded != first) {
-        const double min = std::min(least[1], least[kLanes - 1]), max = std::max(greatest[1], greatest[kLanes - 1]);
-        extremes.fold(lastPointOf<Width>(min, first, least, leastAt));
-        extremes.fold(lastPointOf<Width>(max, first, greatest, greatestAt));
-    }
-    return folded;
+    Mask values{};
+    for (std::ptrdiff_t k = 1; k < kLanes; k += kDoublesPerPoint)
+        values[k] = -1;
+    const Mask inside = (least > start) & (greatest - start < openingAt);
+    if (!allOf(ordered & (inside | values)))
+        return false;
+    const double min = std::min(least[1], least[kLanes - 1]), max = std::max(greatest[1], greatest[kLanes - 1]);
+    extremes.fold(lastPointOf<Width>(min, first, least, leastAt));
+    extremes.fold(lastPointOf<Width>(max, first, greatest, greatestAt));
+    return true;
 }
 
 template <class Width>
@@ -238,6 +238,7 @@ TRACERY_INLINE ThinnedLine thinLineOf(std::span<const double> line, double colum
     PointInLine point = line.data(), opening = point;
     const PointInLine end = point + line.size();
     std::ptrdiff_t lastLength = 2 * kBlock; // of a column
+    std::ptrdiff_t reach = kLongestReach;   // of an attempt: no more than twice of what the last one was good for
     while (point != end) {
         if (column.opens(point)) {
             extremes.flush(writer);
@@ -251,11 +252,14 @@ TRACERY_INLINE ThinnedLine thinLineOf(std::span<const double> line, double colum
             const std::ptrdiff_t length = point - opening;
             if (!kPlainKernels && std::max(length, lastLength) > kBlock && !extremes.isGap()) {
                 const PointInLine stop = findColumnEnd(point, lastLength - length, end, column.start, openingAt);
-                const PointInLine folded =
-                    stop - point < kBlock ? point : foldBlocks<Width>(point, stop, column.start, openingAt, extremes);
-                if (folded != point) {
-                    point = folded;
-                    continue;
+                const std::ptrdiff_t piece = std::min(stop - point, reach);
+                if (piece >= kBlock) {
+                    const bool folded = foldBlocks<Width>(point, point + piece, column.start, openingAt, extremes);
+                    reach = folded ? std::min(2 * reach, kLongestReach) : kBlock;
+                    if (folded) {
+                        point += piece;
+                        continue;
+                    }
                 }
             }
             extremes.fold(point);
