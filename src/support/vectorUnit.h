@@ -6,6 +6,8 @@
 ///     TRACERY_AVX2 double sumAvx2(const double* x) { return sumOf(x); } // sumOf is TRACERY_INLINE
 ///     double sum(const double* x) { return useAvx2() ? sumAvx2(x) : sumOf(x); }
 ///
+/// Whatever they call often has to be inlined too: a call from AVX2 code of code for any processor can take 100 ns.
+///
 /// A build with TRACERY_PLAIN_KERNELS has the literal loops alone, to measure what kernels are worth.
 
 #define TRACERY_INLINE [[gnu::always_inline]] inline

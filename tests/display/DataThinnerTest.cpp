@@ -159,7 +159,8 @@ TEST(DataThinnerTest, BatchOpensAColumnAtTheVeryDoubleAtWhichTheRuleDoes)
 {
     std::mt19937 random(1);
     for (int round = 0; round < 20'000; ++round) {
-        const double ratio = std::ldexp(1 + random() * 0x1p-32, static_cast<int>(random() % 2096) - 1074);
+        const double ratio =
+            std::ldexp(1 + static_cast<double>(random()) * 0x1p-32, static_cast<int>(random() % 2096) - 1074);
         const double distance = 0.5 / ratio; // rounded
         std::vector<double> times;
         for (int k = 1; k <= 40; ++k)
