@@ -62,7 +62,7 @@ Rows thinningRows()
         rows.push_back(row(signal, 4000, kDram, {0.85, {}, {}}));
     for (const double pointsPerColumn : {16.0, 20.3, 26.0})
         rows.push_back(row("noise", pointsPerColumn, kL3, {{}, 2.0, {}}));
-    rows.push_back(row("ramp", 20.3, kL3, {}));
+    rows.push_back(row("ramp", 20.3, kL3, {{}, 2.0, {}}));
     rows.push_back(row("noise", 4, kL3, {}));
     return rows;
 }
