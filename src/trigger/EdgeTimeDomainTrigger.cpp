@@ -1,4 +1,3 @@
-#include "support/SampleScan.h"
 #include "trigger/LevelCrossing.h"
 #include "trigger/allOrNothing.h"
 
@@ -21,10 +20,8 @@ void EdgeTimeDomainTrigger::reset()
 template <class Element, class Crossing>
 void EdgeTimeDomainTrigger::pushCrossings(std::span<const Element> pairs, Crossing crosses, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
-        if (crosses(now.value))
-            push(queue, crossingTime(before, now, level_));
-    });
+    scanCrossings(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, crosses,
+                  [&](TimedSample before, TimedSample now) { push(queue, crossingTime(before, now, level_)); });
 }
 
 template <class Element>

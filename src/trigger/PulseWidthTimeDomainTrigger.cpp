@@ -35,7 +35,8 @@ void PulseWidthTimeDomainTrigger::update(std::span<const Element> pairs, const d
         return;
     followTwoLevels(extrema);
     const double middle = (upperLevel_ + lowerLevel_) / 2;
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    const std::array levels{lowerLevel_, middle, upperLevel_};
+    const auto rule = [&](TimedSample before, TimedSample now) {
         if (armedRise_ && now.value > middle) {
             armedRise_ = false;
             riseTime_ = crossingTime(before, now, middle);
@@ -58,7 +59,8 @@ void PulseWidthTimeDomainTrigger::update(std::span<const Element> pairs, const d
             }
             armedFall_ = highSeen_ = true;
         }
-    });
+    };
+    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
     cacheLastSample(pairs.data(), pairs.size() / 2);
 }
 

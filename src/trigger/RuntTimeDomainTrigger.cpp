@@ -23,7 +23,7 @@ void RuntTimeDomainTrigger::update(std::span<const Element> pairs, const double*
     if (pairs.empty())
         return;
     followTwoLevels(extrema);
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    const auto rule = [&](TimedSample before, TimedSample now) {
         if (!between_ && lowerLevel_ < now.value && now.value < upperLevel_) {
             if (belowLower_)
                 startTime_ = crossingTime(before, now, lowerLevel_);
@@ -47,7 +47,9 @@ void RuntTimeDomainTrigger::update(std::span<const Element> pairs, const double*
             aboveUpper_ = between_ = false;
             belowLower_ = true;
         }
-    });
+    };
+    const std::array levels{lowerLevel_, upperLevel_};
+    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
     cacheLastSample(pairs.data(), pairs.size() / 2);
 }
 

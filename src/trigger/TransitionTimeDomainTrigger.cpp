@@ -24,7 +24,7 @@ void TransitionTimeDomainTrigger::update(std::span<const Element> pairs, const d
     if (pairs.empty())
         return;
     followTwoLevels(extrema);
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    const auto rule = [&](TimedSample before, TimedSample now) {
         if (belowLower_ && now.value > lowerLevel_) {
             riseStarted_ = true;
             riseStart_ = crossingTime(before, now, lowerLevel_);
@@ -49,7 +49,9 @@ void TransitionTimeDomainTrigger::update(std::span<const Element> pairs, const d
             }
             riseStarted_ = fallStarted_ = false;
         }
-    });
+    };
+    const std::array levels{lowerLevel_, upperLevel_};
+    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
     cacheLastSample(pairs.data(), pairs.size() / 2);
 }
 

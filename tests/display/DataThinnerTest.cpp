@@ -1,6 +1,8 @@
 #include "display/NaiveThinner.h"
 #include "support/Expect.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <random>
 
@@ -10,19 +12,33 @@ using test::sameBits;
 
 namespace {
 
-/// Times and values that try everything: gaps, infinities, ties, signed zeros, standing and backward clocks.
+/// Times and values that try everything: gaps, infinities, ties, signed zeros, standing and backward clocks. The seed says
+/// how often, and whether values are of a few levels, noise, or rise or fall.
 class Hostile {
 public:
-    explicit Hostile(unsigned seed) : random_(seed), oddIn_(seed % 3 == 0 ? 3 : seed % 3 == 1 ? 40 : 0) {}
+    explicit Hostile(unsigned seed)
+        : random_(seed), oddIn_(std::array{3U, 40U, 2000U, 0U}[seed % 4]), kind_(seed / 4 % 4)
+    {}
 
     unsigned below(unsigned n) { return static_cast<unsigned>(random_() % n); }
-    double value() { return odd() ? pick({kNaN, kPayload, kInf, -kInf, -0.0}) : below(7) - 3.0; }
+    double value()
+    {
+        if (odd())
+            return pick({kNaN, kPayload, kInf, -kInf, -0.0});
+        const double slope[] = {0, 0, 0.1, -0.1};
+        return kind_ == 0 ? below(7) - 3.0 : slope[kind_] * now_ + (kind_ == 1 ? below(1U << 30) : 0);
+    }
     double time()
     {
         now_ += odd() ? pick({0.0, 0.0, -0.3, -2.0, 5.0}) : 0.01 * (1 + below(20));
         return odd() ? pick({kNaN, kInf, -kInf, -kPayload, 0.0}) : now_;
     }
-    double ratio() { return below(3) == 0 ? pick({0.0, kNaN, kInf, -kInf, -1.0}) : pick({0.05, 0.3, 1.0, 2.5}); }
+    /// Columns of one point to all of them, 5 and 10 000 among them.
+    double ratio()
+    {
+        return below(4) == 0 ? pick({0.0, kNaN, kInf, -kInf, -1.0, 1e300, 1e-300, 5e-324})
+                             : pick({0.0005, 0.01, 0.05, 0.1, 0.15, 0.3, 1.0, 2.5});
+    }
 
 private:
     static constexpr double kPayload = std::bit_cast<double>(0x7ff8000000001234ULL);
@@ -32,6 +48,7 @@ private:
 
     std::mt19937 random_;
     unsigned oddIn_;
+    unsigned kind_;
     double now_ = 0;
 };
 
@@ -69,10 +86,11 @@ TEST(DataThinnerTest, BatchAgreesWithTheRuleOnHostileLinesCutAnywhere)
         Hostile hostile(seed);
         DataThinner thinner;
         double pixelStart = -kInf;
+        const unsigned longest = seed % 20 < 4 ? 20'000 : 200;
         const double ratio = hostile.ratio();
         for (unsigned block = hostile.below(6); block-- > 0;) {
             Doubles pairs;
-            for (unsigned k = hostile.below(200); k-- > 0;) {
+            for (unsigned k = hostile.below(longest); k-- > 0;) {
                 pairs.push_back(hostile.time());
                 pairs.push_back(hostile.value());
             }
@@ -82,6 +100,31 @@ TEST(DataThinnerTest, BatchAgreesWithTheRuleOnHostileLinesCutAnywhere)
             const Doubles expected = thinBatch(pairs, ratio, pixelStart);
             ASSERT_TRUE(sameBits(thin(thinner, pairs, ratio, continued), expected)) << "seed " << seed;
         }
+    }
+}
+
+TEST(DataThinnerTest, BatchOpensAColumnAtTheVeryDoubleAtWhichTheRuleDoes)
+{
+    std::mt19937 random(1);
+    for (int round = 0; round < 20'000; ++round) {
+        const double ratio =
+            std::ldexp(1 + static_cast<double>(random()) * 0x1p-32, static_cast<int>(random() % 2096) - 1074);
+        const double distance = 0.5 / ratio; // rounded
+        std::vector<double> times;
+        for (int k = 1; k <= 40; ++k)
+            times.push_back(k / 41.0 * distance);
+        for (double t = std::nextafter(std::nextafter(distance, 0), 0); times.size() < 45; t = std::nextafter(t, kInf))
+            times.push_back(t);
+        if (round % 2 == 1)
+            std::shuffle(times.begin(), times.end(), random);
+        Doubles pairs{0, 0};
+        for (const double t : times)
+            pairs.insert(pairs.end(), {t, static_cast<double>(random())});
+        pairs.insert(pairs.end(), {kInf, 0});
+        DataThinner thinner;
+        double pixelStart = -kInf;
+        const Doubles expected = thinBatch(pairs, ratio, pixelStart);
+        ASSERT_TRUE(sameBits(thin(thinner, pairs, ratio, false), expected)) << "ratio " << ratio;
     }
 }
 
