@@ -1,11 +1,13 @@
 #pragma once
 
-#include <boost/circular_buffer.hpp>
+#include "buffers/RingMemory.h"
+#include "support/vectorUnit.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
+#include <limits>
 #include <optional>
+#include <span>
 
 namespace tracery {
 
@@ -15,42 +17,49 @@ namespace tracery {
 /// can dropping values, which keeps the memory. So several rings that belong together change together or not at all.
 class Ring {
 public:
-    using Storage = boost::circular_buffer<double>;
-
     /// Read access by index, through the ring's two contiguous spans. Valid until the ring changes.
     class View {
     public:
-        explicit View(const Storage& storage) : one_(storage.array_one()), two_(storage.array_two()) {}
+        View(std::span<const double> one, std::span<const double> two) : one_(one), two_(two) {}
 
         double operator[](std::uint64_t index) const
         {
-            return index < one_.second ? one_.first[index] : two_.first[index - one_.second];
+            return index < one_.size() ? one_[index] : two_[index - one_.size()];
+        }
+        /// The values from index `first` on, as far as they lie side by side; never empty for an index inside.
+        std::span<const double> stretch(std::uint64_t first) const
+        {
+            return first < one_.size() ? one_.subspan(first) : two_.subspan(first - one_.size());
         }
 
         /// Copies count values from index `first` on.
         void copy(std::uint64_t first, std::uint64_t count, double* out) const
         {
-            const std::uint64_t inOne = first < one_.second ? std::min<std::uint64_t>(count, one_.second - first) : 0;
+            if constexpr (kPlainKernels) {
+                for (std::uint64_t i = 0; i < count; ++i)
+                    out[i] = (*this)[first + i];
+                return;
+            }
+            const std::uint64_t inOne = first < one_.size() ? std::min<std::uint64_t>(count, one_.size() - first) : 0;
             if (inOne > 0)
-                std::memcpy(out, one_.first + first, inOne * sizeof(double));
+                std::memcpy(out, &one_[first], inOne * sizeof(double));
             if (count > inOne)
-                std::memcpy(out + inOne, two_.first + (first + inOne - one_.second), (count - inOne) * sizeof(double));
+                std::memcpy(out + inOne, &two_[first + inOne - one_.size()], (count - inOne) * sizeof(double));
         }
 
         /// Index of the first value that is not below `bound`, the size when there is none; values must not decrease.
         std::uint64_t lowerBound(double bound) const
         {
-            const auto search = [bound](Storage::const_array_range span) {
-                return static_cast<std::uint64_t>(std::lower_bound(span.first, span.first + span.second, bound) -
-                                                  span.first);
+            const auto search = [bound](std::span<const double> span) {
+                return static_cast<std::uint64_t>(std::lower_bound(span.begin(), span.end(), bound) - span.begin());
             };
             const std::uint64_t index = search(one_);
-            return index < one_.second ? index : one_.second + search(two_);
+            return index < one_.size() ? index : one_.size() + search(two_);
         }
 
     private:
-        Storage::const_array_range one_;
-        Storage::const_array_range two_;
+        std::span<const double> one_;
+        std::span<const double> two_;
     };
 
     /// A capacity to come. Takes the memory for it, if any; apply() cannot fail.
@@ -59,88 +68,95 @@ public:
         CapacityChange(Ring& ring, std::uint64_t capacity) : ring_(&ring), capacity_(capacity)
         {
             // Room above the capacity would let the ring outgrow it. Room below may grow later.
-            if (ring.storage_.capacity() <= capacity)
+            if (ring.memory_.room() <= capacity)
                 return;
             const std::uint64_t kept = std::min(capacity, ring.size());
-            Storage& fresh = fresh_.emplace(roomFor(kept, 0, capacity));
-            fresh.insert(fresh.end(), ring.storage_.end() - static_cast<std::ptrdiff_t>(kept), ring.storage_.end());
+            fresh_.emplace(roomFor(kept, 0, capacity));
+            ring.view().copy(ring.size() - kept, kept, fresh_->data());
         }
         /// Changes the capacity; the newest values stay.
         void apply() noexcept
         {
             ring_->capacity_ = capacity_;
-            if (fresh_)
-                ring_->storage_.swap(*fresh_);
+            if (!fresh_)
+                return;
+            ring_->memory_.swap(*fresh_);
+            ring_->end_ = 0;
+            ring_->size_ = std::min(capacity_, ring_->size_);
+            ring_->moveEnd(ring_->size_);
         }
 
     private:
         Ring* ring_;
         std::uint64_t capacity_;
-        std::optional<Storage> fresh_;
+        std::optional<RingMemory> fresh_;
     };
 
     explicit Ring(std::uint64_t capacity) : capacity_(capacity) {}
 
-    static std::uint64_t largestCapacity() { return Storage().max_size(); }
+    static constexpr std::uint64_t largestCapacity()
+    {
+        return std::numeric_limits<std::ptrdiff_t>::max() / sizeof(double);
+    }
 
-    std::uint64_t size() const { return storage_.size(); }
+    std::uint64_t size() const { return size_; }
     std::uint64_t capacity() const { return capacity_; }
-    bool empty() const { return storage_.empty(); }
-    View view() const { return View(storage_); }
-    double newest() const { return storage_.back(); }
+    bool empty() const { return size_ == 0; }
+    View view() const
+    {
+        const std::uint64_t inOne = std::min(size_, memory_.room() - place(size_));
+        return {{memory_.data() + place(size_), inOne}, {memory_.data(), size_ - inOne}};
+    }
+    double newest() const { return memory_.data()[place(1)]; }
 
     /// Makes room for appending `count` values. throws  std::bad_alloc; the ring is then as before
     void reserveFor(std::uint64_t count)
     {
-        const std::uint64_t room = storage_.capacity();
-        if (room < capacity_ && count > room - size())
-            storage_.set_capacity(roomFor(size() + std::min(count, capacity_ - size()), room, capacity_));
+        const std::uint64_t room = memory_.room();
+        if (room < capacity_ && count > room - size_)
+            grow(roomFor(size_ + std::min(count, capacity_ - size_), room, capacity_));
     }
     /// Appends `count` values that there is room for; what passes the capacity is dropped from the oldest.
     void append(const double* values, std::uint64_t count) noexcept
     {
         const std::uint64_t kept = std::min(count, capacity_);
         values += count - kept;
-        if (kept > 0 && storage_.full()) {
-            // Over the oldest values, where they lie; turning a full ring moves nothing.
-            const auto one = storage_.array_one();
-            const std::uint64_t inOne = std::min<std::uint64_t>(kept, one.second);
-            std::memcpy(one.first, values, inOne * sizeof(double));
-            if (kept > inOne)
-                std::memcpy(storage_.array_two().first, values + inOne, (kept - inOne) * sizeof(double));
-            if (kept < storage_.size())
-                storage_.rotate(storage_.begin() + static_cast<std::ptrdiff_t>(kept));
-        } else if (kept > 0) {
-            storage_.insert(storage_.end(), values, values + kept);
+        if (kPlainKernels || kept == 1) {
+            for (std::uint64_t i = 0; i < kept; ++i) {
+                memory_.data()[end_] = values[i];
+                moveEnd(1);
+                size_ = std::min(size_ + 1, capacity_);
+            }
+            return;
         }
+        extend(kept, [values](double* out, std::uint64_t first, std::uint64_t n) {
+            std::memcpy(out, values + first, n * sizeof(double));
+        });
     }
     void appendFill(std::uint64_t count, double value) noexcept
     {
-        const std::uint64_t kept = std::min(count, capacity_);
-        if (kept > 0)
-            storage_.insert(storage_.end(), kept, value);
+        extend(std::min(count, capacity_),
+               [value](double* out, std::uint64_t, std::uint64_t n) { std::fill_n(out, n, value); });
     }
     /// Overwrites the value `back` places before the end (1 is the newest).
-    void setFromEnd(std::uint64_t back, double value) noexcept { storage_[storage_.size() - back] = value; }
+    void setFromEnd(std::uint64_t back, double value) noexcept { memory_.data()[place(back)] = value; }
 
     /// Drops the newest values, at most all.
     void dropNewest(std::uint64_t count) noexcept
     {
-        const auto dropped = static_cast<std::ptrdiff_t>(std::min(count, size()));
-        if (dropped > 0)
-            storage_.erase(storage_.end() - dropped, storage_.end());
+        const std::uint64_t dropped = std::min(count, size_);
+        if (dropped == 0)
+            return;
+        end_ = place(dropped);
+        size_ -= dropped;
     }
     /// Drops the oldest values until `count` are left.
-    void keepNewest(std::uint64_t count) noexcept
-    {
-        if (count < size())
-            storage_.rerase(storage_.begin(), storage_.end() - static_cast<std::ptrdiff_t>(count));
-    }
+    void keepNewest(std::uint64_t count) noexcept { size_ = std::min(size_, count); }
     /// Drops all values and gives their memory back.
     void clear() noexcept
     {
-        Storage fresh;
-        storage_.swap(fresh);
+        Ring fresh(capacity_);
+        std::swap(*this, fresh);
     }
 
 private:
@@ -153,8 +169,44 @@ private:
         return std::min(room, capacity);
     }
 
+    /// Where the value `back` places before the end is, `back` at most the size.
+    std::uint64_t place(std::uint64_t back) const { return back <= end_ ? end_ - back : end_ + memory_.room() - back; }
+    void moveEnd(std::uint64_t count) noexcept
+    {
+        end_ += count;
+        if (end_ >= memory_.room())
+            end_ -= memory_.room();
+    }
+
+    void grow(std::uint64_t room)
+    {
+        const std::uint64_t before = memory_.room(), first = place(size_);
+        memory_.grow(room);
+        const std::uint64_t inOne = before - first;
+        if (inOne >= size_) // full up to the old end, it goes on behind it
+            end_ = first + size_;
+        else // the oldest values stay the last ones of the room
+            std::memmove(memory_.data() + (room - inOne), memory_.data() + first, inOne * sizeof(double));
+    }
+
+    /// Takes `count` more places, and calls put(place, index of its first new value, length) for each stretch of them.
+    template <class Put>
+    void extend(std::uint64_t count, Put&& put) noexcept
+    {
+        if (count == 0)
+            return;
+        const std::uint64_t inOne = std::min(count, memory_.room() - end_);
+        put(memory_.data() + end_, 0, inOne);
+        if (count > inOne)
+            put(memory_.data(), inOne, count - inOne);
+        moveEnd(count);
+        size_ = std::min(size_ + count, capacity_);
+    }
+
     std::uint64_t capacity_;
-    Storage storage_; ///< its capacity is the room there is, never above capacity_
+    RingMemory memory_;     ///< its room is never above capacity_
+    std::uint64_t end_ = 0; ///< where the next value goes, inside the room
+    std::uint64_t size_ = 0;
 };
 
 } // namespace tracery
