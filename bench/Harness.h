@@ -56,6 +56,7 @@ Measured measure(const Work& work, int rounds);
 
 // One function a file of rows.
 Rows bufferRows();
+Rows pipelineRows();
 Rows spectrumRows();
 Rows thinningRows();
 Rows triggerRows();

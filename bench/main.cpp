@@ -112,7 +112,7 @@ int main(int argc, char** argv)
     if (!options.list)
         std::printf(
             "| kernel | data | ns an item | of the limit | times plain | verdict |\n|---|---|---|---|---|---|\n");
-    for (const auto& rowsOf : {bufferRows, thinningRows, triggerRows, spectrumRows})
+    for (const auto& rowsOf : {bufferRows, thinningRows, triggerRows, spectrumRows, pipelineRows})
         for (const Row& row : rowsOf()) {
             const std::string name = row.kernel + ", " + row.data;
             if (name.find(options.filter) == std::string::npos)
