@@ -94,6 +94,48 @@ std::function<void()> blockRead(std::size_t channels, std::size_t steps)
     };
 }
 
+std::function<void()> portWrites(std::size_t ports)
+{
+    constexpr std::size_t kFrame = 256, kSteps = 128;
+    const auto buffer = std::make_shared<TimeBuffer>();
+    buffer->ResetBuffer({kSteps}, TimeBuffer::Counts(ports, kFrame), TimeBuffer::Counts(ports, 1), ports,
+                        BufferType::MultipleRate, std::vector<HostComplexity>(ports, HostComplexity::real), true);
+    const std::shared_ptr<HostArray> time(createDoubleMatrix(1, 1, HostComplexity::real), destroyArray);
+    const std::shared_ptr<HostArray> values(createDoubleMatrix(kFrame, 1, HostComplexity::real), destroyArray);
+    return [=] {
+        *getRealData(time.get()) += 1;
+        for (std::size_t port = 0; port < ports; ++port)
+            buffer->addTimeAndValue(time.get(), values.get(), port, false);
+    };
+}
+
+std::function<void()> windowRead(std::size_t window, std::size_t steps)
+{
+    return [=, full = std::make_shared<FullBuffer>(1, steps), pairs = std::vector<double>(2 * window + 2)]() mutable {
+        const double end = full->time - static_cast<double>(steps) / 2;
+        full->buffer.GetSamplesBetween(end - static_cast<double>(window), end, 0, 0, false, 1,
+                                       TimeBuffer::SamplePart::real, pairs);
+    };
+}
+
+std::vector<double> writeTimes(std::uint64_t steps, double (*now)())
+{
+    constexpr std::uint64_t kStepsAWrite = 256;
+    TimeBuffer buffer({steps}, {1}, 1);
+    std::vector<double> seconds, times(kStepsAWrite);
+    const TimeBuffer::Counts dims{1, kStepsAWrite};
+    seconds.reserve(steps / kStepsAWrite + 2);
+    for (std::uint64_t written = 0; written < steps + kStepsAWrite; written += kStepsAWrite) {
+        for (std::uint64_t i = 0; i < kStepsAWrite; ++i)
+            times[i] = static_cast<double>(written + i);
+        const double begin = now();
+        buffer.AddTime(times.data(), kStepsAWrite, 0);
+        buffer.AddValue(times.data(), dims, 0, HostComplexity::real);
+        seconds.push_back(now() - begin);
+    }
+    return seconds;
+}
+
 std::function<void()> segmentation(std::size_t held, std::size_t frame, std::size_t segment, double overlapPercent)
 {
     const std::shared_ptr<HostArray> input(createDoubleMatrix(frame, 1, HostComplexity::real), destroyArray);

@@ -6,6 +6,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace tracery::bench {
 
@@ -20,6 +21,13 @@ std::function<void()> wholeRead(std::size_t width, std::size_t steps);
 std::function<void()> displayRead(std::size_t channels, std::size_t steps);
 std::function<void()> triggerRead(std::size_t channels, std::size_t steps);
 std::function<void()> blockRead(std::size_t channels, std::size_t steps);
+
+/// A step of 256 values written to each of some ports.
+std::function<void()> portWrites(std::size_t ports);
+/// `window` samples read from the middle of a full buffer of single values.
+std::function<void()> windowRead(std::size_t window, std::size_t steps);
+/// Seconds that each write of 256 single values took until the buffer was full.
+std::vector<double> writeTimes(std::uint64_t steps, double (*now)());
 
 /// `held` new samples cut into segments, and then flushed.
 std::function<void()> segmentation(std::size_t held, std::size_t frame, std::size_t segment, double overlapPercent);

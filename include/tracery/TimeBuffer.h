@@ -21,6 +21,9 @@ enum class BufferType : std::int32_t { SingleRate = 1, MultipleRate = 2 };
 /// of each port, up to a capacity per port, and silently drops the oldest. A step always takes the whole maximum block:
 /// what the input does not cover is NaN. Values lie column-major. Memory grows on demand, by doubling.
 ///
+/// How long a write takes is bounded by what it writes, new pages of memory included, also where memory grows: on Linux
+/// large rings then keep their pages, and only the tables of pages change. Elsewhere growth copies what is stored.
+///
 /// Life: before set-up (by a constructor with arguments or ResetBuffer) writes and clears do nothing whatever their
 /// arguments, and reads return nothing. Afterwards a port out of range is InvalidPortID in every operation that takes
 /// one. An operation that throws, for want of memory too, has left the buffer as it was.

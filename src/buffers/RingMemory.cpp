@@ -1,5 +1,7 @@
 #include "buffers/RingMemory.h"
 
+#include "support/vectorUnit.h"
+
 #include <cstring>
 #include <limits>
 #include <new>
@@ -16,10 +18,10 @@ constexpr std::uint64_t kMostRoom = std::numeric_limits<std::ptrdiff_t>::max() /
 
 #if defined(__linux__)
 
-/// From this many doubles on, room has pages of its own: below, the copy takes less than the calls.
-constexpr std::uint64_t kLeastPagedRoom = 1 << 15;
+/// From this many doubles on, room has pages of its own: a copy of less takes no longer than the calls.
+constexpr std::uint64_t kLeastPagedRoom = 1 << 13;
 
-bool isPaged(std::uint64_t room) { return room >= kLeastPagedRoom; }
+bool isPaged(std::uint64_t room) { return !kPlainKernels && room >= kLeastPagedRoom; }
 
 /// `data` are the pages of room for `room` doubles, or null.
 double* morePages(double* data, std::uint64_t room, std::uint64_t newRoom)
