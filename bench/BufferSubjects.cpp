@@ -102,11 +102,14 @@ std::function<void()> portWrites(std::size_t ports)
                         BufferType::MultipleRate, std::vector<HostComplexity>(ports, HostComplexity::real), true);
     const std::shared_ptr<HostArray> time(createDoubleMatrix(1, 1, HostComplexity::real), destroyArray);
     const std::shared_ptr<HostArray> values(createDoubleMatrix(kFrame, 1, HostComplexity::real), destroyArray);
-    return [=] {
+    const auto write = [=] {
         *getRealData(time.get()) += 1;
         for (std::size_t port = 0; port < ports; ++port)
             buffer->addTimeAndValue(time.get(), values.get(), port, false);
     };
+    for (std::size_t step = 0; step < kSteps; ++step)
+        write();
+    return write;
 }
 
 std::function<void()> windowRead(std::size_t window, std::size_t steps)

@@ -483,7 +483,7 @@ TEST(TimeBufferTest, StepsStayInPlaceWhileTheRingGrowsFarAndWraps)
         EXPECT_TRUE(sameBits(realOf(time), expected));
         EXPECT_TRUE(sameBits(realOf(value), expected));
     };
-    for (const std::size_t count : {3, 700, 20'000, 9'000, 25'000, 70'000, 60'000, 250'000, 1}) {
+    for (const std::size_t count : {3U, 700U, 20'000U, 9'000U, 25'000U, 70'000U, 60'000U, 250'000U, 1U}) {
         add(count);
         check();
         if (count == 9'000 || count == 70'000) { // the oldest go; those that come next wrap
