@@ -26,7 +26,7 @@ Row appendRow(std::size_t frame, std::size_t doubles, Target target)
                 const auto ring = std::make_shared<Ring>(doubles + 1); // frames come to lie across the end
                 ring->reserveFor(doubles + 1);
                 ring->appendFill(doubles + 1, 0.0);
-                const auto copy = std::make_shared<std::vector<double>>(doubles + frame);
+                const auto copy = std::make_shared<std::vector<double>>(doubles + 1 + frame);
                 return Work{static_cast<double>(std::max(frame, kDoublesACall)),
                             [=] {
                                 for (std::size_t i = 0; i < kDoublesACall; i += frame)
@@ -37,7 +37,7 @@ Row appendRow(std::size_t frame, std::size_t doubles, Target target)
                                 for (std::size_t i = 0; i < kDoublesACall; i += frame) {
                                     std::memcpy(copy->data() + at, input->data(), frame * sizeof(double));
                                     at += frame;
-                                    at = at >= doubles ? 0 : at;
+                                    at = at > doubles ? at - doubles - 1 : at;
                                 }
                                 touchMemory();
                             },
