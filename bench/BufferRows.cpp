@@ -2,8 +2,6 @@
 #include "PlainSubjects.h"
 #include "buffers/Ring.h"
 
-#include <boost/circular_buffer.hpp>
-
 #include <cstdlib>
 #include <cstring>
 
@@ -45,14 +43,13 @@ Row appendRow(std::size_t frame, std::size_t doubles, Target target)
             }};
 }
 
-/// Doubles one by one, beside push_back of a ring of another make.
+/// Doubles one by one, beside push_back without what the library tells the compiler for its rings.
 Row appendOneRow()
 {
     return {"ring append", "single doubles, L2", {{}, 1.8, {}}, [] {
                 const auto ring = std::make_shared<Ring>(kL2);
                 ring->reserveFor(kL2);
                 ring->appendFill(kL2, 0.0);
-                const auto other = std::make_shared<boost::circular_buffer<double>>(kL2, 0.0);
                 return Work{kDoublesACall,
                             [=] {
                                 for (std::size_t i = 0; i < kDoublesACall; ++i) {
@@ -62,11 +59,7 @@ Row appendOneRow()
                                 touchMemory();
                             },
                             {},
-                            [=] {
-                                for (std::size_t i = 0; i < kDoublesACall; ++i)
-                                    other->push_back(static_cast<double>(i));
-                                touchMemory();
-                            }};
+                            pushBacks(kDoublesACall, kL2)};
             }};
 }
 

@@ -5,6 +5,8 @@
 #include <tracery/SpectrumBuffer.h>
 #include <tracery/TimeBuffer.h>
 
+#include <boost/circular_buffer.hpp>
+
 #include <limits>
 #include <memory>
 #include <vector>
@@ -35,6 +37,14 @@ struct FullBuffer {
 };
 
 } // namespace
+
+std::function<void()> pushBacks(std::size_t count, std::size_t capacity)
+{
+    return [count, ring = std::make_shared<boost::circular_buffer<double>>(capacity, 0.0)] {
+        for (std::size_t i = 0; i < count; ++i)
+            ring->push_back(static_cast<double>(i));
+    };
+}
 
 std::function<void()> stepWrites(std::size_t width, std::size_t steps)
 {

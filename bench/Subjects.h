@@ -13,6 +13,9 @@ namespace tracery::bench {
 /// A detector by its name, such as "edge" or "window either", at work on (time, value) pairs.
 std::function<void()> detection(const std::string& name, std::span<const double> pairs);
 
+/// Doubles put one by one into a full circular buffer, as its header compiles by itself.
+std::function<void()> pushBacks(std::size_t count, std::size_t capacity);
+
 // Full buffers of one port, whose steps have `width` values or one a channel: one step written by AddTime and AddValue or
 // by addTimeAndValue; the whole port read; one channel read for the display, for the trigger, and in kept blocks.
 std::function<void()> stepWrites(std::size_t width, std::size_t steps);

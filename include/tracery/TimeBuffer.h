@@ -19,10 +19,11 @@ enum class BufferType : std::int32_t { SingleRate = 1, MultipleRate = 2 };
 ///
 /// A port delivers, per time step, one block of values of up to a fixed maximum size; the buffer keeps the newest steps
 /// of each port, up to a capacity per port, and silently drops the oldest. A step always takes the whole maximum block:
-/// what the input does not cover is NaN. Values lie column-major. Memory grows on demand, by doubling.
+/// what the input does not cover is NaN. Values lie column-major.
 ///
-/// How long a write takes is bounded by what it writes, new pages of memory included, also where memory grows: on Linux
-/// large rings then keep their pages, and only the tables of pages change. Elsewhere growth copies what is stored.
+/// A port's first write asks for room for the whole capacity, which the system backs with memory page by page as values
+/// come. So a write takes as long as its own values and their pages do. Where so much room is not to be had, or after the
+/// capacity was raised, the write that makes the room copies what is stored.
 ///
 /// Life: before set-up (by a constructor with arguments or ResetBuffer) writes and clears do nothing whatever their
 /// arguments, and reads return nothing. Afterwards a port out of range is InvalidPortID in every operation that takes

@@ -1,11 +1,13 @@
 #pragma once
 
-#include "buffers/RingMemory.h"
 #include "support/vectorUnit.h"
 
+#include <boost/circular_buffer.hpp>
+
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
-#include <limits>
+#include <new>
 #include <optional>
 #include <span>
 
@@ -13,10 +15,16 @@ namespace tracery {
 
 /// The newest values of a stream, up to a capacity. Indexes count from the oldest.
 ///
-/// Memory grows on demand, by doubling, and only in reserveFor: an append that was reserved for cannot fail, and neither
-/// can dropping values, which keeps the memory. So several rings that belong together change together or not at all.
+/// Memory is taken in reserveFor alone: an append that was reserved for cannot fail, and neither can dropping values,
+/// which keeps the memory. So several rings that belong together change together or not at all.
+///
+/// The first append takes room for the whole capacity, which the system backs with memory page by page as values come:
+/// the ring never moves, and a write costs no more than its own values and their pages. Where so much room is not to be
+/// had, it doubles on demand, and the writes that make it grow copy what there is.
 class Ring {
 public:
+    using Storage = boost::circular_buffer<double>;
+
     /// Read access by index, through the ring's two contiguous spans. Valid until the ring changes.
     class View {
     public:
@@ -68,53 +76,52 @@ public:
         CapacityChange(Ring& ring, std::uint64_t capacity) : ring_(&ring), capacity_(capacity)
         {
             // Room above the capacity would let the ring outgrow it. Room below may grow later.
-            if (ring.memory_.room() <= capacity)
+            if (ring.storage_.capacity() <= capacity)
                 return;
             const std::uint64_t kept = std::min(capacity, ring.size());
-            fresh_.emplace(roomFor(kept, 0, capacity));
-            ring.view().copy(ring.size() - kept, kept, fresh_->data());
+            Storage& fresh = fresh_.emplace(roomFor(kept, 0, capacity));
+            fresh.insert(fresh.end(), ring.storage_.end() - static_cast<std::ptrdiff_t>(kept), ring.storage_.end());
         }
         /// Changes the capacity; the newest values stay.
         void apply() noexcept
         {
             ring_->capacity_ = capacity_;
-            if (!fresh_)
-                return;
-            ring_->memory_.swap(*fresh_);
-            ring_->end_ = 0;
-            ring_->size_ = std::min(capacity_, ring_->size_);
-            ring_->moveEnd(ring_->size_);
+            if (fresh_)
+                ring_->storage_.swap(*fresh_);
         }
 
     private:
         Ring* ring_;
         std::uint64_t capacity_;
-        std::optional<RingMemory> fresh_;
+        std::optional<Storage> fresh_;
     };
 
     explicit Ring(std::uint64_t capacity) : capacity_(capacity) {}
 
-    static constexpr std::uint64_t largestCapacity()
-    {
-        return std::numeric_limits<std::ptrdiff_t>::max() / sizeof(double);
-    }
+    static std::uint64_t largestCapacity() { return Storage().max_size(); }
 
-    std::uint64_t size() const { return size_; }
+    std::uint64_t size() const { return storage_.size(); }
     std::uint64_t capacity() const { return capacity_; }
-    bool empty() const { return size_ == 0; }
+    bool empty() const { return storage_.empty(); }
     View view() const
     {
-        const std::uint64_t inOne = std::min(size_, memory_.room() - place(size_));
-        return {{memory_.data() + place(size_), inOne}, {memory_.data(), size_ - inOne}};
+        const auto one = storage_.array_one(), two = storage_.array_two();
+        return {{one.first, one.second}, {two.first, two.second}};
     }
-    double newest() const { return memory_.data()[place(1)]; }
+    double newest() const { return storage_.back(); }
 
     /// Makes room for appending `count` values. throws  std::bad_alloc; the ring is then as before
     void reserveFor(std::uint64_t count)
     {
-        const std::uint64_t room = memory_.room();
-        if (room < capacity_ && count > room - size_)
-            grow(roomFor(size_ + std::min(count, capacity_ - size_), room, capacity_));
+        const std::uint64_t room = storage_.capacity();
+        if (room >= capacity_ || count <= room - size())
+            return;
+        const std::uint64_t wanted = size() + std::min(count, capacity_ - size());
+        try {
+            storage_.set_capacity(kPlainKernels ? roomFor(wanted, room, capacity_) : capacity_);
+        } catch (const std::bad_alloc&) {
+            storage_.set_capacity(roomFor(wanted, room, capacity_));
+        }
     }
     /// Appends `count` values that there is room for; what passes the capacity is dropped from the oldest.
     void append(const double* values, std::uint64_t count) noexcept
@@ -122,41 +129,39 @@ public:
         const std::uint64_t kept = std::min(count, capacity_);
         values += count - kept;
         if (kPlainKernels || kept == 1) {
-            for (std::uint64_t i = 0; i < kept; ++i) {
-                memory_.data()[end_] = values[i];
-                moveEnd(1);
-                size_ = std::min(size_ + 1, capacity_);
-            }
-            return;
+            for (std::uint64_t i = 0; i < kept; ++i)
+                storage_.push_back(values[i]);
+        } else if (kept > 0 && storage_.full()) {
+            // Over the oldest values, where they lie; turning a full ring moves nothing.
+            const auto one = storage_.array_one();
+            const std::uint64_t inOne = std::min<std::uint64_t>(kept, one.second);
+            std::memcpy(one.first, values, inOne * sizeof(double));
+            if (kept > inOne)
+                std::memcpy(storage_.array_two().first, values + inOne, (kept - inOne) * sizeof(double));
+            if (kept < storage_.size())
+                storage_.rotate(storage_.begin() + static_cast<std::ptrdiff_t>(kept));
+        } else if (kept > 0) {
+            storage_.insert(storage_.end(), values, values + kept);
         }
-        extend(kept, [values](double* out, std::uint64_t first, std::uint64_t n) {
-            std::memcpy(out, values + first, n * sizeof(double));
-        });
     }
     void appendFill(std::uint64_t count, double value) noexcept
     {
-        extend(std::min(count, capacity_),
-               [value](double* out, std::uint64_t, std::uint64_t n) { std::fill_n(out, n, value); });
+        const std::uint64_t kept = std::min(count, capacity_);
+        if (kept > 0)
+            storage_.insert(storage_.end(), kept, value);
     }
     /// Overwrites the value `back` places before the end (1 is the newest).
-    void setFromEnd(std::uint64_t back, double value) noexcept { memory_.data()[place(back)] = value; }
+    void setFromEnd(std::uint64_t back, double value) noexcept { storage_[storage_.size() - back] = value; }
 
     /// Drops the newest values, at most all.
-    void dropNewest(std::uint64_t count) noexcept
-    {
-        const std::uint64_t dropped = std::min(count, size_);
-        if (dropped == 0)
-            return;
-        end_ = place(dropped);
-        size_ -= dropped;
-    }
+    void dropNewest(std::uint64_t count) noexcept { storage_.erase_end(std::min(count, size())); }
     /// Drops the oldest values until `count` are left.
-    void keepNewest(std::uint64_t count) noexcept { size_ = std::min(size_, count); }
+    void keepNewest(std::uint64_t count) noexcept { storage_.erase_begin(size() - std::min(count, size())); }
     /// Drops all values and gives their memory back.
     void clear() noexcept
     {
-        Ring fresh(capacity_);
-        std::swap(*this, fresh);
+        Storage fresh;
+        storage_.swap(fresh);
     }
 
 private:
@@ -169,44 +174,8 @@ private:
         return std::min(room, capacity);
     }
 
-    /// Where the value `back` places before the end is, `back` at most the size.
-    std::uint64_t place(std::uint64_t back) const { return back <= end_ ? end_ - back : end_ + memory_.room() - back; }
-    void moveEnd(std::uint64_t count) noexcept
-    {
-        end_ += count;
-        if (end_ >= memory_.room())
-            end_ -= memory_.room();
-    }
-
-    void grow(std::uint64_t room)
-    {
-        const std::uint64_t before = memory_.room(), first = place(size_);
-        memory_.grow(room);
-        const std::uint64_t inOne = before - first;
-        if (inOne >= size_) // full up to the old end, it goes on behind it
-            end_ = first + size_;
-        else // the oldest values stay the last ones of the room
-            std::memmove(memory_.data() + (room - inOne), memory_.data() + first, inOne * sizeof(double));
-    }
-
-    /// Takes `count` more places, and calls put(place, index of its first new value, length) for each stretch of them.
-    template <class Put>
-    void extend(std::uint64_t count, Put&& put) noexcept
-    {
-        if (count == 0)
-            return;
-        const std::uint64_t inOne = std::min(count, memory_.room() - end_);
-        put(memory_.data() + end_, 0, inOne);
-        if (count > inOne)
-            put(memory_.data(), inOne, count - inOne);
-        moveEnd(count);
-        size_ = std::min(size_ + count, capacity_);
-    }
-
     std::uint64_t capacity_;
-    RingMemory memory_;     ///< its room is never above capacity_
-    std::uint64_t end_ = 0; ///< where the next value goes, inside the room
-    std::uint64_t size_ = 0;
+    Storage storage_; ///< its capacity is the room there is, never above capacity_
 };
 
 } // namespace tracery
