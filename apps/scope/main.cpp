@@ -3,10 +3,16 @@
 #include "cli/manual.h"
 #include "input/StandardInput.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
+#include <iostream>
+#include <new>
 #include <string>
 
 namespace {
@@ -49,10 +55,24 @@ void checkCommand(CLI::App& app, int argc, char** argv)
     throw scope::UsageError("there is no command '" + first + "'" + scope::suggestion(first, known));
 }
 
+/// The status, once standard output has taken everything.
+int delivered(int status)
+{
+    const bool whole = std::cout.flush().good() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    return whole ? status : complain("standard output: cannot be written");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    // A reader that has gone, or a file that may not grow, is an error like others, to be told; nothing is left half.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    // Standard streams that are closed must not become files that are opened: text would go into pictures.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", O_RDONLY) != stream)
+            return kBadInput;
     CLI::App app(kAbout, "tracery-scope");
     app.require_subcommand(1);
     app.set_version_flag("--version", "tracery-scope " TRACERY_VERSION);
@@ -68,17 +88,17 @@ int main(int argc, char** argv)
     try {
         checkCommand(app, argc, argv);
         app.parse(argc, argv);
-        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-            return complain("standard output: cannot be written");
-        return 0;
+        return delivered(0);
     } catch (const CLI::ExtrasError& error) {
         const std::vector<std::string> unknown = app.remaining(true);
         const std::string word = unknown.empty() ? error.what() : unknown[0].substr(0, unknown[0].find('='));
         return complain("there is no option '" + word + "'" + nearOption(app, word) + " (see --help)");
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
-            return app.exit(error); // --help, --version
+            return delivered(app.exit(error)); // --help, --version
         return complain(std::string(error.what()) + " (see --help)");
+    } catch (const std::bad_alloc&) {
+        return complain("not enough memory");
     } catch (const std::exception& error) {
         return complain(scope::nameStandardInput(error.what()));
     }

@@ -181,8 +181,9 @@ double CsvRecording::parseRow(const Line& line, Progress& progress, std::vector<
 
 double CsvRecording::parseTime(const Line& line, double fileTime, Progress& progress) const
 {
-    if (!std::isfinite(fileTime))
-        fail(line, 0, "expected a time");
+    constexpr double kLargestTime = 1e300; // so that differences, and spans times pixels, are numbers
+    if (!(std::abs(fileTime) <= kLargestTime))
+        fail(line, 0, std::isfinite(fileTime) ? "expected a time from -1e300 to 1e300" : "expected a time");
     if (fileTime < progress.lastTime)
         throw InputError(info_.path, lineOf(line),
                          "time " + numberText(fileTime) + " comes after " + numberText(progress.lastTime) +
