@@ -19,7 +19,8 @@ int main()
     const tracery::HostScope attached(host);
     tracery::publishClasses(host.objects());
     const auto timer = host.construct("tracery.OneShotTimer");
-    const tracery::HostArrayPtr wanted(tracery::createDoubleScalar(2.5));
+    const tracery::HostArrayPtr wanted(tracery::createDoubleMatrix(1, 1, tracery::HostComplexity::real));
+    *tracery::getRealData(wanted.get()) = 2.5;
     host.set(timer, "TimeoutDuration", wanted.get());
     const double seconds = *tracery::getRealData(host.get(timer, "TimeoutDuration").get());
     std::printf("steps %d to %d, %g s\n", first, last, seconds);

@@ -160,6 +160,7 @@ TEST_F(ProgramTest, AWriteThatFailsIsToldInOneLineAndLeavesNoHalfFile)
         {"events good.csv --json", "", full},
         {"--help", "", full},
         {"--version", "", full},
+        {"view good.csv -o -", "", full},
         {"info good.csv", "", ">&-"},
         {"play good.csv --rate-factor 1000", "", full},
         {"view good.csv -o o.png", "", full, true},
