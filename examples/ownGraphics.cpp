@@ -10,9 +10,10 @@
 
 #include <tracery/TimeScopeLine.h>
 
-#include <array>
 #include <cmath>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 using namespace tracery;
 
@@ -36,7 +37,7 @@ struct TextGraphics : BareHost {
         return {};
     }
     std::shared_ptr<Line> line = std::make_shared<Line>();
-    std::array<std::string, 5> rows{std::string(77, ' '), rows[0], rows[0], rows[0], rows[0]};
+    std::vector<std::string> rows = std::vector(5, std::string(77, ' '));
 };
 } // namespace
 
