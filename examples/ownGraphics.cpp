@@ -19,7 +19,6 @@ using namespace tracery;
 
 namespace {
 const char* const kAnimator = "veltra.graphics.animation.ScopeLineAnimator";
-
 /// The animator's class, and its only object, the line.
 struct Line : hostobj::COSClass, hostobj::COSInterface {
     hostobj::COSNameID getName() const override { return kAnimator; }
@@ -48,9 +47,10 @@ int main()
     TimeScopeLine line; // looks the animator up
     line.setLine(hostobj::omCreateScalar(host.line).get());
     const HostArrayPtr points(createDoubleMatrix(2, 100000, HostComplexity::real));
+    double* point = getRealData(points.get());
     for (int i = 0; i < 100000; ++i) {
-        getRealData(points.get())[2 * i] = i / 1e5;
-        getRealData(points.get())[2 * i + 1] = std::sin(20 * i / 1e5);
+        *point++ = i / 1e5;
+        *point++ = std::sin(20 * i / 1e5);
     }
     line.plotData(points.get(), true, 77); // 77 columns a second
     for (const std::string& row : host.rows)

@@ -38,7 +38,7 @@ int main(int argc, char** argv)
     buffer.addtoBuffer(samples.data(), static_cast<std::uint32_t>(samples.size()), false, 0);
     const HostArrayPtr segments(buffer.getAvailableSegments()); // null when there is none
     std::vector<double> spectrum(128);
-    for (std::size_t n = 0; segments != nullptr && n < 256 * buffer.getNumSegments(); n += 256)
+    for (std::size_t n = 0; segments != nullptr && n < std::size_t{256} * buffer.getNumSegments(); n += 256)
         for (std::size_t bin = 1; bin < 128; ++bin) {
             std::complex<double> sum;
             for (std::size_t i = 0; i < 256; ++i)
