@@ -65,12 +65,25 @@ std::optional<Batch> BatchReader::next()
             }
         }
         if (held_.steps() + block_.steps() == 0)
-            return std::nullopt;
+            break;
         Batch batch = joinHeldAndBlock();
         std::swap(held_, rest);
         return batch;
     }
+    if (failure_)
+        std::rethrow_exception(failure_);
     return std::nullopt;
+}
+
+/// Reads a block; an error ends the recording there, and comes when all before it is handed out.
+void BatchReader::readOn()
+{
+    try {
+        recording_->read(block_, steps_);
+    } catch (const InputError&) {
+        block_ = Block();
+        failure_ = std::current_exception();
+    }
 }
 
 void BatchReader::readBlock()
@@ -80,7 +93,7 @@ void BatchReader::readBlock()
     if (ahead_.steps() > 0)
         block_ = std::exchange(ahead_, {});
     else
-        recording_->read(block_, steps_);
+        readOn();
     ended_ = block_.steps() == 0;
     if (!ended_) {
         const auto late = std::upper_bound(block_.times.begin() + 1, block_.times.end(), block_.times[0] + seconds_);

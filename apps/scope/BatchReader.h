@@ -5,6 +5,7 @@
 #include <tracery/host/HostArray.h>
 
 #include <cstdint>
+#include <exception>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -32,16 +33,19 @@ public:
                 double seconds = std::numeric_limits<double>::infinity());
 
     const RecordingInfo& info() const { return recording_->info(); }
-    /// The next batch, at least one step; nothing at the end. throws  InputError
+    /// The next batch, at least one step; nothing at the end. throws  InputError, when what came
+    /// before the error is handed out
     std::optional<Batch> next();
     /// Time of the last step read from the recording, handed out or not; -inf before.
     double reached() const { return reached_; }
-    bool ended() const { return ended_; }
+    /// Whether all is handed out, and there was no error.
+    bool ended() const { return ended_ && !failure_; }
     /// As Recording::stop. thread  any
     void stop() { recording_->stop(); }
 
 private:
     void readBlock();
+    void readOn();
     void holdBackNewest(Block& rest);
     Batch joinHeldAndBlock();
 
@@ -57,6 +61,7 @@ private:
     double reached_ = -std::numeric_limits<double>::infinity();
     bool sought_ = false;
     bool ended_ = false;
+    std::exception_ptr failure_;
 };
 
 } // namespace scope

@@ -83,13 +83,12 @@ void runEvents(const EventsOptions& options)
         totals = scan->run(
             [&](const TriggerEvent& event) {
                 options.json ? printJson(event) : printCsv(event);
-                return true;
+                return std::ferror(stdout) == 0; // else nobody reads on
             },
             [&](double reached) { progress.show((reached - from) / (source.range.last - from)); });
     }
     printTotals(totals, options.json);
-    std::fflush(stdout);
-    if (totals.shown + totals.freeRuns == 0) {
+    if (std::fflush(stdout) == 0 && totals.shown + totals.freeRuns == 0) {
         const SignalRange range =
             measureRange(openBatches(files, options.rate, source, from), source.channel, options.trigger.part);
         std::fprintf(stderr, "tracery-scope: %s\n",

@@ -128,7 +128,8 @@ public:
     /// currentTime, span     seconds
     /// partialWindow         give a window before it is full of data
     /// start, end            the window, or -inf both
-    /// throws  what the buffer's reads throw
+    /// throws  what the buffer's reads throw. Without memory the samples may have been taken in; the next call then
+    ///         gives the window that this one would have given.
     void getTriggerWindow(const TimeBuffer& buffer, bool isFrameBased, double framePeriod, std::uint64_t port,
                           std::uint64_t channel, double firstDisplayableTime, double currentTime, double span,
                           bool partialWindow, double& start, double& end);

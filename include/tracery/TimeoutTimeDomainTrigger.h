@@ -37,6 +37,8 @@ private:
     void updateAnyEventQueue(std::span<const Element> pairs, EventQueue& queue);
     template <class Element, class Crossing>
     void pushTimeouts(std::span<const Element> pairs, Crossing crosses, EventQueue& queue);
+    /// A time up to which none is late; +inf when none can be, -inf when that takes a closer look.
+    double latestInTime() const;
 
     bool armedPositive_ = false; // below level - hysteresis since the last rising crossing
     bool armedNegative_ = false; // above level + hysteresis since the last falling crossing

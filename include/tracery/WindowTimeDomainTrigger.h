@@ -34,6 +34,8 @@ public:
 private:
     template <class Element>
     void update(std::span<const Element> pairs, const double* extrema, EventQueue& queue);
+    template <class Element, class Rule>
+    void scanBand(std::span<const Element> pairs, Rule&& rule);
     template <class Element>
     void updateInsideEventQueue(std::span<const Element> pairs, EventQueue& queue);
     template <class Element>

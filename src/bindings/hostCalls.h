@@ -29,10 +29,21 @@ struct Reacting : PropInfo {
         guarded([&] {
             const HostArrayPtr before(PropInfo::getValue(object));
             PropInfo::setValue(object, value);
-            const HostArrayPtr after(PropInfo::getValue(object));
-            if (!sameValue(before.get(), after.get()) && !isSettingProperties(object))
+            if (!stillIs(before.get(), object) && !isSettingProperties(object))
                 callIfPresent(object, {methods.text...});
         });
+    }
+
+private:
+    /// Without memory to tell, it has changed: the class rather reacts in vain than never.
+    bool stillIs(const HostArray* before, const HostObjectRef& object) const
+    {
+        try {
+            const HostArrayPtr after(PropInfo::getValue(object));
+            return sameValue(before, after.get());
+        } catch (...) {
+            return false;
+        }
     }
 };
 

@@ -1,13 +1,12 @@
 #include "buffers/CcdfStatistics.h"
 
 #include "support/containerErrors.h"
+#include "support/lanes.h"
 
 #include <tracery/host/Error.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <numeric>
 
@@ -24,6 +23,34 @@ HostArrayPtr copyToMatrix(std::uint64_t rows, std::uint64_t columns, std::span<c
     std::copy(counts.begin(), counts.end(), getRealData(matrix.get()));
     return matrix;
 }
+
+/// The greatest finite power, at least 0. Several chains, because each comparison waits for the one before; no order
+/// changes a maximum.
+template <class Width>
+TRACERY_INLINE double greatestFiniteOf(std::span<const double> powers)
+{
+    using Lanes = typename Width::Lanes;
+    constexpr std::size_t kLanes = sizeof(Lanes) / sizeof(double), kChains = 4;
+    Lanes peaks[kChains] = {};
+    std::size_t i = 0;
+    for (; i + kLanes * kChains <= powers.size(); i += kLanes * kChains)
+        for (std::size_t k = 0; k < kChains; ++k) {
+            Lanes power;
+            load(power, &powers[i + kLanes * k]);
+            const Lanes finite = power < kInf ? power : Lanes{};
+            peaks[k] = finite > peaks[k] ? finite : peaks[k];
+        }
+    double peak = 0;
+    for (const Lanes& lanes : peaks)
+        for (std::size_t lane = 0; lane < kLanes; ++lane)
+            peak = std::max(peak, lanes[lane]);
+    for (; i < powers.size(); ++i)
+        if (powers[i] < kInf && powers[i] > peak)
+            peak = powers[i];
+    return peak;
+}
+
+TRACERY_AVX2 double greatestFiniteAvx2(std::span<const double> powers) { return greatestFiniteOf<FourLanes>(powers); }
 
 } // namespace
 
@@ -71,30 +98,9 @@ void CcdfStatistics::resetCCDF()
     histogram_.clear();
 }
 
-/// The greatest finite power, at least 0. Several chains, because each comparison waits for the one before; no order
-/// changes a maximum.
 double CcdfStatistics::extractPeakPower(Column column)
 {
-    using Lanes [[gnu::vector_size(16)]] = double;
-    constexpr std::size_t kLanes = 2, kChains = 4;
-    const auto greater = [](Lanes peak, Lanes power) {
-        const Lanes finite = power < Lanes{kInf, kInf} ? power : Lanes{};
-        return finite > peak ? finite : peak;
-    };
-    std::array<Lanes, kChains> peaks{};
-    std::size_t i = 0;
-    for (; i + kLanes * kChains <= column.size(); i += kLanes * kChains)
-        for (std::size_t k = 0; k < kChains; ++k) {
-            Lanes powers;
-            std::memcpy(&powers, &column[i + kLanes * k], sizeof powers);
-            peaks[k] = greater(peaks[k], powers);
-        }
-    const Lanes both = greater(greater(peaks[0], peaks[1]), greater(peaks[2], peaks[3]));
-    double peak = std::max(both[0], both[1]);
-    for (const double power : column.subspan(i))
-        if (power < kInf && power > peak)
-            peak = power;
-    return peak;
+    return useAvx2() ? greatestFiniteAvx2(column) : greatestFiniteOf<TwoLanes>(column);
 }
 
 /// Makes the bin of `newPeak` the top one.

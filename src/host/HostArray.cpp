@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstring>
 #include <limits>
-#include <new>
 #include <span>
 #include <variant>
 #include <vector>
@@ -36,7 +35,7 @@ struct ObjectData {
     std::vector<HostObjectRef> elements;
 };
 
-/// Zero-filled; null for no elements. calloc lets large arrays stay untouched pages until they are written.
+/// Zero-filled; null for no elements.
 template <class T>
 Buffer<T> zeros(std::uint64_t count)
 {
@@ -44,10 +43,7 @@ Buffer<T> zeros(std::uint64_t count)
         return nullptr;
     if (count > std::numeric_limits<std::size_t>::max() / sizeof(T) / 2)
         throw Error(errors::InvalidArray, "the extents need more memory than can be addressed");
-    void* memory = std::calloc(count, sizeof(T));
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return Buffer<T>(static_cast<T*>(memory));
+    return Buffer<T>(static_cast<T*>(allocateZeros(count * sizeof(T))));
 }
 
 template <class T>
@@ -107,6 +103,7 @@ public:
     std::uint64_t elements = 0;
     HostArrayScope scope = HostArrayScope::call;
     Data data;
+    HostArrayPtr nextToGo; ///< while it is destroyed
 };
 
 namespace {
@@ -150,8 +147,16 @@ HostArrayPtr makeDouble(std::size_t numDims, const std::uint64_t* extents, HostC
     return array;
 }
 
+/// A copy that is still to be made, and where it goes.
+struct Due {
+    const HostArray* source;
+    HostArrayPtr* copy;
+};
+
+/// Copies the data of an array of `count` elements; of a cell, the elements are left for later.
 struct Duplicator {
     std::uint64_t count;
+    std::vector<Due>& due;
     HostArray::Data operator()(const DoubleData& d) const
     {
         DoubleData copy;
@@ -165,9 +170,10 @@ struct Duplicator {
     HostArray::Data operator()(const CellData& d) const
     {
         CellData copy;
-        copy.elements.reserve(d.elements.size());
-        for (const HostArrayPtr& element : d.elements)
-            copy.elements.emplace_back(element ? duplicateArray(element.get()) : nullptr);
+        copy.elements.resize(d.elements.size());
+        for (std::size_t i = 0; i < d.elements.size(); ++i)
+            if (d.elements[i] != nullptr)
+                due.push_back({d.elements[i].get(), &copy.elements[i]});
         return copy;
     }
     HostArray::Data operator()(const ObjectData& d) const { return d; }
@@ -175,7 +181,21 @@ struct Duplicator {
 
 } // namespace
 
-void destroyArray(HostArray* array) noexcept { delete array; }
+void destroyArray(HostArray* array) noexcept
+{
+    // One after the other: cells may be nested more deeply than the stack allows.
+    HostArrayPtr toGo(array);
+    while (toGo != nullptr) {
+        const std::unique_ptr<HostArray> going(toGo.release());
+        toGo = std::move(going->nextToGo);
+        if (auto* cell = dataOf<CellData>(going.get()))
+            for (HostArrayPtr& element : cell->elements)
+                if (element != nullptr) {
+                    element->nextToGo = std::move(toGo);
+                    toGo = std::move(element);
+                }
+    }
+}
 
 HostArray* createDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostComplexity complexity)
 {
@@ -271,9 +291,16 @@ HostArray* createObjectArray(const char* className, std::size_t numDims, const s
 
 HostArray* duplicateArray(const HostArray* array)
 {
-    HostArrayPtr copy = makeArray(array->extents.size(), array->extents.data());
-    copy->data = std::visit(Duplicator{array->elements}, array->data);
-    return copy.release();
+    // A list in place of recursion, likewise.
+    HostArrayPtr whole;
+    std::vector<Due> due{{array, &whole}};
+    while (!due.empty()) {
+        const auto [source, place] = due.back();
+        due.pop_back();
+        *place = makeArray(source->extents.size(), source->extents.data());
+        (*place)->data = std::visit(Duplicator{source->elements, due}, source->data);
+    }
+    return whole.release();
 }
 
 HostClassID getClassID(const HostArray* array)

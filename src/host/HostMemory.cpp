@@ -15,6 +15,15 @@ void* allocateMemory(std::size_t bytes)
     return memory;
 }
 
+void* allocateZeros(std::size_t bytes)
+{
+    // calloc lets large arrays stay untouched pages until they are written.
+    void* memory = std::calloc(bytes != 0 ? bytes : 1, 1);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
 void freeMemory(void* memory) noexcept { std::free(memory); }
 
 double getNaN() noexcept { return std::numeric_limits<double>::quiet_NaN(); }

@@ -4,6 +4,12 @@
 
 namespace tracery::binding {
 
+namespace {
+const Error noMemory(errors::OutOfMemory);
+} // namespace
+
+const Error& outOfMemory() noexcept { return noMemory; }
+
 void requireCounts(std::size_t inputs, std::size_t fewest, std::size_t most, std::size_t wanted, std::size_t outputs)
 {
     if (inputs < fewest || inputs > most)

@@ -10,6 +10,9 @@
 
 namespace tracery::binding {
 
+/// The error of no memory, made beforehand: throwing it takes none.
+const Error& outOfMemory() noexcept;
+
 /// Runs what a host asked for; every failure leaves as an Error, which hosts show with its identifier. That goes for
 /// what host code throws that the library calls in between, too.
 template <class Body>
@@ -20,7 +23,7 @@ auto guarded(Body&& body) -> decltype(body())
     } catch (const Error&) {
         throw;
     } catch (const std::bad_alloc&) {
-        throw Error(errors::OutOfMemory);
+        throw outOfMemory();
     } catch (const std::out_of_range& error) {
         throw Error(errors::InvalidSubscript, error.what());
     } catch (const std::length_error& error) {

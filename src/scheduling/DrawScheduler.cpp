@@ -40,6 +40,7 @@ void DrawScheduler::Init() { Init(getTimeInterval(), 0.5); }
 
 void DrawScheduler::Init(double intervalSeconds, double second)
 {
+    listenToCommits(); // first, as this alone can fail
     second_ = second;
     drawCount_ = 0;
     inCallback_ = false;
@@ -47,7 +48,6 @@ void DrawScheduler::Init(double intervalSeconds, double second)
     intervalMicroseconds_ = intervalSeconds * 1e6;
     timer_->setTimeout(intervalSeconds);
     timer_->start();
-    listenToCommits();
 }
 
 void DrawScheduler::listenToCommits()
@@ -56,11 +56,9 @@ void DrawScheduler::listenToCommits()
     const Host* listened = getCommitHost();
     if (listened != nullptr && (host == nullptr || host == listened))
         return;
-    commitHook_.reset();
-    if (host == nullptr)
-        return;
-    commitHook_ = host->graphics().addCommitHook([this](int type) { CDUHook(type); });
-    commitHost_ = host->watch();
+    auto hook = host != nullptr ? host->graphics().addCommitHook([this](int type) { CDUHook(type); }) : nullptr;
+    commitHook_.swap(hook);
+    commitHost_ = host != nullptr ? host->watch() : std::weak_ptr<Host>();
 }
 
 void DrawScheduler::Clear()

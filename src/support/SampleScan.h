@@ -1,7 +1,14 @@
 #pragma once
 
+#include "support/sampleKernels.h"
+#include "support/vectorUnit.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <complex>
 #include <cstddef>
+#include <limits>
 #include <span>
 #include <type_traits>
 
@@ -53,8 +60,9 @@ TimedSample sampleAt(bool imagPart, std::span<const Element> pairs, std::size_t 
 }
 
 /// Shows `rule` each sample of a block together with its predecessor; `before` is that of the first one.
+/// Returns the last sample.
 template <class Element, class Rule>
-void scan(std::span<const Element> pairs, bool imagPart, TimedSample before, Rule&& rule)
+TimedSample scan(std::span<const Element> pairs, bool imagPart, TimedSample before, Rule&& rule)
 {
     withPart<Element>(imagPart, [&](auto part) {
         for (std::size_t i = 0; i < pairs.size() / 2; ++i) {
@@ -63,6 +71,112 @@ void scan(std::span<const Element> pairs, bool imagPart, TimedSample before, Rul
             before = now;
         }
     });
+    return before;
+}
+
+/// Samples that a rule has no use for in its present state: those of a value in [low, high] that are not after
+/// `latest`.
+struct QuietSamples {
+    double low = -std::numeric_limits<double>::infinity();
+    double high = std::numeric_limits<double>::infinity();
+    double latest = std::numeric_limits<double>::infinity();
+};
+constexpr QuietSamples kNoneQuiet{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+
+/// The number of samples from the front that are surely quiet.
+template <class Element>
+std::size_t countQuiet(std::span<const Element> pairs, bool imagPart, const QuietSamples& quiet)
+{
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    constexpr std::size_t kParts = sizeof(Element) / sizeof(double);
+    LaneBounds bounds{{-kInf, -kInf, -kInf, -kInf}, {kInf, kInf, kInf, kInf}};
+    for (std::size_t time = imagPart ? kParts - 1 : 0; time < 4; time += 2 * kParts) {
+        bounds.high[time] = quiet.latest;
+        bounds.low[time + kParts] = quiet.low;
+        bounds.high[time + kParts] = quiet.high;
+    }
+    const auto* doubles = reinterpret_cast<const double*>(pairs.data()); // as complex numbers may be read
+    return quietLength(doubles, pairs.size() * kParts, bounds) / (2 * kParts);
+}
+
+/// How many samples to take one by one before asking again whether what follows is quiet: less and less often where little
+/// is.
+template <std::size_t kShortest>
+class Patience {
+public:
+    std::size_t stretch(std::size_t left) const { return std::min(stretch_, left); }
+    void tell(std::size_t passed) { stretch_ = passed > 0 ? kShortest : std::min(2 * stretch_, 8 * kShortest); }
+
+private:
+    std::size_t stretch_ = kShortest;
+};
+
+/// scan for rules that have no use for samples that are `quiet(last)` after the last one they saw.
+template <class Element, class Rule, class Quiet>
+void scanPassingQuiet(std::span<const Element> pairs, bool imagPart, TimedSample before, Rule&& rule, Quiet&& quiet)
+{
+    withPart<Element>(imagPart, [&](auto part) {
+        const std::size_t count = pairs.size() / 2;
+        Patience<16> patience;
+        for (std::size_t i = 0; i < count;) {
+            for (const std::size_t end = kPlainKernels ? count : i + patience.stretch(count - i); i < end; ++i) {
+                const TimedSample now = sampleThrough(part, pairs, i);
+                rule(before, now);
+                before = now;
+            }
+            if (i == count)
+                break;
+            const std::size_t passed = countQuiet(pairs.subspan(2 * i), imagPart, quiet(before));
+            patience.tell(passed);
+            i += passed;
+            before = sampleThrough(part, pairs, i - 1);
+        }
+    });
+}
+
+/// Levels that divide values into regions, from the lowest to the highest, and their neighbours among the doubles.
+template <std::size_t kCount>
+class Regions {
+public:
+    explicit Regions(const std::array<double, kCount>& levels) : levels_(levels)
+    {
+        constexpr double kInf = std::numeric_limits<double>::infinity();
+        for (std::size_t k = 0; k < kCount; ++k) {
+            below_[k] = std::nextafter(levels[k], -kInf);
+            above_[k] = std::nextafter(levels[k], kInf);
+            ordered_ &= levels[k > 0 ? k - 1 : 0] <= levels[k];
+        }
+    }
+    /// The values that compare with every level as this one does; none when the levels are not in order.
+    QuietSamples around(double value) const
+    {
+        if (std::isnan(value) || !ordered_)
+            return kNoneQuiet;
+        QuietSamples region;
+        for (std::size_t k = 0; k < kCount; ++k) {
+            if (value >= levels_[k])
+                region.low = value > levels_[k] ? above_[k] : levels_[k];
+            if (value <= levels_[k]) {
+                region.high = value < levels_[k] ? below_[k] : levels_[k];
+                break;
+            }
+        }
+        return region;
+    }
+
+private:
+    std::array<double, kCount> levels_, below_, above_;
+    bool ordered_ = true;
+};
+
+/// scan for rules that look at a sample's relation to levels only and do nothing with one that has the same as the
+/// sample before, as long as the levels, from lowest to highest, are in order.
+template <class Element, std::size_t kCount, class Rule>
+void scanRegions(std::span<const Element> pairs, bool imagPart, TimedSample before,
+                 const std::array<double, kCount>& levels, Rule&& rule)
+{
+    const Regions regions(levels);
+    scanPassingQuiet(pairs, imagPart, before, rule, [&](TimedSample last) { return regions.around(last.value); });
 }
 
 } // namespace tracery

@@ -1,5 +1,5 @@
-#include "support/SampleScan.h"
 #include "trigger/LevelCrossing.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/EdgeTimeDomainTrigger.h>
 
@@ -20,10 +20,8 @@ void EdgeTimeDomainTrigger::reset()
 template <class Element, class Crossing>
 void EdgeTimeDomainTrigger::pushCrossings(std::span<const Element> pairs, Crossing crosses, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
-        if (crosses(now.value))
-            push(queue, crossingTime(before, now, level_));
-    });
+    scanCrossings(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, crosses,
+                  [&](TimedSample before, TimedSample now) { push(queue, crossingTime(before, now, level_)); });
 }
 
 template <class Element>
@@ -64,13 +62,13 @@ void EdgeTimeDomainTrigger::update(std::span<const Element> pairs, const double*
 void EdgeTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                              const double* extrema, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 void EdgeTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
                                              double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 } // namespace tracery

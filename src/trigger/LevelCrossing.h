@@ -1,9 +1,29 @@
 #pragma once
 
+#include "support/SampleScan.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+
 /// The crossing rules that the edge and the timeout detector share. Each is called once a sample, in order,
 /// with the sample's value, and tells whether the level is crossed there. The flags belong to the detector
-/// and outlive a block.
+/// and outlive a block. Rules also tell which values would do nothing as the flags stand, and can take the 64 values of a
+/// stretch at once.
 namespace tracery {
+
+/// Goes through 64 samples of which some arm and others, never the same ones, fire if armed, which disarms. Returns those
+/// that fire. The carries of an addition run through the samples as the flag does: arming ones make a carry, firing ones
+/// stop it, the rest pass it on.
+inline std::uint64_t fireArmed(bool& armed, std::uint64_t arming, std::uint64_t firing)
+{
+    const std::uint64_t passing = ~firing;
+    std::uint64_t sum = 0;
+    bool carry = __builtin_add_overflow(passing, arming, &sum);
+    carry |= __builtin_add_overflow(sum, std::uint64_t{armed}, &sum);
+    armed = carry;
+    return firing & (sum ^ passing ^ arming);
+}
 
 /// Below level - hysteresis arms; armed and above the level crosses.
 struct RisingCrossing {
@@ -20,6 +40,18 @@ struct RisingCrossing {
             return true;
         }
         return false;
+    }
+    QuietSamples quiet() const
+    {
+        QuietSamples quiet;
+        (armed ? quiet.high : quiet.low) = armed ? level : armBelow;
+        return quiet;
+    }
+    bool takesStretches() const { return true; }
+    std::uint64_t stretch(const double* pairs) const
+    {
+        const LevelMasks masks = compareSamples(pairs, armBelow, level);
+        return fireArmed(armed, masks.below, masks.above & ~masks.below);
     }
 };
 
@@ -38,6 +70,18 @@ struct FallingCrossing {
             return true;
         }
         return false;
+    }
+    QuietSamples quiet() const
+    {
+        QuietSamples quiet;
+        (armed ? quiet.low : quiet.high) = armed ? level : armAbove;
+        return quiet;
+    }
+    bool takesStretches() const { return true; }
+    std::uint64_t stretch(const double* pairs) const
+    {
+        const LevelMasks masks = compareSamples(pairs, level, armAbove);
+        return fireArmed(armed, masks.above, masks.below & ~masks.above);
     }
 };
 
@@ -67,6 +111,63 @@ struct EitherCrossing {
         }
         return false;
     }
+    QuietSamples quiet() const
+    {
+        if (!takesStretches())
+            return kNoneQuiet;
+        QuietSamples quiet{armBelow, armAbove};
+        if (armedPositive) {
+            quiet.low = -std::numeric_limits<double>::infinity();
+            quiet.high = level;
+        }
+        if (armedNegative) {
+            quiet.low = level;
+            quiet.high = armedPositive ? level : std::numeric_limits<double>::infinity();
+        }
+        return quiet;
+    }
+    /// With the levels in order no sample crosses both ways or crosses the way it arms, so that the two ways are apart.
+    bool takesStretches() const { return armBelow <= level && level <= armAbove; }
+    std::uint64_t stretch(const double* pairs) const
+    {
+        const LevelMasks arming = compareSamples(pairs, armBelow, armAbove);
+        const LevelMasks firing = compareSamples(pairs, level, level);
+        return fireArmed(armedPositive, arming.below, firing.above) |
+               fireArmed(armedNegative, arming.above, firing.below);
+    }
 };
+
+/// Calls found(before, now) for each sample that crosses.
+template <class Element, class Crossing, class Found>
+void scanCrossings(std::span<const Element> pairs, bool imagPart, TimedSample before, Crossing crosses, Found&& found)
+{
+    const auto plainly = [&](std::size_t i, std::size_t count, TimedSample ahead) {
+        scan(pairs.subspan(2 * i, 2 * count), imagPart, ahead, [&](TimedSample previous, TimedSample now) {
+            if (crosses(now.value))
+                found(previous, now);
+        });
+    };
+    if (kPlainKernels)
+        return plainly(0, pairs.size() / 2, before);
+    Patience<kMaskSamples> patience;
+    for (std::size_t i = 0; i < pairs.size() / 2;) {
+        std::size_t count = patience.stretch(pairs.size() / 2 - i);
+        if constexpr (std::is_same_v<Element, double>) {
+            for (; count >= kMaskSamples && crosses.takesStretches(); i += kMaskSamples, count -= kMaskSamples) {
+                for (std::uint64_t hits = crosses.stretch(&pairs[2 * i]); hits != 0; hits &= hits - 1) {
+                    const std::size_t at = i + static_cast<std::size_t>(std::countr_zero(hits));
+                    found(at == i ? before : sampleAt(false, pairs, at - 1), sampleAt(false, pairs, at));
+                }
+                before = sampleAt(false, pairs, i + kMaskSamples - 1);
+            }
+        }
+        plainly(i, count, before);
+        i += count;
+        const std::size_t passed = countQuiet(pairs.subspan(2 * i), imagPart, crosses.quiet());
+        patience.tell(passed);
+        i += passed;
+        before = sampleAt(imagPart, pairs, i - 1);
+    }
+}
 
 } // namespace tracery

@@ -1,4 +1,5 @@
 #include "support/SampleScan.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/PulseWidthTimeDomainTrigger.h>
 
@@ -34,7 +35,8 @@ void PulseWidthTimeDomainTrigger::update(std::span<const Element> pairs, const d
         return;
     followTwoLevels(extrema);
     const double middle = (upperLevel_ + lowerLevel_) / 2;
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    const std::array levels{lowerLevel_, middle, upperLevel_};
+    const auto rule = [&](TimedSample before, TimedSample now) {
         if (armedRise_ && now.value > middle) {
             armedRise_ = false;
             riseTime_ = crossingTime(before, now, middle);
@@ -57,20 +59,21 @@ void PulseWidthTimeDomainTrigger::update(std::span<const Element> pairs, const d
             }
             armedFall_ = highSeen_ = true;
         }
-    });
+    };
+    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
     cacheLastSample(pairs.data(), pairs.size() / 2);
 }
 
 void PulseWidthTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                                    const double* extrema, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 void PulseWidthTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
                                                    double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 } // namespace tracery

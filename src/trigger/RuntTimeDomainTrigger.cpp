@@ -1,4 +1,5 @@
 #include "support/SampleScan.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/RuntTimeDomainTrigger.h>
 
@@ -22,7 +23,7 @@ void RuntTimeDomainTrigger::update(std::span<const Element> pairs, const double*
     if (pairs.empty())
         return;
     followTwoLevels(extrema);
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    const auto rule = [&](TimedSample before, TimedSample now) {
         if (!between_ && lowerLevel_ < now.value && now.value < upperLevel_) {
             if (belowLower_)
                 startTime_ = crossingTime(before, now, lowerLevel_);
@@ -46,20 +47,22 @@ void RuntTimeDomainTrigger::update(std::span<const Element> pairs, const double*
             aboveUpper_ = between_ = false;
             belowLower_ = true;
         }
-    });
+    };
+    const std::array levels{lowerLevel_, upperLevel_};
+    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
     cacheLastSample(pairs.data(), pairs.size() / 2);
 }
 
 void RuntTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                              const double* extrema, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 void RuntTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
                                              double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 } // namespace tracery

@@ -114,8 +114,8 @@ void TimeDomainTriggerController::setHoldoff(double seconds)
 
 void TimeDomainTriggerController::setType(TypeEnum type)
 {
-    type_ = type;
     detector_ = makeDetector(type);
+    type_ = type;
     // Every setting, whether this kind uses it or not, so that the getters of levels never tell a default.
     setPolarity(polarity_);
     setAutoLevel(autoLevel_);
@@ -219,10 +219,15 @@ void TimeDomainTriggerController::processSample(double time, double value, doubl
     resetIfSteppedBack(currentTime);
     if (mode_ == ModeEnum::Off)
         return;
-    pendingSamples_.push_back(time);
-    pendingSamples_.push_back(value);
-    if (pendingSamples_.size() >= kPendingDoubles)
+    pendingSamples_.insert(pendingSamples_.end(), {time, value});
+    if (pendingSamples_.size() < kPendingDoubles)
+        return;
+    try {
         updateEventQueue(currentTime, span);
+    } catch (...) {
+        pendingSamples_.resize(pendingSamples_.size() - 2); // it may be handed in again
+        throw;
+    }
 }
 
 void TimeDomainTriggerController::processBuffer(const TimeBuffer& buffer, bool isFrameBased, double framePeriod,
@@ -306,6 +311,7 @@ TimeDomainTriggerController::findLastDisplayableEvent(double offset, double curr
 {
     FoundEvent event;
     consumedEvents_.clear();
+    consumedEvents_.reserve(eventQueue_.size()); // before the first event is taken out
     while (!eventQueue_.empty() && currentTime >= displayTime(eventQueue_.front(), offset, span)) {
         event.time = lastDisplayableEvent_ = eventQueue_.front();
         eventQueue_.pop_front();

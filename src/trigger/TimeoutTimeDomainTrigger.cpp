@@ -1,7 +1,9 @@
-#include "support/SampleScan.h"
 #include "trigger/LevelCrossing.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/TimeoutTimeDomainTrigger.h>
+
+#include <cmath>
 
 namespace tracery {
 
@@ -20,17 +22,35 @@ void TimeoutTimeDomainTrigger::reset()
     lastCrossingTime_ = kTimerNotStarted;
 }
 
+double TimeoutTimeDomainTrigger::latestInTime() const
+{
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    const auto late = [this](double time) { return time - timeout_ > lastCrossingTime_; };
+    if (!late(kInf))
+        return kInf;
+    double latest = lastCrossingTime_ + timeout_;
+    if (late(latest)) // rounded up
+        latest = std::nextafter(latest, -kInf);
+    return late(latest) || std::isnan(latest) ? -kInf : latest;
+}
+
 template <class Element, class Crossing>
 void TimeoutTimeDomainTrigger::pushTimeouts(std::span<const Element> pairs, Crossing crosses, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    const auto rule = [&](TimedSample before, TimedSample now) {
         if (crosses(now.value))
             lastCrossingTime_ = crossingTime(before, now, level_);
         if (now.time - timeout_ > lastCrossingTime_) {
             push(queue, now.time);
             lastCrossingTime_ = kWaitForCrossing; // even when holdoff refused the event
         }
-    });
+    };
+    const auto quiet = [&](TimedSample) {
+        QuietSamples samples = crosses.quiet();
+        samples.latest = latestInTime();
+        return samples;
+    };
+    scanPassingQuiet(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, rule, quiet);
 }
 
 template <class Element>
@@ -72,13 +92,13 @@ void TimeoutTimeDomainTrigger::update(std::span<const Element> pairs, EventQueue
 void TimeoutTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                                 const double* /*extrema*/, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), queue); });
 }
 
 void TimeoutTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* /*extrema*/,
                                                 double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), queue); });
 }
 
 } // namespace tracery

@@ -1,4 +1,5 @@
 #include "support/SampleScan.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/TransitionTimeDomainTrigger.h>
 
@@ -23,7 +24,7 @@ void TransitionTimeDomainTrigger::update(std::span<const Element> pairs, const d
     if (pairs.empty())
         return;
     followTwoLevels(extrema);
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    const auto rule = [&](TimedSample before, TimedSample now) {
         if (belowLower_ && now.value > lowerLevel_) {
             riseStarted_ = true;
             riseStart_ = crossingTime(before, now, lowerLevel_);
@@ -48,20 +49,22 @@ void TransitionTimeDomainTrigger::update(std::span<const Element> pairs, const d
             }
             riseStarted_ = fallStarted_ = false;
         }
-    });
+    };
+    const std::array levels{lowerLevel_, upperLevel_};
+    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
     cacheLastSample(pairs.data(), pairs.size() / 2);
 }
 
 void TransitionTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                                    const double* extrema, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 void TransitionTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
                                                    double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 } // namespace tracery

@@ -1,4 +1,5 @@
 #include "support/SampleScan.h"
+#include "trigger/allOrNothing.h"
 
 #include <tracery/WindowTimeDomainTrigger.h>
 
@@ -46,10 +47,17 @@ void WindowTimeDomainTrigger::end(bool& open, double start, double level, TimedS
     open = false;
 }
 
+template <class Element, class Rule>
+void WindowTimeDomainTrigger::scanBand(std::span<const Element> pairs, Rule&& rule)
+{
+    const std::array levels{lowerLevel_, upperLevel_};
+    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
+}
+
 template <class Element>
 void WindowTimeDomainTrigger::updateInsideEventQueue(std::span<const Element> pairs, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    scanBand(pairs, [&](TimedSample before, TimedSample now) {
         if (!inside_ && lowerLevel_ < now.value && now.value < upperLevel_)
             enterBand(before, now);
         above_ = now.value >= upperLevel_;
@@ -62,7 +70,7 @@ void WindowTimeDomainTrigger::updateInsideEventQueue(std::span<const Element> pa
 template <class Element>
 void WindowTimeDomainTrigger::updateOutsideEventQueue(std::span<const Element> pairs, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    scanBand(pairs, [&](TimedSample before, TimedSample now) {
         if (!above_ && now.value > upperLevel_)
             begin(above_, aboveStart_, upperLevel_, before, now);
         if (!below_ && now.value < lowerLevel_)
@@ -77,7 +85,7 @@ void WindowTimeDomainTrigger::updateOutsideEventQueue(std::span<const Element> p
 template <class Element>
 void WindowTimeDomainTrigger::updateEitherEventQueue(std::span<const Element> pairs, EventQueue& queue)
 {
-    scan(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, [&](TimedSample before, TimedSample now) {
+    scanBand(pairs, [&](TimedSample before, TimedSample now) {
         if (!inside_ && lowerLevel_ < now.value && now.value < upperLevel_)
             enterBand(before, now);
         if (!above_ && now.value >= upperLevel_)
@@ -111,13 +119,13 @@ void WindowTimeDomainTrigger::update(std::span<const Element> pairs, const doubl
 void WindowTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
                                                const double* extrema, double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 void WindowTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
                                                double /*time*/, EventQueue& queue)
 {
-    update(std::span(samples, 2 * n), extrema, queue);
+    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
 }
 
 } // namespace tracery

@@ -1,5 +1,4 @@
 #include "bindings/Script.h"
-#include "support/FailingMemory.h"
 
 #include <array>
 #include <limits>
@@ -86,42 +85,6 @@ TEST(BadInputTest, TheConstructorOfABufferNamesWhatIsWrong)
     EXPECT_EQ(refused(5, "x"), "InitializeError");
     EXPECT_EQ(refused(5, 1e15), "InitializeError");
     EXPECT_EQ(refused(5, 1, 1, "SingleRate", false, false, 1), "InvalidNumberOfArguments");
-}
-
-TEST(BadInputTest, NothingIsLostWhenMemoryRunsOut)
-{
-    Script script;
-    const std::string subclass = script.subclass("veltrashared.scopes.visual.AbstractTimeDomainPlotter");
-    script.host.construct(subclass);
-    const HostObjectRef buffer = script.make("tracery.TimeBuffer", 100);
-    const HostObjectRef spectrum = script.make("tracery.SpectrumBuffer", 4, 0, false, 1);
-    script.call(0, spectrum, "setReduceUpdates", false);
-    std::size_t added = 0;
-    std::size_t taken = 0; ///< segments are handed out, or stay for the next time
-    long allocations = 0;
-    const auto scenario = [&] {
-        const HostObjectRef line = script.make("tracery.TimeScopeLine");
-        const HostObjectRef display = script.host.construct(subclass);
-        script.set(display, "Lines", line);
-        script.set(display, "TimeOverrunMode", "scroll");
-        script.object(display, "TimeOverrunModeController");
-        script.call(0, buffer, "addTimeAndValue", 1, 1);
-        script.call(2, buffer, "GetTimeAndValue");
-        script.call(0, spectrum, "addValue", matrix(4, 1, {1, 2, 3, 4}), 1);
-        added += 4;
-        taken += getNumberOfElements(script.call(2, spectrum, "getTimeAndValue", 0, 0, 0, 0)[1].get());
-    };
-    const auto enough = [&] {
-        try {
-            return runs(allocations, scenario);
-        } catch (const Error&) {
-            return false;
-        }
-    };
-    while (!enough())
-        ++allocations;
-    EXPECT_GT(allocations, 50);
-    EXPECT_EQ(taken, added);
 }
 
 /// Values of every class, shape and oddity.

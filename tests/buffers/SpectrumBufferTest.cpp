@@ -1,5 +1,4 @@
 #include "buffers/SpectrumFixtures.h"
-#include "support/FailingMemory.h"
 
 #include <functional>
 #include <limits>
@@ -140,65 +139,6 @@ TEST(SpectrumBufferTest, OddAnswersAreKeptOnPurpose)
     EXPECT_EQ(buffer.getNumSegments(), 3U); // clearBackTo discards no samples
     buffer.flush();
     EXPECT_EQ(buffer.GetLastTime(), -kInf);
-}
-
-/// What shows of a buffer.
-Samples contents(SpectrumBuffer& buffer)
-{
-    Samples all{
-        static_cast<double>(buffer.getNumProcessedSamples()),  buffer.GetLastTime(),
-        static_cast<double>(buffer.getLastInputFrameLength()), static_cast<double>(buffer.getNumChannels()),
-        static_cast<double>(buffer.getSegmentLength()),        static_cast<double>(buffer.getNumUnprocessedSamples())};
-    const HostArrayPtr segments(buffer.getAvailableSegments()), histogram(buffer.getCCDFHistogram());
-    for (const Samples& part : {realOf(segments.get()), imagOf(segments.get()), realOf(histogram.get())})
-        all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
-void updateCCDF(SpectrumBuffer& buffer, const HostArray* power)
-{
-    HostArray* results[4] = {};
-    buffer.updateCCDF(power, 50, 0.5, results[0], results[1], results[2], results[3]);
-    std::for_each(results, results + 4, destroyArray);
-}
-
-/// Two complex channels of which segments were handed out, and power statistics.
-std::unique_ptr<TestBuffer> usedBuffer()
-{
-    auto buffer = std::make_unique<TestBuffer>(8, 50, kComplex, 2);
-    buffer->AddValue(arrayOf({ramp(21), ramp(21, 50), ramp(21, 100), ramp(21, 150)}, 2).get(), 0, true);
-    updateCCDF(*buffer, matrix(2, 2, {1, 2, 3, 4}).get());
-    HostArray *time = nullptr, *value = nullptr;
-    buffer->GetTimeAndValue(0, time, value);
-    destroyArray(value);
-    return buffer;
-}
-
-TEST(SpectrumBufferTest, AnOperationThatRunsOutOfMemoryHasNotHappened)
-{
-    const HostArrayPtr frame = matrix(300, 2, ramp(600)), power = matrix(3, 2, {5, 6, 7, 8, 9, 1e-3});
-    const std::vector<std::complex<double>> pairs(100);
-    const std::function<void(SpectrumBuffer&)> operations[] = {
-        [&](auto& b) { b.AddValue(frame.get(), 0, true); }, [&](auto& b) { b.addtoBuffer(pairs.data(), 100, 1); },
-        [&](auto& b) { b.setSegmentLength(30); },           [&](auto& b) { b.setNumChannels(3); },
-        [&](auto& b) { updateCCDF(b, power.get()); },
-    };
-    for (const auto& operation : operations) {
-        const auto undisturbed = usedBuffer();
-        operation(*undisturbed);
-        long allocations = 0;
-        for (bool done = false; !done; ++allocations) {
-            const auto buffer = usedBuffer();
-            const Samples before = contents(*buffer);
-            done = runs(allocations, [&] { operation(*buffer); });
-            if (!done) {
-                EXPECT_TRUE(sameBits(contents(*buffer), before)) << "allocation " << allocations << " failed";
-                operation(*buffer);
-            }
-            EXPECT_TRUE(sameBits(contents(*buffer), contents(*undisturbed)));
-        }
-        EXPECT_GT(allocations, 1);
-    }
 }
 
 TEST(SpectrumBufferTest, BadInputIsRefusedAndChangesNothing)

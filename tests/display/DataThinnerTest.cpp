@@ -1,47 +1,44 @@
-#include <tracery/DataThinner.h>
+#include "display/NaiveThinner.h"
+#include "support/Expect.h"
 
-#include <gtest/gtest.h>
-
+#include <algorithm>
+#include <array>
 #include <bit>
-#include <cmath>
-#include <cstring>
-#include <limits>
 #include <random>
-#include <vector>
 
 using namespace tracery;
+using namespace naive;
+using test::sameBits;
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-
-using Doubles = std::vector<double>;
-
-double noInf(double x) { return std::isinf(x) ? kNaN : x; }
-
-/// Bit for bit, so that signed zeros and the payload of a NaN count.
-::testing::AssertionResult sameBits(const Doubles& a, const Doubles& b)
-{
-    if (a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << ::testing::PrintToString(a) << "\n differs from\n"
-                                         << ::testing::PrintToString(b);
-}
-
-/// Times and values that try everything: gaps, infinities, ties, signed zeros, standing and backward clocks.
+/// Times and values that try everything: gaps, infinities, ties, signed zeros, standing and backward clocks. The seed says
+/// how often, and whether values are of a few levels, noise, or rise or fall.
 class Hostile {
 public:
-    explicit Hostile(unsigned seed) : random_(seed), oddIn_(seed % 3 == 0 ? 3 : seed % 3 == 1 ? 40 : 0) {}
+    explicit Hostile(unsigned seed)
+        : random_(seed), oddIn_(std::array{3U, 40U, 2000U, 0U}[seed % 4]), kind_(seed / 4 % 4)
+    {}
 
     unsigned below(unsigned n) { return static_cast<unsigned>(random_() % n); }
-    double value() { return odd() ? pick({kNaN, kPayload, kInf, -kInf, -0.0}) : below(7) - 3.0; }
+    double value()
+    {
+        if (odd())
+            return pick({kNaN, kPayload, kInf, -kInf, -0.0});
+        const double slope[] = {0, 0, 0.1, -0.1};
+        return kind_ == 0 ? below(7) - 3.0 : slope[kind_] * now_ + (kind_ == 1 ? below(1U << 30) : 0);
+    }
     double time()
     {
         now_ += odd() ? pick({0.0, 0.0, -0.3, -2.0, 5.0}) : 0.01 * (1 + below(20));
         return odd() ? pick({kNaN, kInf, -kInf, -kPayload, 0.0}) : now_;
     }
-    double ratio() { return below(3) == 0 ? pick({0.0, kNaN, kInf, -kInf, -1.0}) : pick({0.05, 0.3, 1.0, 2.5}); }
+    /// Columns of one point to all of them, 5 and 10 000 among them.
+    double ratio()
+    {
+        return below(4) == 0 ? pick({0.0, kNaN, kInf, -kInf, -1.0, 1e300, 1e-300, 5e-324})
+                             : pick({0.0005, 0.01, 0.05, 0.1, 0.15, 0.3, 1.0, 2.5});
+    }
 
 private:
     static constexpr double kPayload = std::bit_cast<double>(0x7ff8000000001234ULL);
@@ -51,43 +48,11 @@ private:
 
     std::mt19937 random_;
     unsigned oddIn_;
+    unsigned kind_;
     double now_ = 0;
 };
 
 // ---- Batch
-
-/// The rule written out point by point.
-Doubles naiveBatch(const Doubles& data, double ratio, double& pixelStart)
-{
-    Doubles out;
-    double minV = kInf, minT = kInf, maxV = -kInf, maxT = -kInf;
-    bool pending = false;
-    for (std::size_t k = 0; k < data.size(); k += 2) {
-        const double t = data[k], v = data[k + 1], d = t - pixelStart;
-        if (pixelStart == -kInf || d * ratio >= 0.5 || std::isnan(pixelStart)) {
-            if (pending) {
-                const bool maxFirst = maxT < minT;
-                out.insert(out.end(), {noInf(maxFirst ? maxT : minT), noInf(maxFirst ? maxV : minV)});
-                if (maxT != minT)
-                    out.insert(out.end(), {noInf(maxFirst ? minT : maxT), noInf(maxFirst ? minV : maxV)});
-            }
-            out.insert(out.end(), {noInf(t), noInf(v)});
-            pixelStart = t;
-            minV = minT = kInf;
-            maxV = maxT = -kInf;
-            pending = false;
-        } else if (std::isnan(t) || d == 0.0) {
-            out.insert(out.end(), {t, v});
-        } else {
-            if (std::isnan(v) || maxV <= v)
-                maxV = v, maxT = t;
-            if (std::isnan(v) || v <= minV)
-                minV = v, minT = t;
-            pending = true;
-        }
-    }
-    return out;
-}
 
 HostArrayPtr asArray(const Doubles& pairs)
 {
@@ -121,19 +86,45 @@ TEST(DataThinnerTest, BatchAgreesWithTheRuleOnHostileLinesCutAnywhere)
         Hostile hostile(seed);
         DataThinner thinner;
         double pixelStart = -kInf;
+        const unsigned longest = seed % 20 < 4 ? 20'000 : 200;
         const double ratio = hostile.ratio();
         for (unsigned block = hostile.below(6); block-- > 0;) {
             Doubles pairs;
-            for (unsigned k = hostile.below(200); k-- > 0;) {
+            for (unsigned k = hostile.below(longest); k-- > 0;) {
                 pairs.push_back(hostile.time());
                 pairs.push_back(hostile.value());
             }
             const bool continued = hostile.below(4) != 0;
             if (!continued)
                 pixelStart = -kInf;
-            const Doubles expected = naiveBatch(pairs, ratio, pixelStart);
+            const Doubles expected = thinBatch(pairs, ratio, pixelStart);
             ASSERT_TRUE(sameBits(thin(thinner, pairs, ratio, continued), expected)) << "seed " << seed;
         }
+    }
+}
+
+TEST(DataThinnerTest, BatchOpensAColumnAtTheVeryDoubleAtWhichTheRuleDoes)
+{
+    std::mt19937 random(1);
+    for (int round = 0; round < 20'000; ++round) {
+        const double ratio =
+            std::ldexp(1 + static_cast<double>(random()) * 0x1p-32, static_cast<int>(random() % 2096) - 1074);
+        const double distance = 0.5 / ratio; // rounded
+        std::vector<double> times;
+        for (int k = 1; k <= 40; ++k)
+            times.push_back(k / 41.0 * distance);
+        for (double t = std::nextafter(std::nextafter(distance, 0), 0); times.size() < 45; t = std::nextafter(t, kInf))
+            times.push_back(t);
+        if (round % 2 == 1)
+            std::shuffle(times.begin(), times.end(), random);
+        Doubles pairs{0, 0};
+        for (const double t : times)
+            pairs.insert(pairs.end(), {t, static_cast<double>(random())});
+        pairs.insert(pairs.end(), {kInf, 0});
+        DataThinner thinner;
+        double pixelStart = -kInf;
+        const Doubles expected = thinBatch(pairs, ratio, pixelStart);
+        ASSERT_TRUE(sameBits(thin(thinner, pairs, ratio, false), expected)) << "ratio " << ratio;
     }
 }
 
@@ -174,69 +165,12 @@ TEST(DataThinnerTest, BatchTakesNoMorePointsThanThereAre)
 
 // ---- Streaming
 
-/// The streaming rule written out for one channel, real or complex, with extremes enabled or not.
-struct NaiveChannel {
-    double min = kInf, max = -kInf, minImag = kInf, maxImag = -kInf, minTime = kInf, maxTime = -kInf;
-    bool hasData = false;
-
-    Doubles accumulators() const { return {min, max, minImag, maxImag, minTime, maxTime}; }
-
-    void fold(double t, double v, double w, bool complex)
-    {
-        if (v >= max || std::isnan(v))
-            max = v, maxTime = t;
-        if (v <= min || std::isnan(v))
-            min = v, minTime = t;
-        if (complex && (w >= maxImag || std::isnan(w)))
-            maxImag = w;
-        if (complex && (w <= minImag || std::isnan(w)))
-            minImag = w;
-        hasData = true;
-    }
-
-    void emit(Doubles& out, bool complex, bool enabled)
-    {
-        if (enabled && maxTime < minTime) {
-            std::swap(min, max);
-            std::swap(minImag, maxImag);
-            std::swap(minTime, maxTime);
-        }
-        if (enabled)
-            out[0] = minTime, out[3] = maxTime;
-        out[1] = enabled ? noInf(min) : kNaN;
-        out[4] = enabled ? noInf(max) : kNaN;
-        if (complex) {
-            out[2] = enabled ? noInf(minImag) : kNaN;
-            out[5] = enabled ? noInf(maxImag) : kNaN;
-        }
-        min = kInf, max = -kInf;
-    }
-
-    void open(Doubles& out, double t, double v, double w, bool complex)
-    {
-        out[6] = t;
-        out[7] = noInf(v);
-        if (complex)
-            out[8] = noInf(w);
-        hasData = false;
-    }
-};
-
-Doubles accumulators(const DataThinner& thinner, std::size_t channel)
-{
-    using enum ThinDataMinMax;
-    const int c = static_cast<int>(channel);
-    return {thinner.getPixelMinMaxValue(c, Min),           thinner.getPixelMinMaxValue(c, Max),
-            thinner.getPixelMinMaxImgValue(channel, Min),  thinner.getPixelMinMaxImgValue(channel, Max),
-            thinner.getPixelMinMaxTimeValue(channel, Min), thinner.getPixelMinMaxTimeValue(channel, Max)};
-}
-
 TEST(DataThinnerTest, StreamingAgreesWithTheRuleOnHostileChannels)
 {
     for (unsigned seed = 0; seed < 1000; ++seed) {
         Hostile hostile(seed);
         const bool complex = hostile.below(2) == 0, sometimesDisabled = hostile.below(4) == 0;
-        std::vector<NaiveChannel> model(1 + hostile.below(4));
+        std::vector<ThinnedChannel> model(1 + hostile.below(4));
         DataThinner thinner;
         for (std::size_t c = 0; c < model.size(); ++c)
             thinner.initDataThinningMinMax();
@@ -247,7 +181,7 @@ TEST(DataThinnerTest, StreamingAgreesWithTheRuleOnHostileChannels)
         for (int step = 0; step < 150; ++step) {
             if (hostile.below(100) == 0) {
                 thinner.reset();
-                model.assign(model.size(), NaiveChannel());
+                model.assign(model.size(), ThinnedChannel());
             }
             double time = hostile.time();
             const double d = time - last;

@@ -13,7 +13,7 @@ set(rows
     "src/host/module.cpp|${standard}|${public}|\"(host|bindings)/.*\""
     "src/host/.*|${standard}|${boost}|${seam}|\"host/.*\""
     "src/bindings/.*|${standard}|${boost}|${public}|\"(bindings|host)/.*\""
-    "src/support/.*|${standard}|${public}|\"support/.*\""
+    "src/support/.*|${standard}|<[a-z]*intrin\\.h>|${public}|\"support/.*\""
     "src/buffers/.*|${standard}|${boost}|${public}|\"(buffers|support)/.*\""
     "src/trigger/.*|${standard}|${public}|\"(trigger|support)/.*\""
     "src/display/.*|${standard}|${boost}|${public}|\"(display|support)/.*\""

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
 #include <limits>
+#include <random>
 #include <thread>
+#include <vector>
 
 using namespace tracery;
 
@@ -90,25 +93,65 @@ TEST(OneShotTimerThreadTest, RestartAndStopCountAPeriodOnlyWhenItWasSeenOver)
     EXPECT_EQ(timer.getCounter(), 1);
 }
 
-TEST(OneShotTimerThreadTest, AShortPeriodNeverEndsTheLongOneStartedAfterIt)
+/// Timers that one thread starts, stops, changes and destroys at random: the flag is down while a long period runs, up
+/// once it is stopped or changed, and never up before the time of a short one, which may run out at any moment.
+std::size_t driveAtRandom(unsigned seed)
 {
-    OneShotTimer timer;
-    int falseAlarms = 0;
-    for (int i = 0; i < 50000; ++i) {
-        timer.setTimeout(1e-6);
-        timer.start(); // may run out before, while or after the next lines run
-        if (i % 3 == 0)
-            timer.start();
-        timer.setTimeout(kHour);
-        timer.start();
-        falseAlarms += timer.isTimeUp() ? 1 : 0;
-        if (i % 100 == 0) {
-            std::this_thread::yield();
-            falseAlarms += timer.isTimeUp() ? 1 : 0;
+    struct Driven {
+        std::unique_ptr<OneShotTimer> timer = std::make_unique<OneShotTimer>();
+        double timeout = 0;
+        bool running = true; // with a period of 0 s
+        Clock::time_point begin = Clock::now();
+    };
+    std::mt19937 random(seed);
+    std::vector<Driven> driven(8);
+    std::size_t failures = 0;
+    for (int i = 0; i < 20000; ++i) {
+        Driven& d = driven[random() % driven.size()];
+        switch (random() % 8) {
+        case 0:
+            d.running = false;
+            d.timer->stop();
+            break;
+        case 1:
+            if (random() % 16 == 0)
+                d = Driven();
+            break;
+        case 2:
+        case 3:
+            d.timeout = random() % 2 == 0 ? kHour : 1e-6 * static_cast<double>(1 + random() % 200);
+            d.running = false;
+            d.timer->setTimeout(d.timeout);
+            break;
+        case 4:
+        case 5:
+            if (d.timeout > 0) {
+                d.running = true;
+                d.begin = Clock::now();
+                d.timer->start();
+            }
+            break;
+        default:
+            break;
         }
+        const bool up = d.timer->isTimeUp();
+        const bool mayBeUp = !d.running || secondsSince(d.begin) >= d.timeout;
+        failures += up && !mayBeUp ? 1 : 0;
+        failures += !up && !d.running ? 1 : 0;
     }
-    EXPECT_EQ(falseAlarms, 0);
-    EXPECT_EQ(timer.getCounter(), 0);
+    for (Driven& d : driven)
+        if (d.timeout < kHour)
+            awaitTimeUp(*d.timer); // or the test runs out of its own time
+    return failures;
+}
+
+TEST(OneShotTimerThreadTest, ManyTimersKeepTheirFlagsWhateverIsDoneToThem)
+{
+    std::vector<std::future<std::size_t>> threads;
+    for (unsigned seed = 1; seed <= 3; ++seed)
+        threads.push_back(std::async(std::launch::async, driveAtRandom, seed));
+    for (std::future<std::size_t>& thread : threads)
+        EXPECT_EQ(thread.get(), 0U);
 }
 
 } // namespace

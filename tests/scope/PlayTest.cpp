@@ -94,6 +94,28 @@ TEST_F(PlayTest, StandardInputGivesTheFramesOfTheFile)
     EXPECT_NE(names.out.find("ch2  0 … 4.5 ▁"), std::string::npos) << names.out;
 }
 
+TEST_F(PlayTest, EndsWithTotalsOfWhatCameOnCtrlCAndWhenTheSourceFails)
+{
+    // Before the header, before the first row, within the third row, whose first two are one step each.
+    const std::pair<const char*, unsigned long long> cases[] = {{"", 0}, {"t,v\\n", 0}, {"time,v\\n0,1\\n1,2\\n2,", 1}};
+    for (const auto& [sent, steps] : cases) {
+        // exec: the program is what timeout interrupts, and its status is the pipeline's.
+        const Outcome outcome =
+            run("--version >/dev/null && (printf '" + std::string(sent) + "'; sleep 1.2) | exec timeout -s INT " +
+                "--preserve-status 0.6 '" TRACERY_SCOPE "' play -");
+        EXPECT_EQ(totalsOf(outcome).in, steps) << sent << outcome.err;
+        EXPECT_EQ(outcome.err, "");
+    }
+    std::string table = "time,v\n";
+    for (int i = 0; i < 500; ++i)
+        table += std::to_string(i) + "," + std::to_string(i % 10) + "\n";
+    write("bad.csv", table + "500,bad\n");
+    const Outcome failed = run("play - --rate-factor 1e6 --span 9 <bad.csv");
+    EXPECT_EQ(failed.status, 2);
+    EXPECT_NE(failed.out.find("samples: 500 in, 0 lost"), std::string::npos) << failed.out;
+    EXPECT_NE(failed.out.find("v  0 … 9"), std::string::npos) << "the last picture shows it";
+}
+
 TEST_F(PlayTest, SaysWhatIsWrongInOneLine)
 {
     write("half.raw", "abc");

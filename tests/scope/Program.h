@@ -37,12 +37,20 @@ protected:
         std::string out;
         std::string err;
     };
-    Outcome run(const std::string& arguments)
+    /// before  shell commands ahead of the program
+    /// sink    where its output goes
+    Outcome run(const std::string& arguments, const std::string& before = "", const std::string& sink = ">stdout.txt")
     {
-        const std::string command =
-            "cd '" + folder_.string() + "' && '" TRACERY_SCOPE "' " + arguments + " >stdout.txt 2>stderr.txt";
+        const std::string command = "cd '" + folder_.string() + "' && " + before + " '" TRACERY_SCOPE "' " + arguments +
+                                    " 2>stderr.txt " + sink;
         const int status = std::system(command.c_str());
         return {WEXITSTATUS(status), read("stdout.txt"), read("stderr.txt")};
+    }
+
+    /// The file that such a command leaves when nothing fails.
+    std::string wholeFile(const std::string& arguments)
+    {
+        return run(arguments).status == 0 ? read(arguments.substr(arguments.rfind(' ') + 1)) : "";
     }
 
     fs::path folder_;

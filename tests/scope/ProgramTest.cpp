@@ -28,6 +28,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
     write("long.csv", zeros);
     write("zero.csv", "time,v\n0,0\n1,0\n");
     write("extremes.csv", "time,huge,tiny,zero\n0,1e154,1e-162,0\n1,1e154,0,0\n2,-1e154,0,0\n3,-1e200,0,0\n");
+    write("far.csv", "time,v\n-1.7e308,1\n1.7e308,2\n");
     write("noise.bin", std::string(300, 'x'));
     write("blanks.txt", "time v\n0 1\n1 2\n");
     fs::create_directory(folder_ / "folder.csv");
@@ -74,7 +75,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"events good.csv --part imaginary", "good.csv: the trigger channel is real"},
         {"view good.csv --overrun jump -o o.png", "--overrun: expected one of wrap, scroll"},
         {"view good.csv --overrun wrap --until -1 -o o.png", "--until: expected a time after the start, 0 s"},
-        {"view good.csv --overrun wrap --span 1e-300 -o o.png", "is too short to tell times apart"},
+        {"view good.csv --overrun wrap --span 1e-17 -o o.png", "is too short to tell times apart"},
         {"view good.csv --until 1 -o o.png", "--until does nothing without --overrun"},
         {"view good.csv --overrun wrap --trigger edge -o o.png", "--overrun streams without a trigger"},
         {"view good.csv --overrun wrap --from 2 -o o.png", "no samples at or after 2 s"},
@@ -114,6 +115,17 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"classes --module good.csv", "good.csv: is not a library"},
         {"classes --module '" OLD_MODULE "'", "built for another version of the seam"},
         {"", "subcommand"},
+        // Numbers that nothing can come of (docs/limits.md).
+        {"view long.csv --rate 1e300 -o o.png", "long.csv: the rate must be a positive number"},
+        {"events long.csv --rate 1e-320", "long.csv: the rate must be a positive number"},
+        {"view good.csv --span 1e-320 -o o.png", "--span: expected 1e-18 to 1e18, found 1e-320"},
+        {"events good.csv --span 1e300", "--span: expected 1e-18 to 1e18, found 1e+300"},
+        {"play good.csv --rate-factor 1e-320", "--rate-factor: expected 1e-18 to 1e18"},
+        {"view good.csv --size 99999x99999 -o o.png", "pixels"},
+        {"spectrum good.csv --peaks 99999999999999999999 -o o.png", "--peaks"},
+        {"play - --format f64 --rate 1 --columns 99999999999999", "--columns"},
+        {"play - --format f64 --rate 1 --columns 1025", "--columns"},
+        {"info far.csv", "far.csv: line 2, column 1: expected a time from -1e300 to 1e300"},
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(each.arguments);
@@ -125,6 +137,57 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
             return entry.path().filename().string().starts_with("o.") || entry.path().extension() == ".tmp";
         });
         EXPECT_EQ(left, 0);
+    }
+}
+
+TEST_F(ProgramTest, AWriteThatFailsIsToldInOneLineAndLeavesNoHalfFile)
+{
+    const std::string full = ">/dev/full", small = "trap '' 25; ulimit -f 1;"; // SIGXFSZ ignored, 512 or 1024 bytes
+    const struct {
+        const char* arguments;
+        std::string before, sink;
+        bool whole = false; ///< the file may be there, whole
+    } cases[] = {
+        {"info good.csv", "", full},
+        {"classes", "", full},
+        {"events good.csv", "", full},
+        {"events good.csv --json", "", full},
+        {"--help", "", full},
+        {"--version", "", full},
+        {"info good.csv", "", ">&-"},
+        {"play good.csv --rate-factor 1000", "", full},
+        {"view good.csv -o o.png", "", full, true},
+        {"spectrum good.csv --channels v -o o.csv", "", full, true},
+        {"ccdf good.csv --channels v -o o.svg", "", full, true},
+        {"view good.csv -o o.png", "", ">&-", true},
+        {"view good.csv -o o.png", small, ">/dev/null"},
+        {"view good.csv -o o.svg", small, ">/dev/null"},
+        {"spectrum good.csv --channels v -o o.csv", small, ">/dev/null"},
+        {"ccdf good.csv --channels v -o o.svg", small, ">/dev/null"},
+        {"play good.csv --rate-factor 1000 --out-dir .", small, ">/dev/null"},
+        {"view good.csv -o /proc/o.png", "", ">/dev/null"},
+        {"play good.csv --out-dir /proc/frames", "", ">/dev/null"},
+        {"play good.csv --rate-factor 0.5 --out-dir gone", "mkdir gone; (sleep 0.5; rm -r gone) &", ">/dev/null"},
+        {"info good.csv", "sleep 0.2;", "; echo $? >status.txt; } | :"},
+        {"events good.csv", "sleep 0.2;", "; echo $? >status.txt; } | :"},
+        {"play good.csv --rate-factor 0.01", "sleep 0.2;", "; echo $? >status.txt; } | :"}, // within its 100 s
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(std::string(each.arguments) + ' ' + each.before + ' ' + each.sink);
+        const bool piped = each.sink.ends_with("| :");
+        for (const char* name : {"o.png", "o.svg", "o.csv"})
+            write(name, "before");
+        const Outcome outcome = run(each.arguments, piped ? "{ " + each.before : each.before, each.sink);
+        EXPECT_EQ(piped ? read("status.txt") : std::to_string(outcome.status) + '\n', "2\n");
+        EXPECT_NE(outcome.err.find("cannot be "), std::string::npos) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder_)) {
+            const std::string name = entry.path().filename().string();
+            EXPECT_FALSE(name.ends_with(".part") || name.starts_with("frame-")) << name;
+            if (name.starts_with("o.") && read(name) != "before") {
+                EXPECT_TRUE(each.whole && read(name) == wholeFile(each.arguments)) << name;
+            }
+        }
     }
 }
 

@@ -34,6 +34,8 @@ public:
     {
         block = {};
         for (; block.steps() < maxSteps && next_ < table_.steps; ++next_) {
+            if (next_ == table_.failAt && block.steps() > 0)
+                return;
             if (next_ == table_.failAt)
                 throw InputError("table", "step " + std::to_string(next_), "broken");
             block.times.push_back(table_.time(next_));

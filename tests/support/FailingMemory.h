@@ -1,29 +1,22 @@
 #pragma once
 
-#include <new>
-
 namespace tracery::test {
 
-/// Lets this thread allocate `count` times with operator new before one allocation fails; negative for no end. Works in
-/// programs that FailingMemory.cpp is part of.
-void allowAllocations(long count);
+/// How long memory is short once it has run out.
+enum class Shortage { ofOneAllocation, lasting };
 
-/// Runs `call` with memory for `allocations` allocations; returns whether that was enough.
-template <class Call>
-bool runs(long allocations, Call&& call)
-{
-    struct Limit {
-        explicit Limit(long count) { allowAllocations(count); }
-        ~Limit() { allowAllocations(-1); }
-        Limit(const Limit&) = delete;
-    };
-    try {
-        const Limit limit(allocations);
-        call();
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    return true;
-}
+/// Lets this thread allocate `count` times, with operator new or as arrays do, before allocations fail; negative for no
+/// end. Works in programs that FailingMemory.cpp is part of.
+void allowAllocations(long count, Shortage shortage = Shortage::ofOneAllocation);
+/// Whether an allocation has failed since.
+bool memoryRanOut();
+
+/// Memory for so many allocations, for as long as this lives.
+struct MemoryLimit {
+    MemoryLimit(long allocations, Shortage shortage) { allowAllocations(allocations, shortage); }
+    ~MemoryLimit() { allowAllocations(-1); }
+    MemoryLimit(const MemoryLimit&) = delete;
+    MemoryLimit& operator=(const MemoryLimit&) = delete;
+};
 
 } // namespace tracery::test

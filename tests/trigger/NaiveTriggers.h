@@ -213,7 +213,7 @@ private:
             out.outOfBounds += !std::isnan(*duration);
         else if (!std::isfinite(time))
             return;
-        else if (out.events.empty() || time - c.holdoff >= out.events.back())
+        else if (time - c.holdoff >= (out.events.empty() ? -inf : out.events.back()))
             out.events.push_back(time);
         else
             ++out.heldOff;

@@ -24,23 +24,24 @@ T oneOf(Random& random, std::initializer_list<T> values)
     return values.begin()[random() % values.size()];
 }
 
-/// Stretches of random walk, square wave, spikes, gaps and noise, on a grid that meets the levels exactly;
-/// times that repeat, jump and go missing.
+/// Stretches, some of them long, of random walk, square wave, spikes, gaps, noise and hum, on a grid that meets the levels
+/// exactly; times that repeat, jump and go missing.
 Signal hostileSignal(Random& random)
 {
     Signal signal;
     double t = oneOf(random, {-3.0, 0.0, 1e6}), x = 0;
     const double jitter = std::uniform_real_distribution(0.1, 1.0)(random);
-    while (signal.size() < 300) {
-        const auto kind = random() % 5;
-        for (auto i = random() % 30; i > 0; --i) {
+    while (signal.size() < 400) {
+        const auto kind = random() % 6;
+        for (auto i = random() % 30 * oneOf(random, {1U, 1U, 1U, 8U}); i > 0; --i) {
             const double walk = (std::isfinite(x) ? x : 0) + 0.25 * static_cast<double>(random() % 9) - 1.0;
             const double noise = std::normal_distribution(0.5, 1.5)(random);
-            const double next[] = {walk, i / 4 % 2 ? 1.0 : -1.0, oneOf(random, {0.0, 0.0, 3.0, -3.0, kInf, -kInf}),
-                                   kNaN, noise};
+            const double next[] = {
+                walk,  i / 4 % 2 ? 1.0 : -1.0, oneOf(random, {0.0, 0.0, 3.0, -3.0, kInf, -kInf}), kNaN,
+                noise, 0.3 + 0.01 * noise};
             x = next[kind];
             t += oneOf(random, {0.0, 0.5, 0.5, 0.5, jitter, jitter, 4.0});
-            signal.push_back({random() % 100 ? t : kNaN, x});
+            signal.push_back({random() % 300 ? t : kNaN, x});
         }
     }
     return signal;

@@ -1,5 +1,6 @@
 #include "cli/options.h"
 
+#include "input/Text.h"
 #include "quantity.h"
 
 #include <cstdio>
@@ -44,6 +45,8 @@ void requirePositive(const std::optional<double>& value, const char* option)
 {
     if (value && !(*value > 0))
         throw UsageError(std::string(option) + " must be positive");
+    if (value && !(*value >= 1e-18 && *value <= 1e18))
+        throw UsageError(std::string(option) + ": expected 1e-18 to 1e18, found " + numberText(*value));
 }
 
 CLI::Option* add(CLI::App& command, const char* name, const char* type, Reader read, const std::string& text)

@@ -38,6 +38,7 @@ Reader oneOf(Value& target, const char* option, std::vector<std::pair<const char
     };
 }
 
+/// Positive, and no further from 1 than times and ratios come.
 void requirePositive(const std::optional<double>& value, const char* option);
 
 /// An option that `read` takes; `type` stands for its value in the help.

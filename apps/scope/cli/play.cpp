@@ -46,7 +46,8 @@ void addPlay(CLI::App& app)
     play->add_option("FILE", options.file, "The recording; - is standard input")->required();
     play->add_option("--format", options.format,
                      "Of standard input: csv, a table; f64, f32 or s16, little-endian samples [default: csv]");
-    play->add_option("--columns", options.columns, "How many channels raw standard input has [default: 1]");
+    play->add_option("--columns", options.columns, "How many channels raw standard input has [default: 1]")
+        ->check(CLI::Range(1, 1024));
     addRate(*play, options.rate);
     add(*play, "--rate-factor", "FACTOR", quantity(options.rateFactor, "--rate-factor"),
         "Seconds of the recording in a second [default: 1]");

@@ -130,15 +130,25 @@ void CsvRecording::read(Block& block, std::size_t maxSteps)
     block.times.clear();
     block.real.clear();
     block.imag.clear();
-    Line line;
-    while (block.steps() < maxSteps && (block.steps() == 0 || lines_.ready()) && lines_.next(line))
-        block.times.push_back(parseRow(line, progress_, block.real));
+    if (failure_)
+        std::rethrow_exception(failure_);
+    try {
+        Line line;
+        while (block.steps() < maxSteps && (block.steps() == 0 || lines_.ready()) && lines_.next(line))
+            block.times.push_back(parseRow(line, progress_, block.real));
+    } catch (const InputError&) {
+        if (block.steps() == 0)
+            throw;
+        block.real.resize(block.steps() * info_.channels.size()); // without the first fields of the bad row
+        failure_ = std::current_exception();                      // when the rows before it are read
+    }
 }
 
 void CsvRecording::goTo(const Place& place)
 {
     lines_.goTo(place.offset, place.lineNumber);
     progress_ = place.before;
+    failure_ = nullptr;
 }
 
 double CsvRecording::parseRow(const Line& line, Progress& progress, std::vector<double>& values) const
@@ -171,8 +181,9 @@ double CsvRecording::parseRow(const Line& line, Progress& progress, std::vector<
 
 double CsvRecording::parseTime(const Line& line, double fileTime, Progress& progress) const
 {
-    if (!std::isfinite(fileTime))
-        fail(line, 0, "expected a time");
+    constexpr double kLargestTime = 1e300; // so that differences, and spans times pixels, are numbers
+    if (!(std::abs(fileTime) <= kLargestTime))
+        fail(line, 0, std::isfinite(fileTime) ? "expected a time from -1e300 to 1e300" : "expected a time");
     if (fileTime < progress.lastTime)
         throw InputError(info_.path, lineOf(line),
                          "time " + numberText(fileTime) + " comes after " + numberText(progress.lastTime) +

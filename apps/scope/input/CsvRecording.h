@@ -2,6 +2,7 @@
 
 #include "input/TableLayout.h"
 
+#include <exception>
 #include <limits>
 
 namespace scope {
@@ -46,7 +47,8 @@ private:
 
     File file_;
     LineReader lines_;
-    Progress progress_; ///< of what lines_ has given
+    Progress progress_;          ///< of what lines_ has given
+    std::exception_ptr failure_; ///< of the row after those that are read
     TableLayout layout_;
     RecordingInfo info_;
     Place first_;

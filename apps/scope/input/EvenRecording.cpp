@@ -15,8 +15,11 @@ double chooseRate(const std::string& path, std::optional<double> own, const Open
     if (own && options.rate)
         throw InputError(path, "", "has its own rate, " + numberText(*own) + " steps per second: leave out --rate");
     const double rate = own ? *own : *options.rate;
-    if (!std::isfinite(rate) || rate <= 0)
-        throw InputError(path, "", "the rate must be a positive number of steps per second, found " + numberText(rate));
+    // Far beyond what is recorded, and far from where times or their differences are no numbers any more.
+    if (!(rate >= 1e-12 && rate <= 1e15))
+        throw InputError(path, "",
+                         "the rate must be a positive number of steps per second, 1e-12 to 1e15, found " +
+                             numberText(rate));
     return rate;
 }
 

@@ -42,11 +42,11 @@ File::File(const std::string& path) : path_(path)
         throw InputError(path, "", "the file is empty");
 }
 
-File File::pipe(int descriptor, const std::string& name)
+File File::pipe(int descriptor, const std::string& name, int stopAt)
 {
     File file;
     file.path_ = name;
-    file.pipe_ = std::make_unique<Pipe>(descriptor, name);
+    file.pipe_ = std::make_unique<Pipe>(descriptor, name, stopAt);
     return file;
 }
 

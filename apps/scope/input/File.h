@@ -13,8 +13,8 @@ namespace scope {
 /// A file with bytes in it, read at any place; or a pipe, read forward.
 class File {
 public:
-    /// What comes out of a pipe; `name` for people. The descriptor stays open, and the caller's.
-    static File pipe(int descriptor, const std::string& name);
+    /// What comes out of a pipe; the arguments are those of Pipe.
+    static File pipe(int descriptor, const std::string& name, int stopAt = -1);
 
     /// throws  InputError: missing, a directory or a device, not to be opened, empty
     explicit File(const std::string& path);

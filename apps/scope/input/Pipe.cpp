@@ -23,10 +23,16 @@ constexpr std::size_t kKept = std::size_t{4} << 20; // several of the longest li
     throw InputError(name, "byte " + std::to_string(at), message);
 }
 
+bool isReadable(int descriptor)
+{
+    pollfd each{descriptor, POLLIN, 0};
+    return poll(&each, 1, 0) > 0;
+}
+
 } // namespace
 
-Pipe::Pipe(int descriptor, std::string name)
-    : descriptor_(descriptor), stopped_(eventfd(0, EFD_CLOEXEC)), name_(std::move(name))
+Pipe::Pipe(int descriptor, std::string name, int stopAt)
+    : descriptor_(descriptor), stopAt_(stopAt), stopped_(eventfd(0, EFD_CLOEXEC)), name_(std::move(name))
 {
     if (stopped_ < 0)
         throw InputError(name_, "", "cannot be read: " + std::generic_category().message(errno));
@@ -58,7 +64,7 @@ void Pipe::stop() const noexcept
 /// Whether there is something to read, or the end, or it is stopped. A negative time waits for that.
 bool Pipe::awaitInput(int milliseconds) const
 {
-    pollfd each[] = {{descriptor_, POLLIN, 0}, {stopped_, POLLIN, 0}};
+    pollfd each[] = {{descriptor_, POLLIN, 0}, {stopped_, POLLIN, 0}, {stopAt_, POLLIN, 0}};
     int found = 0;
     do
         found = poll(each, std::size(each), milliseconds);
@@ -70,8 +76,9 @@ bool Pipe::awaitInput(int milliseconds) const
 std::size_t Pipe::readOn()
 {
     awaitInput(-1);
-    pollfd stopped{stopped_, POLLIN, 0};
-    if (poll(&stopped, 1, 0) > 0)
+    if (isReadable(stopAt_))
+        fail(name_, keptFrom_ + kept_.size(), "interrupted");
+    if (isReadable(stopped_))
         return 0;
     if (kept_.size() >= 2 * kKept) {
         keptFrom_ += kept_.size() - kKept;

@@ -12,14 +12,16 @@ namespace scope {
 class Pipe {
 public:
     /// descriptor  stays open, and the caller's; name  for people
-    Pipe(int descriptor, std::string name);
+    /// stopAt      another descriptor of the caller's: once it is readable, reading fails, also one that waits; or -1
+    Pipe(int descriptor, std::string name, int stopAt = -1);
     ~Pipe();
     Pipe(const Pipe&) = delete;
     Pipe& operator=(const Pipe&) = delete;
 
     /// Reads from byte `offset` on what is there, having waited for one byte at least. Returns how many; none at the
     /// end, or once it is stopped.
-    /// throws  InputError for bytes that are not kept any more, and when the system fails to read
+    /// throws  InputError for bytes that are not kept any more, when the system fails to read, and for stopAt: what was
+    ///         cut short is not to be taken for the end
     std::size_t read(std::uint64_t offset, std::span<char> into);
     /// Whether reading on would not wait: bytes have come, or the end.
     bool ready() const;
@@ -31,6 +33,7 @@ private:
     std::size_t readOn();
 
     int descriptor_;
+    int stopAt_;
     int stopped_; ///< an event, readable once it is stopped
     std::string name_;
     std::vector<char> kept_;

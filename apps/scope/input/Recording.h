@@ -84,8 +84,9 @@ std::unique_ptr<Recording> openRecording(const std::string& path, const OpenOpti
 
 /// The recording that comes in on standard input. Its reads give what has come, and wait for one step at least.
 /// format   "csv", a table; "f64", "f32" or "s16", samples of `columns` channels in turn
+/// stopAt   as of Pipe: ends also the wait for the first step
 /// throws   InputError as openRecording
-std::unique_ptr<Recording> openStandardInput(const std::string& format, std::size_t columns,
-                                             const OpenOptions& options);
+std::unique_ptr<Recording> openStandardInput(const std::string& format, std::size_t columns, const OpenOptions& options,
+                                             int stopAt = -1);
 
 } // namespace scope

@@ -45,9 +45,10 @@ bool isTable(const std::string& path)
 
 } // namespace
 
-std::unique_ptr<Recording> openStandardInput(const std::string& format, std::size_t columns, const OpenOptions& options)
+std::unique_ptr<Recording> openStandardInput(const std::string& format, std::size_t columns, const OpenOptions& options,
+                                             int stopAt)
 {
-    File input = File::pipe(STDIN_FILENO, "standard input");
+    File input = File::pipe(STDIN_FILENO, "standard input", stopAt);
     if (format == "csv")
         return std::make_unique<CsvRecording>(std::move(input), options);
     return std::make_unique<RawRecording>(std::move(input), format, columns, options);

@@ -42,6 +42,11 @@ void FrameWriter::run()
 void FrameWriter::awaitSlot(std::unique_lock<std::mutex>& lock)
 {
     changed_.wait(lock, [this] { return !slot_; });
+    check();
+}
+
+void FrameWriter::check() const
+{
     if (failure_)
         std::rethrow_exception(failure_);
 }
@@ -71,6 +76,7 @@ void FrameWriter::finish()
 FrameWriter::Totals FrameWriter::totals()
 {
     const std::lock_guard lock(mutex_);
+    check();
     return totals_;
 }
 

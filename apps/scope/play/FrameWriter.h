@@ -36,11 +36,13 @@ public:
         std::uint64_t written = 0;
         std::uint64_t dropped = 0;
     };
+    /// throws  what the sink has thrown
     Totals totals();
 
 private:
     void run();
     void awaitSlot(std::unique_lock<std::mutex>& lock);
+    void check() const;
 
     Sink sink_;
     std::mutex mutex_; ///< guards what follows

@@ -11,6 +11,8 @@ public:
     Interrupt& operator=(const Interrupt&) = delete;
 
     bool came() const noexcept;
+    /// A descriptor that becomes readable when it comes, for those who wait; -1 when the system has none left.
+    int descriptor() const noexcept;
 };
 
 } // namespace scope

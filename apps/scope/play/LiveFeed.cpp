@@ -128,9 +128,10 @@ std::uint64_t LiveFeed::noteReading()
     return totals_.written;
 }
 
-void LiveFeed::count(std::uint64_t taken, std::uint64_t seen, double lastTime)
+/// Notes a reading, one that found nothing, too: the steps that it was to find may have been taken by the one before,
+/// when they were in the buffer but not yet counted.
+void LiveFeed::count(std::uint64_t taken, std::uint64_t seen)
 {
-    takenTime_ = lastTime;
     const std::lock_guard lock(mutex_);
     totals_.taken += taken;
     seen_ = seen;
@@ -141,7 +142,8 @@ FeedSteps LiveFeed::take()
     const std::uint64_t seen = noteReading();
     FeedSteps steps = readSteps(buffer_, 0, justAfter(takenTime_), std::numeric_limits<double>::max(), false);
     if (steps.count() > 0)
-        count(steps.count(), seen, steps.lastTime());
+        takenTime_ = steps.lastTime();
+    count(steps.count(), seen);
     return steps;
 }
 
@@ -151,10 +153,11 @@ std::optional<double> LiveFeed::pass()
     const double last = buffer_.GetLastTime();
     int first = -1;
     int end = -1;
-    if (!buffer_.GetIndexRange(0, justAfter(takenTime_), last, false, first, end))
+    const bool found = buffer_.GetIndexRange(0, justAfter(takenTime_), last, false, first, end);
+    count(found ? static_cast<std::uint64_t>(end - first) + 1 : 0, seen);
+    if (!found)
         return std::nullopt;
-    count(static_cast<std::uint64_t>(end - first) + 1, seen, last);
-    return last;
+    return takenTime_ = last;
 }
 
 void LiveFeed::waitForSteps(std::chrono::milliseconds most)
@@ -166,9 +169,14 @@ void LiveFeed::waitForSteps(std::chrono::milliseconds most)
 bool LiveFeed::finished()
 {
     const std::lock_guard lock(mutex_);
+    return finished_;
+}
+
+void LiveFeed::check()
+{
+    const std::lock_guard lock(mutex_);
     if (failure_)
         std::rethrow_exception(failure_);
-    return finished_;
 }
 
 LiveFeed::Totals LiveFeed::totals()

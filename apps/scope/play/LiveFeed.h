@@ -44,8 +44,10 @@ public:
 
     /// Waits until there are new steps or the end, but no longer than that.
     void waitForSteps(std::chrono::milliseconds most);
-    /// Whether everything is written. throws  what went wrong in reading
+    /// Whether nothing more will be written, be it for the end or for an error.
     bool finished();
+    /// throws  what went wrong in reading
+    void check();
     /// Ends the writing at once; what was written can still be taken.
     void stop();
 
@@ -69,7 +71,7 @@ private:
     void writeBatch(const Batch& batch);
     void makeRoom(const Batch& batch);
     std::uint64_t noteReading();
-    void count(std::uint64_t taken, std::uint64_t seen, double lastTime);
+    void count(std::uint64_t taken, std::uint64_t seen);
 
     Pace pace_;
     BatchReader reader_;

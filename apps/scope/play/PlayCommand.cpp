@@ -29,10 +29,12 @@ constexpr auto kUntilInterrupt = 50ms; // how late Ctrl-C may be seen
 
 bool isStandardInput(const PlayOptions& options) { return options.file == "-"; }
 
-Recordings openPlayed(const PlayOptions& options)
+/// interrupt  ends standard input
+Recordings openPlayed(const PlayOptions& options, const std::optional<Interrupt>& interrupt)
 {
     Recordings recordings;
-    recordings.push_back(isStandardInput(options) ? openStandardInput(options.format, options.columns, {options.rate})
+    recordings.push_back(isStandardInput(options) ? openStandardInput(options.format, options.columns, {options.rate},
+                                                                      interrupt->descriptor())
                                                   : openRecording(options.file, {options.rate}));
     return recordings;
 }
@@ -99,8 +101,8 @@ private:
 };
 
 struct Redraws {
-    unsigned count;
-    double seconds;
+    unsigned count = 0;
+    double seconds = 0;
 };
 
 void printTotals(const LiveFeed::Totals& steps, std::size_t channels, const FrameWriter::Totals& frames,
@@ -109,14 +111,15 @@ void printTotals(const LiveFeed::Totals& steps, std::size_t channels, const Fram
     std::printf("samples: %llu in, %llu lost\n", static_cast<unsigned long long>(steps.written * channels),
                 static_cast<unsigned long long>(steps.lost() * channels));
     std::printf("redraws: %u in %.3f s, %.4g a second, at most %.4g; frames: %llu written, %llu dropped\n",
-                redraws.count, redraws.seconds, redraws.count / redraws.seconds, 1 / period,
+                redraws.count, redraws.seconds, redraws.seconds > 0 ? redraws.count / redraws.seconds : 0, 1 / period,
                 static_cast<unsigned long long>(frames.written), static_cast<unsigned long long>(frames.dropped));
     std::printf("longest wait of the writer: %s\n",
                 formatQuantity(std::chrono::duration<double>(steps.longestWrite).count(), "s", 3).c_str());
 }
 
-/// Plays to the end, or until enough frames are accepted or Ctrl-C comes.
-Redraws play(ScopeHost& host, LiveFeed& feed, LiveDisplay& display, FrameWriter& frames, const PlayOptions& options)
+/// Plays to the end or the source's failure, or until enough frames are accepted or Ctrl-C comes.
+Redraws play(ScopeHost& host, LiveFeed& feed, LiveDisplay& display, FrameWriter& frames, const PlayOptions& options,
+             const Interrupt& interrupt)
 {
     bool last = false;
     const auto enough = [&](std::uint64_t count) { return options.frames != 0 && count >= options.frames; };
@@ -135,7 +138,6 @@ Redraws play(ScopeHost& host, LiveFeed& feed, LiveDisplay& display, FrameWriter&
         frames.offer(makeFigure, last ? FrameWriter::IfBusy::Wait : FrameWriter::IfBusy::Drop);
     });
     DrawScheduler& scheduler = *DrawScheduler::getInstance();
-    const Interrupt interrupt;
     host.setRefreshPeriod(options.refresh);
     const auto start = std::chrono::steady_clock::now();
     bool ended = false;
@@ -161,7 +163,18 @@ Redraws play(ScopeHost& host, LiveFeed& feed, LiveDisplay& display, FrameWriter&
 
 void runPlay(const PlayOptions& options)
 {
-    Recordings recordings = openPlayed(options);
+    // A file may take long to open, which Ctrl-C ends as ever.
+    std::optional<Interrupt> interrupt;
+    if (isStandardInput(options))
+        interrupt.emplace();
+    Recordings recordings;
+    try {
+        recordings = openPlayed(options, interrupt);
+    } catch (const InputError&) {
+        if (!interrupt || !interrupt->came())
+            throw;
+        return printTotals({}, 0, {}, {}, options.refresh);
+    }
     const std::size_t channels = recordings[0]->info().channels.size();
     const Window first = firstWindow(*recordings[0], options);
     TextScreen screen;
@@ -181,8 +194,12 @@ void runPlay(const PlayOptions& options)
     LiveFeed feed(
         std::move(recordings[0]),
         {.from = first.from, .factor = options.rateFactor, .history = trigger != nullptr ? trigger->history() : 0});
-    const Redraws redraws = play(host, feed, display, frames, options);
+    if (!interrupt)
+        interrupt.emplace();
+    const Redraws redraws = play(host, feed, display, frames, options, *interrupt);
     printTotals(feed.totals(), channels, frames.totals(), redraws, options.refresh);
+    if (!interrupt->came()) // which cuts a line of standard input short
+        feed.check();
 }
 
 } // namespace scope

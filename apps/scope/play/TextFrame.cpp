@@ -10,8 +10,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <stdexcept>
+#include <utility>
 
 namespace scope {
 
@@ -129,25 +129,34 @@ std::vector<std::string> drawText(const Figure& figure, std::size_t columns, std
     return text;
 }
 
-TextScreen::TextScreen() : terminal_(isatty(STDOUT_FILENO) != 0), rows_(std::numeric_limits<std::size_t>::max())
+TextScreen::TextScreen() : terminal_(isatty(STDOUT_FILENO) != 0), size_(currentSize()) {}
+
+TextScreen::Size TextScreen::currentSize() const
 {
+    Size found;
     winsize size{};
     if (!terminal_ || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0)
-        return;
+        return found;
     if (size.ws_col > 0)
-        columns_ = size.ws_col;
-    if (size.ws_row > 4)
-        rows_ = size.ws_row - 3U; // heading above, cursor below
+        found.columns = size.ws_col;
+    if (size.ws_row > 0)
+        found.rows = std::max(size.ws_row, static_cast<unsigned short>(4)) - 3U; // heading above, cursor below
+    return found;
 }
 
 void TextScreen::show(const Figure& figure)
 {
     std::string text;
-    if (shown_ > 0)
-        text = terminal_ ? "\033[" + std::to_string(shown_) + "A" : "\n";
-    const std::vector<std::string> rows = drawText(figure, columns_, rows_);
-    for (const std::string& row : rows)
-        text += row + (terminal_ ? "\033[K\n" : "\n");
+    const Size before = std::exchange(size_, currentSize());
+    if (shown_ > 0 && !terminal_)
+        text = "\n";
+    else if (shown_ > 0 && before == size_)
+        text = "\r\033[" + std::to_string(shown_) + "A"; // from the left edge: a key's echo may have moved the cursor
+    else if (shown_ > 0)
+        text = "\033[H\033[J"; // nobody knows where the terminal has put the rows: begin anew at the top
+    const std::vector<std::string> rows = drawText(figure, size_.columns, size_.rows);
+    for (const std::string& row : rows) // erased before: behind a row of full width that would take its last character
+        text += (terminal_ ? "\033[K" : "") + row + "\n";
     shown_ = rows.size();
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
         throw std::runtime_error("standard output: cannot be written");

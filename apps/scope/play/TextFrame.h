@@ -3,6 +3,7 @@
 #include "picture/Figure.h"
 
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -15,19 +16,25 @@ namespace scope {
 /// mostRows  lines beyond these are left out, and the heading says so
 std::vector<std::string> drawText(const Figure& figure, std::size_t columns, std::size_t mostRows);
 
-/// Shows frames on standard output: in place on a terminal, one after the other elsewhere.
+/// Shows frames on standard output: in place on a terminal, whose size it follows, one after the other elsewhere.
 class TextScreen {
 public:
     TextScreen();
     /// Room for a row.
-    std::size_t columns() const { return columns_; }
+    std::size_t columns() const { return size_.columns; }
     /// throws  std::runtime_error when the output cannot be written
     void show(const Figure& figure);
 
 private:
+    struct Size {
+        std::size_t columns = 80;
+        std::size_t rows = std::numeric_limits<std::size_t>::max(); ///< of lines
+        bool operator==(const Size&) const = default;
+    };
+    Size currentSize() const;
+
     bool terminal_;
-    std::size_t columns_ = 80;
-    std::size_t rows_;
+    Size size_;
     std::size_t shown_ = 0; ///< rows of the last frame
 };
 

@@ -42,7 +42,8 @@ TriggerTotals TriggerScan::run(const Visitor& visit, const std::function<void(do
         while (goOn && now_ < batch->lastTime) {
             const auto& pending = controller_.getPendingEvents();
             const double due = pending.empty() ? batch->lastTime : controller_.getDisplayTime(pending.front(), span_);
-            goOn = poll(std::min(batch->lastTime, std::max(now_, due)), visit);
+            // A span that passes the largest double has no such time, and no window is ever full.
+            goOn = poll(std::isnan(due) ? batch->lastTime : std::min(batch->lastTime, std::max(now_, due)), visit);
         }
         progress(batch->lastTime);
     }

@@ -35,9 +35,12 @@ void Object::remove() noexcept
 {
     // Out of the object first: what goes may look at the object, or delete it again.
     alive_ = false;
-    const auto payload = std::exchange(payload_, nullptr);
-    std::map<std::string, HostArrayPtr> values;
-    values.swap(values_);
+    if (remains_.empty())
+        return;
+    remains_.front().payload.swap(payload_);
+    remains_.front().values.swap(values_);
+    const auto table = table_; // the object may go with what it leaves
+    table->release(remains_);
 }
 
 const HostArrayPtr* Object::findValue(const std::string& property) const

@@ -3,6 +3,7 @@
 #include "ObjectTable.h"
 
 #include <cstdint>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -30,7 +31,7 @@ public:
     /// Takes a library object, which goes back to `info` when nobody holds it any more. Null is ignored.
     /// throws  InvalidObject when the object was deleted meanwhile
     void attach(std::shared_ptr<const hostobj::COSClassInfo> info, std::unique_ptr<hostobj::InstancePayload> payload);
-    /// Drops the library object and the values.
+    /// Drops the library object and the values; where the stack is deep in such, once it is not.
     void remove() noexcept;
 
     /// Null when the property was not set; may point to null.
@@ -44,6 +45,7 @@ private:
     bool alive_ = true;
     std::shared_ptr<hostobj::InstancePayload> payload_;
     std::map<std::string, HostArrayPtr> values_;
+    std::list<ObjectTable::Remains> remains_{1}; ///< room for what is left, as there may be no memory then
 };
 
 } // namespace tracery::embedded

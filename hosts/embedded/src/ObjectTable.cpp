@@ -4,9 +4,9 @@
 
 #include <tracery/embedded/errors.h>
 
+#include <iterator>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace tracery::embedded {
 
@@ -59,16 +59,34 @@ std::shared_ptr<Object> ObjectTable::ofNumber(double number) const noexcept
     return entry->second->weak_from_this().lock();
 }
 
+void ObjectTable::release(std::list<Remains>& remains) noexcept
+{
+    constexpr int kDeepest = 50;
+    std::list<Remains> mine;
+    mine.swap(remains);
+    if (releasing_ >= kDeepest) {
+        waiting_.splice(waiting_.end(), mine);
+        return;
+    }
+    ++releasing_;
+    mine.clear();
+    while (releasing_ == kDeepest && !waiting_.empty())
+        mine.splice(mine.end(), waiting_, waiting_.begin()), mine.clear();
+    --releasing_;
+}
+
 void ObjectTable::close()
 {
     closed_ = true;
-    std::vector<std::shared_ptr<Object>> objects; // held until all are deleted: one may be the last to refer to another
-    objects.reserve(objects_.size());
-    for (const auto& [number, object] : objects_)
-        if (auto held = object->weak_from_this().lock())
-            objects.push_back(std::move(held));
-    for (auto object = objects.rbegin(); object != objects.rend(); ++object)
-        (*object)->remove();
+    // By number, the newest first, as deleting one may be the end of others.
+    for (std::uint64_t number = lastNumber_; number > 0; --number) {
+        const auto after = objects_.upper_bound(number);
+        if (after == objects_.begin())
+            break;
+        number = std::prev(after)->first;
+        if (const auto object = std::prev(after)->second->weak_from_this().lock())
+            object->remove();
+    }
 }
 
 } // namespace tracery::embedded

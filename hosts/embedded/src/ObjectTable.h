@@ -3,8 +3,10 @@
 #include "ClassRecord.h"
 
 #include <cstdint>
+#include <list>
 #include <map>
 #include <memory>
+#include <string>
 
 namespace tracery::embedded {
 
@@ -13,6 +15,12 @@ class Object;
 /// The objects of one host by their numbers. Objects share it, so it may outlive the host.
 class ObjectTable : public std::enable_shared_from_this<ObjectTable> {
 public:
+    /// What an object leaves when it is deleted.
+    struct Remains {
+        std::shared_ptr<hostobj::InstancePayload> payload;
+        std::map<std::string, HostArrayPtr> values;
+    };
+
     /// throws  InvalidObject after close
     std::shared_ptr<Object> create(ClassPtr cls);
     /// Whether the reference is to an object of this host that is not deleted.
@@ -32,7 +40,13 @@ private:
     friend Object;
     /// The object behind a reference, or null when it is of another host; deleted ones too.
     std::shared_ptr<Object> find(const HostObjectRef& object) const noexcept;
+    /// Releases remains, and with them maybe other objects: at once, or, where such is going on many times over already,
+    /// by the first of them, so that a chain of objects of any length needs little stack.
+    void release(std::list<Remains>& remains) noexcept;
+
     std::map<std::uint64_t, Object*> objects_;
+    std::list<Remains> waiting_;
+    int releasing_ = 0;
     std::uint64_t lastNumber_ = 0;
     bool closed_ = false;
 };

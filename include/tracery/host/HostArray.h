@@ -40,7 +40,7 @@ struct HostArrayDeleter {
 /// Owning handle of an array.
 using HostArrayPtr = std::unique_ptr<HostArray, HostArrayDeleter>;
 
-/// Releases what allocateMemory or arrayToString returned; null is ignored.
+/// Releases what allocateMemory, allocateZeros or arrayToString returned; null is ignored.
 TRACERY_EXPORT void freeMemory(void* memory) noexcept;
 
 /// Calls freeMemory.
@@ -145,6 +145,8 @@ TRACERY_EXPORT char* arrayToString(const HostArray* array);
 TRACERY_EXPORT std::size_t getNumberOfLiveArrays() noexcept;
 /// Uninitialised bytes from the host's allocator; throws std::bad_alloc.
 TRACERY_EXPORT void* allocateMemory(std::size_t bytes);
+/// The same, zero-filled.
+TRACERY_EXPORT void* allocateZeros(std::size_t bytes);
 /// The quiet NaN.
 TRACERY_EXPORT double getNaN() noexcept;
 /// Positive infinity.

@@ -1,0 +1,7 @@
+#include "Harness.h"
+
+namespace tracery::bench {
+
+Rows bufferRows() { return {}; }
+
+} // namespace tracery::bench

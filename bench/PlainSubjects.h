@@ -1,0 +1,7 @@
+#pragma once
+
+#include "Subjects.h"
+
+#define tracery tracery_plain
+#include "Subjects.h"
+#undef tracery

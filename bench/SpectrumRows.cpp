@@ -1,0 +1,7 @@
+#include "Harness.h"
+
+namespace tracery::bench {
+
+Rows spectrumRows() { return {}; }
+
+} // namespace tracery::bench

@@ -1,0 +1,113 @@
+// A SpectrumBuffer beside the plain rules; its power statistics beside the formulas; or alone, with huge parameters.
+
+#include "Bytes.h"
+#include "buffers/NaiveCcdf.h"
+#include "buffers/SpectrumBufferModel.h"
+
+using namespace tracery;
+using namespace tracery::test;
+using fuzz::Bytes;
+
+namespace {
+
+Samples numbers(Bytes& bytes, std::size_t count)
+{
+    Samples values(count);
+    for (double& value : values)
+        value = bytes.number();
+    return values;
+}
+
+void comparePowers(Bytes& bytes)
+{
+    constexpr double kResolutions[] = {0.5, 0.1, 0.01, 0.37, 3.0, 3.0102999566398121, 10.0, 47.0, 1e-4, 1e-9, 400.0};
+    TestBuffer buffer(8, 0);
+    NaiveCcdf naive;
+    int bins = 1 + static_cast<int>(bytes.below(40));
+    double resolution = bytes.oneOf(kResolutions);
+    while (!bytes.isEmpty()) {
+        if (bytes.below(8) == 0) {
+            buffer.resetCCDF();
+            naive.reset();
+            bins = 1 + static_cast<int>(bytes.below(40));
+            resolution = bytes.oneOf(kResolutions);
+        }
+        const std::size_t rows = bytes.below(20), columns = 1 + bytes.below(3);
+        const Samples power = numbers(bytes, rows * columns);
+        naive.update(power.data(), rows, columns, bins, resolution);
+        HostArray* out[4] = {};
+        buffer.updateCCDF(matrix(rows, columns, power).get(), bins, resolution, out[0], out[1], out[2], out[3]);
+        const HostArrayPtr peaks(out[0]), averages(out[1]), counts(out[2]), tables(out[3]);
+        const HostArrayPtr histogram(buffer.getCCDFHistogram()), unbinned(buffer.getCCDFTotalUnbinned());
+        EXPECT_TRUE(sameBits(realOf(peaks.get()), naive.peak));
+        EXPECT_TRUE(sameBits(realOf(counts.get()), naive.count));
+        EXPECT_TRUE(sameBits(realOf(histogram.get()), naive.histogram));
+        EXPECT_TRUE(sameBits(realOf(unbinned.get()), naive.unbinned));
+        for (std::size_t c = 0; c < columns; ++c)
+            EXPECT_TRUE(sameBits(realOf(getCell(tables.get(), c)), naive.distribution(c)));
+    }
+}
+
+/// Parameters and frames of any size. What cannot be done is refused, and has not happened.
+void askForAnything(Bytes& bytes)
+{
+    const auto count = [&] {
+        return bytes.below(8) != 0 ? static_cast<std::uint32_t>(bytes.below(20)) : std::uint32_t{1} << bytes.below(32);
+    };
+    TestBuffer buffer(count(), bytes.number(), bytes.flag() ? kReal : kComplex, 1 + count() % 5);
+    while (!bytes.isEmpty()) {
+        const std::uint32_t processed = buffer.getNumProcessedSamples(), segments = buffer.getNumSegments();
+        const std::string refused = refusal([&] {
+            switch (bytes.below(9)) {
+            case 0:
+                return buffer.setSegmentLength(count());
+            case 1:
+                return buffer.setOverlapPercent(bytes.number());
+            case 2:
+                return buffer.setNumChannels(count());
+            case 3:
+                return buffer.setSegmentsPerBlock(count());
+            case 4:
+                return bytes.flag() ? buffer.rebuffer() : buffer.clear();
+            case 5:
+                return void(buffer.segments());
+            case 6: {
+                HostArray* out[4] = {};
+                buffer.updateCCDF(matrix(2, 2, numbers(bytes, 4)).get(), static_cast<int>(count()), bytes.number(),
+                                  out[0], out[1], out[2], out[3]);
+                for (HostArray* each : out)
+                    destroyArray(each);
+                return;
+            }
+            default: {
+                const std::size_t rows = bytes.below(20), columns = bytes.below(4);
+                const HostArrayPtr frame = matrix(rows, columns, numbers(bytes, rows * columns));
+                return bytes.flag() ? buffer.AddValue(frame.get(), 0, true) : buffer.addtoBuffer(frame.get());
+            }
+            }
+        });
+        if (refused != "none") {
+            EXPECT_EQ(buffer.getNumProcessedSamples(), processed) << refused;
+            EXPECT_EQ(buffer.getNumSegments(), segments) << refused;
+        }
+    }
+}
+
+} // namespace
+
+void fuzz::runInput(Bytes& bytes)
+{
+    const std::size_t before = getNumberOfLiveArrays();
+    switch (bytes.below(3)) {
+    case 0:
+        comparePowers(bytes);
+        break;
+    case 1:
+        askForAnything(bytes);
+        break;
+    default:
+        for (RandomSpectrum run(bytes); !bytes.isEmpty();)
+            run.step();
+    }
+    EXPECT_EQ(getNumberOfLiveArrays(), before);
+}

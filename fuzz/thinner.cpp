@@ -1,0 +1,86 @@
+// Both thinners beside their rules, on lines of any points.
+
+#include "Bytes.h"
+#include "display/NaiveThinner.h"
+#include "support/Expect.h"
+
+using namespace tracery;
+using fuzz::Bytes;
+using naive::Doubles;
+using test::sameBits;
+
+namespace {
+
+/// Mostly times that move on a little.
+double nextTime(Bytes& bytes, double& now)
+{
+    const std::uint8_t choice = bytes.byte();
+    if (choice < 240)
+        return now += choice / 64.0;
+    return choice < 248 ? bytes.number() : now = bytes.number();
+}
+
+void thinLines(Bytes& bytes)
+{
+    DataThinner thinner;
+    double now = 0, pixelStart = -naive::kInf, ratio = bytes.number();
+    while (!bytes.isEmpty()) {
+        Doubles pairs;
+        for (std::size_t k = bytes.byte(); k > 0 && !bytes.isEmpty(); --k) {
+            pairs.push_back(nextTime(bytes, now));
+            pairs.push_back(bytes.number());
+        }
+        const bool continued = bytes.below(4) != 0;
+        if (!continued)
+            pixelStart = -naive::kInf;
+        if (bytes.below(8) == 0)
+            ratio = bytes.number();
+        const auto points = static_cast<int>(pairs.size() / 2);
+        const HostArrayPtr thin(
+            thinner.getArrayThinData(test::matrix(2, pairs.size() / 2, pairs).get(), points, ratio, continued));
+        EXPECT_TRUE(sameBits(test::realOf(thin.get()), naive::thinBatch(pairs, ratio, pixelStart)));
+    }
+}
+
+void thinStream(Bytes& bytes)
+{
+    const bool complex = bytes.flag();
+    std::vector<naive::ThinnedChannel> model(1 + bytes.below(4));
+    DataThinner thinner;
+    for (std::size_t c = 0; c < model.size(); ++c)
+        thinner.initDataThinningMinMax();
+    const double ratio = bytes.number();
+    thinner.setPixelTimeRatio(ratio);
+    Doubles out(9, 77.0), expected = out;
+    double last = -naive::kInf, now = 0;
+    while (!bytes.isEmpty()) {
+        double time = nextTime(bytes, now);
+        const double d = time - last;
+        const bool opens = last == -naive::kInf || d * ratio >= 0.5 || d == 0.0;
+        bool needUpdate = !opens;
+        for (std::size_t c = 0; c < model.size(); ++c) {
+            const bool enabled = bytes.below(16) != 0;
+            Doubles real{bytes.number()}, imag{bytes.number()};
+            const bool expectedHad = !opens || model[c].hasData;
+            if (opens) {
+                if (model[c].hasData)
+                    model[c].emit(expected, complex, enabled);
+                model[c].open(expected, time, real[0], imag[0], complex);
+                last = time;
+            } else if (enabled) {
+                model[c].fold(time, real[0], imag[0], complex);
+            }
+            bool had = true;
+            const int position = static_cast<int>(c);
+            thinner.thinData(position, time, real, imag, out, 0, complex, enabled, 0, had, position, needUpdate);
+            EXPECT_EQ(needUpdate, opens);
+            EXPECT_EQ(had, expectedHad);
+            EXPECT_TRUE(sameBits(out, expected));
+            EXPECT_TRUE(sameBits(naive::accumulators(thinner, c), model[c].accumulators()));
+        }
+    }
+}
+
+} // namespace
+
+void fuzz::runInput(Bytes& bytes) { bytes.flag() ? thinLines(bytes) : thinStream(bytes); }

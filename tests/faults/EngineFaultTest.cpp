@@ -1,0 +1,320 @@
+// The engine's classes beside the buffers, short of memory at every allocation in turn.
+
+#include "support/FaultSweep.h"
+#include "trigger/TriggerFixtures.h"
+
+#include <tracery/AbstractTimeDomainPlotter.h>
+#include <tracery/DataPattern.h>
+#include <tracery/DrawScheduler.h>
+#include <tracery/OneShotTimer.h>
+#include <tracery/ScrollingTimeDomainController.h>
+#include <tracery/TimeBuffer.h>
+#include <tracery/TimeDomainTriggerController.h>
+#include <tracery/TimeScopeLine.h>
+#include <tracery/WrappingTimeDomainController.h>
+#include <tracery/embedded/EmbeddedHost.h>
+
+#include <functional>
+#include <random>
+#include <typeinfo>
+
+using namespace tracery;
+using namespace tracery::test;
+
+namespace {
+
+/// (time, value) pairs of a signal that goes low, half-way and high, by chance.
+template <class Element>
+std::vector<Element> signal(int from, int count)
+{
+    std::mt19937 random(static_cast<unsigned>(from));
+    std::vector<Element> pairs;
+    for (int i = from; i < from + count; ++i) {
+        pairs.emplace_back(i * 0.01);
+        pairs.emplace_back(static_cast<int>(random() % 3) - 0.5);
+    }
+    return pairs;
+}
+
+struct Watched {
+    std::unique_ptr<AbstractTimeDomainTrigger> detector;
+    AbstractTimeDomainTrigger::EventQueue queue;
+};
+
+Observation eventsOf(Watched& w)
+{
+    Observation all(w.queue.begin(), w.queue.end());
+    for (const std::uint64_t count :
+         {w.detector->getNumAcceptedEvents(), w.detector->getNumHoldoffRefusals(), w.detector->getNumOutOfTimeBounds()})
+        all.push_back(static_cast<double>(count));
+    for (const double level : {w.detector->getLevel(), w.detector->getUpperLevel(), w.detector->getLowerLevel()})
+        all.push_back(level);
+    return all;
+}
+
+template <class Detector>
+void sweepDetector()
+{
+    const auto sweep = [](auto element, TDTC::PolarityEnum polarity) {
+        using Element = decltype(element);
+        const std::vector<Element> before = signal<Element>(0, 333), block = signal<Element>(333, 3000);
+        const auto feed = [](Watched& w, const std::vector<Element>& pairs) {
+            const double extrema[] = {-0.7, 1.7};
+            w.detector->updateEventQueue(pairs.data(), pairs.size() / 2, extrema, 1, w.queue);
+        };
+        const auto make = [&] {
+            naive::Settings settings;
+            settings.upper = 0.9, settings.lower = 0.1, settings.level = 0.5, settings.timeout = 0.02;
+            settings.minTime = 0, settings.maxTime = 1e9;
+            auto w = std::make_unique<Watched>();
+            w->detector = std::make_unique<Detector>(tracery::make<Detector>(settings));
+            w->detector->setPolarity(polarity);
+            feed(*w, before);
+            return w;
+        };
+        const long faults = failEveryAllocation(
+            typeid(Detector).name(), make, [&](Watched& w) { feed(w, block); }, eventsOf);
+        EXPECT_GT(faults, 0) << "no events to keep";
+    };
+    for (const auto polarity :
+         {TDTC::PolarityEnum::Positive, TDTC::PolarityEnum::Negative, TDTC::PolarityEnum::Either}) {
+        sweep(double(), polarity);
+        sweep(std::complex<double>(), polarity);
+    }
+}
+
+TEST(EngineFaultTest, ADetectorThatCannotKeepAnEventHasNotSeenTheBlock)
+{
+    sweepDetector<EdgeTimeDomainTrigger>();
+    sweepDetector<PulseWidthTimeDomainTrigger>();
+    sweepDetector<RuntTimeDomainTrigger>();
+    sweepDetector<TransitionTimeDomainTrigger>();
+    sweepDetector<WindowTimeDomainTrigger>();
+    sweepDetector<TimeoutTimeDomainTrigger>();
+}
+
+using Controller = TimeDomainTriggerController;
+
+Observation stateOf(Controller& c)
+{
+    const AbstractTimeDomainTrigger& detector = c.getDetector();
+    Observation all{static_cast<double>(c.getMode()),
+                    static_cast<double>(c.getType()),
+                    static_cast<double>(typeid(detector).hash_code() % 1000),
+                    c.getLevel(),
+                    c.getUpperLevel(),
+                    c.getLowerLevel(),
+                    c.getLastTriggerTime(),
+                    c.getEnableOnceMode() ? 1.0 : 0.0,
+                    static_cast<double>(detector.getNumAcceptedEvents())};
+    all.insert(all.end(), c.getPendingEvents().begin(), c.getPendingEvents().end());
+    for (const Controller::ConsumedEvent& event : c.getConsumedEvents())
+        all.push_back(event.time), all.push_back(static_cast<double>(event.fate));
+    all.resize(all.size() + 2);
+    c.getLastTriggerWindow(all[all.size() - 2], all.back());
+    return all;
+}
+
+TEST(EngineFaultTest, ATriggerControllerLosesNoSampleAndNoEvent)
+{
+    TimeBuffer buffer({20000}, {1}, 1);
+    const std::vector<double> pairs = signal<double>(0, 3000);
+    for (std::size_t i = 0; i < pairs.size(); i += 2)
+        buffer.addTimeAndValue(row({pairs[i]}).get(), row({pairs[i + 1]}).get(), 0, true);
+    const auto samples = [&](Controller& c, std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i)
+            c.processSample(pairs[2 * i], pairs[2 * i + 1], pairs[2 * i], 4);
+    };
+    double start = 0, end = 0;
+    const auto once = Promise::nothingHappened, again = Promise::canBeRepeated;
+    const struct {
+        const char* name;
+        std::size_t samples; ///< that were handed in before
+        std::function<void(Controller&)> operation;
+        Promise promise;
+    } cases[] = {
+        {"another type", 500, [](Controller& c) { c.setType(TDTC::TypeEnum::Runt); }, once},
+        {"the first sample", 0, [&](Controller& c) { samples(c, 0, 1); }, once},
+        {"the next sample", 1, [&](Controller& c) { samples(c, 1, 2); }, once},
+        {"a sample that fills the block", 1023, [&](Controller& c) { samples(c, 1023, 1024); }, once},
+        {"a buffer", 0, [&](Controller& c) { c.processBuffer(buffer, false, 0, 0, 0, 30, 4); }, once},
+        // The samples may have been taken in, and the events wait for the next call.
+        {"a window of a buffer", 0,
+         [&](Controller& c) { c.getTriggerWindow(buffer, false, 0, 0, 0, 0, 30, 4, false, start, end); }, again},
+        {"a window of samples", 700, [&](Controller& c) { c.getTriggerWindow(0, 8, 4, false, start, end); }, again},
+        {"settings", 100,
+         [](Controller& c) {
+             c.reset(), c.setMode(TDTC::ModeEnum::Once), c.setSourcePortChannel(2), c.setLevel(2);
+             c.setComplexity(TDTC::ComplexityEnum::Phase), c.setPolarity(TDTC::PolarityEnum::Either);
+         },
+         once},
+        {"a new one", 0, [](Controller&) { Controller(); }, once},
+    };
+    for (const auto& c : cases)
+        for (const bool autoLevel : {false, true}) {
+            const auto make = [&] {
+                auto controller = std::make_unique<Controller>();
+                controller->setMode(TDTC::ModeEnum::Auto);
+                controller->setAutoLevel(autoLevel);
+                controller->setLevel(0.5);
+                samples(*controller, 0, c.samples);
+                return controller;
+            };
+            failEveryAllocation(c.name, make, c.operation, stateOf, c.promise);
+        }
+}
+
+/// A display with lines in a host.
+struct Display {
+    embedded::EmbeddedHost& host;
+    HostObjectRef drawn = host.construct(embedded::LineAnimator::kClassName);
+    HostArrayPtr drawnArray = hostobj::omCreateScalar(drawn);
+    TimeScopeLine line;
+    DataThinner thinner;
+    AbstractTimeDomainPlotter plotter;
+    explicit Display(embedded::EmbeddedHost& own) : host(own)
+    {
+        line.setLine(drawnArray.get());
+        plotter.setTimeOverrunMode(TimeOverrunModeEnum::Scroll);
+        plotter.setLines(drawnArray.get());
+    }
+};
+
+Observation stateOf(Display& d)
+{
+    const auto points = d.host.animator().points(d.drawn);
+    Observation all(points.begin(), points.end());
+    const HostArrayPtr lines(d.plotter.getLines()), axes(d.plotter.getAxes());
+    for (const DataThinner* thinner : {&d.thinner, d.line.getDataThinner()})
+        for (const double value :
+             {thinner->getLastUpdateTime(), thinner->getLastSampleDataAdded(), thinner->getPixelTimeRatio()})
+            all.push_back(value);
+    all.push_back(static_cast<double>(getNumberOfElements(d.line.getLine())));
+    all.push_back(lines ? static_cast<double>(getNumberOfElements(lines.get())) : -1);
+    all.push_back(axes ? static_cast<double>(getNumberOfElements(axes.get())) : -1);
+    all.push_back(static_cast<double>(d.plotter.getTimeOverrunMode()));
+    const auto controller = d.plotter.getTimeOverrunModeController();
+    all.push_back(dynamic_cast<const WrappingTimeDomainController*>(controller.get()) != nullptr ? 1 : 0);
+    all.push_back(controller->getPlotter() == &d.plotter ? 1 : 0);
+    for (const auto& list : {d.plotter.getSampleTimes(), d.plotter.getTimeDisplayOffset()})
+        all.insert(all.end(), list.begin(), list.end());
+    for (const int port : d.plotter.getPortIndex())
+        all.push_back(port);
+    const auto dims = d.plotter.getMaxDimensions();
+    all.insert(all.end(), dims.begin(), dims.end());
+    all.push_back(d.plotter.getPreviousEndTimeForLine(0));
+    all.push_back(d.plotter.getPreviousEndTimeForLine(1));
+    return all;
+}
+
+TEST(EngineFaultTest, ALineAndAPlotterAreAsBefore)
+{
+    embedded::EmbeddedHost host;
+    const HostScope attached(host);
+    const HostArrayPtr points = matrix(2, 600, signal<double>(0, 600)), dims = matrix(3, 2, {1, 2, 3, 4, 5, 6});
+    const std::vector<double> values(20, 3);
+    const std::uint64_t two[] = {1, 2};
+    const HostArrayPtr pair(createObjectArray("handle", 2, two));
+    const struct {
+        const char* name;
+        std::function<void(Display&)> operation;
+    } cases[] = {
+        {"points", [&](Display& d) { d.line.plotData(points.get(), false, 10); }},
+        {"thinned points", [&](Display& d) { d.line.plotData(points.get(), true, 10); }},
+        {"a line", [&](Display& d) { d.line.setLine(pair.get()); }},
+        {"no points", [&](Display& d) { d.line.reset(); }},
+        {"extents",
+         [&](Display& d) {
+             double extents[4] = {9, 9, -9, -9};
+             d.line.resetLineYExtents(extents, 0, false, 0, 0);
+         }},
+        {"a transform", [](Display& d) { d.line.getTransform(), d.plotter.getTransform(0); }},
+        {"thinned data",
+         [&](Display& d) {
+             HandedOut<1> out;
+             out[0] = d.thinner.getArrayThinData(points.get(), 600, 10, true);
+         }},
+        {"a further channel", [](Display& d) { d.thinner.initDataThinningMinMax(); }},
+        {"a pattern", [](Display&) { DataPattern(1000).addValueAndCheckPattern(3); }},
+        {"another mode", [](Display& d) { d.plotter.setTimeOverrunMode(TimeOverrunModeEnum::Wrap); }},
+        {"lines", [&](Display& d) { d.plotter.setLines(pair.get()); }},
+        {"axes", [&](Display& d) { d.plotter.setAxes(pair.get()); }},
+        {"sample times", [&](Display& d) { d.plotter.setSampleTimes(values.data(), values.size()); }},
+        {"offsets", [&](Display& d) { d.plotter.setTimeDisplayOffset(values.data(), values.size()); }},
+        {"a port", [](Display& d) { d.plotter.setPortIndex(4); }},
+        {"extents of ports", [&](Display& d) { d.plotter.setMaxDimensions(dims.get()); }},
+        {"caches",
+         [](Display& d) {
+             d.plotter.getTimeScopeLine(0), d.plotter.addTransformToCache(d.drawn), d.plotter.getTimeStepWidth();
+             d.plotter.getTransformFromCache(0), d.plotter.clearTransformCache(), d.plotter.clearTimeScopeLineObjs();
+         }},
+        {"a controller",
+         [](Display& d) {
+             d.plotter.setTimeOverrunModeController(std::make_shared<WrappingTimeDomainController>());
+             d.plotter.getTimeOverrunModeController()->calculateStartTime();
+         }},
+    };
+    for (const auto& c : cases) {
+        const auto make = [&] {
+            auto display = std::make_unique<Display>(host);
+            if (std::string_view(c.name) == "no points" || std::string_view(c.name) == "extents")
+                display->line.plotData(points.get(), false, 10);
+            return display;
+        };
+        failEveryAllocation(c.name, make, c.operation, static_cast<Observation (*)(Display&)>(stateOf));
+    }
+    EXPECT_EQ(host.getNumberOfLiveObjects(), 0U);
+}
+
+struct CountingTimer final : Timer {
+    void setTimeout(double seconds) override { timeout = seconds; }
+    double getTimeout() const override { return timeout; }
+    void start() override { up = false; }
+    void stop() override { up = true; }
+    bool isTimeUp() override { return up; }
+    double timeout = 0;
+    bool up = true;
+};
+
+TEST(EngineFaultTest, ASchedulerListensAndKeepsItsTasksOrIsAsBefore)
+{
+    embedded::EmbeddedHost first, second;
+    int drawn = 0;
+    const struct {
+        const char* name;
+        std::function<void(DrawScheduler&)> operation;
+    } cases[] = {
+        {"a task", [&](DrawScheduler& s) { s.Bind({[&drawn] { ++drawn; }}); }},
+        {"another host", [&](DrawScheduler& s) { s.Init(0.25, 3); }},
+        {"a round", [](DrawScheduler& s) { s.TaskComplete(true); }},
+        {"no task", [](DrawScheduler& s) { s.Unbind(0); }},
+        {"a new one", [](DrawScheduler&) { DrawScheduler(std::make_unique<OneShotTimer>()); }},
+        {"a period",
+         [](DrawScheduler&) {
+             OneShotTimer timer;
+             timer.setTimeout(100), timer.start(), timer.stop();
+         }},
+    };
+    for (const auto& c : cases) {
+        const auto make = [&] {
+            auto scheduler = std::make_unique<DrawScheduler>(std::make_unique<CountingTimer>());
+            {
+                const HostScope attached(first);
+                scheduler->Init();
+            }
+            scheduler->Bind({[&drawn] { ++drawn; }});
+            if (std::string_view(c.name) == "another host")
+                scheduler->Clear(); // so that it listens anew
+            return scheduler;
+        };
+        const auto see = [&](DrawScheduler& s) {
+            const bool toFirst = s.getCommitHost() == &first, toSecond = s.getCommitHost() == &second;
+            return Observation{static_cast<double>(s.getNumberOfTasks()), s.getIntervalMicroseconds(),
+                               s.getSecondSetting(), toFirst ? 1.0 : 0.0, toSecond ? 1.0 : 0.0};
+        };
+        const HostScope attached(second);
+        failEveryAllocation(c.name, make, c.operation, see);
+    }
+}
+
+} // namespace
