@@ -1,5 +1,7 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <functional>
 #include <limits>
 #include <memory>
@@ -51,14 +53,25 @@ struct Measured {
     double timesPlain = std::numeric_limits<double>::quiet_NaN();
 };
 
+/// Seconds this thread has had a core: what others do on it meanwhile does not count.
+double processorTime();
+
 /// Runs `rounds` rounds; each times every case for some milliseconds.
 Measured measure(const Work& work, int rounds);
 
 // One function a file of rows.
 Rows bufferRows();
 Rows ccdfRows();
+Rows pipelineRows();
 Rows spectrumRows();
 Rows thinningRows();
 Rows triggerRows();
+
+// Tables of their own: printed, and given back.
+
+/// How long the longest write takes while a buffer grows to its capacity, beside rings that grow by copying.
+nlohmann::json worstWriteTable();
+/// What a sample costs as sizes grow.
+nlohmann::json scalingTable(int rounds);
 
 } // namespace tracery::bench

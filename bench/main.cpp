@@ -1,5 +1,5 @@
 // Measures every kernel beside its limit and its plain form, and says which targets are met. It reports and never fails.
-// usage: tracery_bench [--filter TEXT] [--rounds N] [--json FILE] [--list]
+// usage: tracery_bench [--filter TEXT] [--rounds N] [--json FILE] [--list | --worst-write | --scaling]
 
 #include "Harness.h"
 
@@ -22,11 +22,15 @@ struct Options {
     std::string json;
     int rounds = 11;
     bool list = false;
+    bool worstWrite = false;
+    bool scaling = false;
 };
 
 [[noreturn]] void usage()
 {
-    std::fprintf(stderr, "usage: tracery_bench [--filter TEXT] [--rounds N] [--json FILE] [--list]\n");
+    std::fprintf(
+        stderr,
+        "usage: tracery_bench [--filter TEXT] [--rounds N] [--json FILE] [--list | --worst-write | --scaling]\n");
     std::exit(2);
 }
 
@@ -35,8 +39,12 @@ Options readOptions(int argc, char** argv)
     Options options;
     for (int i = 1; i < argc; ++i) {
         const std::string_view name = argv[i];
-        if (name == "--list") {
-            options.list = true;
+        bool* const mode = name == "--list"          ? &options.list
+                           : name == "--worst-write" ? &options.worstWrite
+                           : name == "--scaling"     ? &options.scaling
+                                                     : nullptr;
+        if (mode != nullptr) {
+            *mode = true;
             continue;
         }
         if (++i == argc)
@@ -102,17 +110,14 @@ nlohmann::json toJson(const Row& row, const Measured& m)
     return json;
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+/// Prints the rows' table, or the rows' names.
+nlohmann::json runRows(const Options& options)
 {
-    const Options options = readOptions(argc, argv);
-    pin();
     nlohmann::json all = nlohmann::json::array();
     if (!options.list)
         std::printf(
             "| kernel | data | ns an item | of the limit | times plain | verdict |\n|---|---|---|---|---|---|\n");
-    for (const auto& rowsOf : {bufferRows, thinningRows, triggerRows, spectrumRows, ccdfRows})
+    for (const auto& rowsOf : {bufferRows, thinningRows, triggerRows, spectrumRows, ccdfRows, pipelineRows})
         for (const Row& row : rowsOf()) {
             const std::string name = row.kernel + ", " + row.data;
             if (name.find(options.filter) == std::string::npos)
@@ -131,6 +136,19 @@ int main(int argc, char** argv)
             std::fflush(stdout);
             all.push_back(toJson(row, m));
         }
+    return all;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const Options options = readOptions(argc, argv);
+    pin();
+    const nlohmann::json all = options.worstWrite ? worstWriteTable()
+                               : options.scaling  ? scalingTable(options.rounds)
+                                                  : runRows(options);
+
     if (!options.json.empty() && !(std::ofstream(options.json) << all.dump(1) << '\n')) {
         std::fprintf(stderr, "tracery_bench: cannot write %s\n", options.json.c_str());
         return 2;

@@ -6,6 +6,7 @@
 #include <complex>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,11 @@ enum class BufferType : std::int32_t { SingleRate = 1, MultipleRate = 2 };
 ///
 /// A port delivers, per time step, one block of values of up to a fixed maximum size; the buffer keeps the newest steps
 /// of each port, up to a capacity per port, and silently drops the oldest. A step always takes the whole maximum block:
-/// what the input does not cover is NaN. Values lie column-major. Memory grows on demand, by doubling.
+/// what the input does not cover is NaN. Values lie column-major.
+///
+/// A port's first write asks for room for the whole capacity, which the system backs with memory page by page as values
+/// come. So a write takes as long as its own values and their pages do. Where so much room is not to be had, or after the
+/// capacity was raised, the write that makes the room copies what is stored.
 ///
 /// Life: before set-up (by a constructor with arguments or ResetBuffer) writes and clears do nothing whatever their
 /// arguments, and reads return nothing. Afterwards a port out of range is InvalidPortID in every operation that takes
@@ -221,10 +226,31 @@ public:
     /// throws  InvalidPortID, InvalidChannelID, AddValueError, GetComplexDataError
     void GetSamplesAfter(double after, std::uint64_t port, std::uint64_t channel, bool isFrameBased, double framePeriod,
                          SamplePart part, std::vector<double>& pairs) const;
+    /// The read of one channel into a block of the caller's, for displays that go through long windows block by block:
+    /// fills `pairs` with the (time, value) pairs of the samples at times in (after, upTo], also those of a frame that
+    /// began before, as many as there is room for, and returns how many those are. It takes no memory for real and
+    /// imaginary parts, and holds the lock no longer than the block takes to fill.
+    ///
+    /// The next call goes on after the last time of the block, until one returns 0. A block that is full ends before
+    /// the samples at its last time, so that blocks do not part samples of one time, unless all of it is of that time.
+    /// The other arguments are those of GetSamplesAfter, and so is what it throws. Only for callers in C++.
+    std::uint64_t GetSamplesBetween(double after, double upTo, std::uint64_t port, std::uint64_t channel,
+                                    bool isFrameBased, double framePeriod, SamplePart part,
+                                    std::span<double> pairs) const;
 
 private:
     struct State;
     class Lock;
+    struct ChannelRead {
+        std::uint64_t port;
+        std::uint64_t channel;
+        bool isFrameBased;
+        double framePeriod;
+        SamplePart part;
+    };
+    template <class Find, class MakeRoom>
+    std::uint64_t readChannel(const ChannelRead& read, double after, double upTo, Find&& find,
+                              MakeRoom&& makeRoom) const;
     template <class Find>
     void read(std::uint64_t port, HostArray*& time, HostArray*& value, Find&& find) const;
     std::unique_ptr<State> state_;

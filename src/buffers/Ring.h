@@ -1,18 +1,26 @@
 #pragma once
 
+#include "support/vectorUnit.h"
+
 #include <boost/circular_buffer.hpp>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <optional>
+#include <span>
 
 namespace tracery {
 
 /// The newest values of a stream, up to a capacity. Indexes count from the oldest.
 ///
-/// Memory grows on demand, by doubling, and only in reserveFor: an append that was reserved for cannot fail, and neither
-/// can dropping values, which keeps the memory. So several rings that belong together change together or not at all.
+/// Memory is taken in reserveFor alone: an append that was reserved for cannot fail, and neither can dropping values,
+/// which keeps the memory. So several rings that belong together change together or not at all.
+///
+/// The first append takes room for the whole capacity, which the system backs with memory page by page as values come:
+/// the ring never moves, and a write costs no more than its own values and their pages. Where so much room is not to be
+/// had, it doubles on demand, and the writes that make it grow copy what there is.
 class Ring {
 public:
     using Storage = boost::circular_buffer<double>;
@@ -20,37 +28,46 @@ public:
     /// Read access by index, through the ring's two contiguous spans. Valid until the ring changes.
     class View {
     public:
-        explicit View(const Storage& storage) : one_(storage.array_one()), two_(storage.array_two()) {}
+        View(std::span<const double> one, std::span<const double> two) : one_(one), two_(two) {}
 
         double operator[](std::uint64_t index) const
         {
-            return index < one_.second ? one_.first[index] : two_.first[index - one_.second];
+            return index < one_.size() ? one_[index] : two_[index - one_.size()];
+        }
+        /// The values from index `first` on, as far as they lie side by side; never empty for an index inside.
+        std::span<const double> stretch(std::uint64_t first) const
+        {
+            return first < one_.size() ? one_.subspan(first) : two_.subspan(first - one_.size());
         }
 
         /// Copies count values from index `first` on.
         void copy(std::uint64_t first, std::uint64_t count, double* out) const
         {
-            const std::uint64_t inOne = first < one_.second ? std::min<std::uint64_t>(count, one_.second - first) : 0;
+            if constexpr (kPlainKernels) {
+                for (std::uint64_t i = 0; i < count; ++i)
+                    out[i] = (*this)[first + i];
+                return;
+            }
+            const std::uint64_t inOne = first < one_.size() ? std::min<std::uint64_t>(count, one_.size() - first) : 0;
             if (inOne > 0)
-                std::memcpy(out, one_.first + first, inOne * sizeof(double));
+                std::memcpy(out, &one_[first], inOne * sizeof(double));
             if (count > inOne)
-                std::memcpy(out + inOne, two_.first + (first + inOne - one_.second), (count - inOne) * sizeof(double));
+                std::memcpy(out + inOne, &two_[first + inOne - one_.size()], (count - inOne) * sizeof(double));
         }
 
         /// Index of the first value that is not below `bound`, the size when there is none; values must not decrease.
         std::uint64_t lowerBound(double bound) const
         {
-            const auto search = [bound](Storage::const_array_range span) {
-                return static_cast<std::uint64_t>(std::lower_bound(span.first, span.first + span.second, bound) -
-                                                  span.first);
+            const auto search = [bound](std::span<const double> span) {
+                return static_cast<std::uint64_t>(std::lower_bound(span.begin(), span.end(), bound) - span.begin());
             };
             const std::uint64_t index = search(one_);
-            return index < one_.second ? index : one_.second + search(two_);
+            return index < one_.size() ? index : one_.size() + search(two_);
         }
 
     private:
-        Storage::const_array_range one_;
-        Storage::const_array_range two_;
+        std::span<const double> one_;
+        std::span<const double> two_;
     };
 
     /// A capacity to come. Takes the memory for it, if any; apply() cannot fail.
@@ -86,22 +103,35 @@ public:
     std::uint64_t size() const { return storage_.size(); }
     std::uint64_t capacity() const { return capacity_; }
     bool empty() const { return storage_.empty(); }
-    View view() const { return View(storage_); }
+    View view() const
+    {
+        const auto one = storage_.array_one(), two = storage_.array_two();
+        return {{one.first, one.second}, {two.first, two.second}};
+    }
     double newest() const { return storage_.back(); }
 
     /// Makes room for appending `count` values. throws  std::bad_alloc; the ring is then as before
     void reserveFor(std::uint64_t count)
     {
         const std::uint64_t room = storage_.capacity();
-        if (room < capacity_ && count > room - size())
-            storage_.set_capacity(roomFor(size() + std::min(count, capacity_ - size()), room, capacity_));
+        if (room >= capacity_ || count <= room - size())
+            return;
+        const std::uint64_t wanted = size() + std::min(count, capacity_ - size());
+        try {
+            storage_.set_capacity(kPlainKernels ? roomFor(wanted, room, capacity_) : capacity_);
+        } catch (const std::bad_alloc&) {
+            storage_.set_capacity(roomFor(wanted, room, capacity_));
+        }
     }
     /// Appends `count` values that there is room for; what passes the capacity is dropped from the oldest.
     void append(const double* values, std::uint64_t count) noexcept
     {
         const std::uint64_t kept = std::min(count, capacity_);
         values += count - kept;
-        if (kept > 0 && storage_.full()) {
+        if (kPlainKernels || kept == 1) {
+            for (std::uint64_t i = 0; i < kept; ++i)
+                storage_.push_back(values[i]);
+        } else if (kept > 0 && storage_.full()) {
             // Over the oldest values, where they lie; turning a full ring moves nothing.
             const auto one = storage_.array_one();
             const std::uint64_t inOne = std::min<std::uint64_t>(kept, one.second);
@@ -124,18 +154,9 @@ public:
     void setFromEnd(std::uint64_t back, double value) noexcept { storage_[storage_.size() - back] = value; }
 
     /// Drops the newest values, at most all.
-    void dropNewest(std::uint64_t count) noexcept
-    {
-        const auto dropped = static_cast<std::ptrdiff_t>(std::min(count, size()));
-        if (dropped > 0)
-            storage_.erase(storage_.end() - dropped, storage_.end());
-    }
+    void dropNewest(std::uint64_t count) noexcept { storage_.erase_end(std::min(count, size())); }
     /// Drops the oldest values until `count` are left.
-    void keepNewest(std::uint64_t count) noexcept
-    {
-        if (count < size())
-            storage_.rerase(storage_.begin(), storage_.end() - static_cast<std::ptrdiff_t>(count));
-    }
+    void keepNewest(std::uint64_t count) noexcept { storage_.erase_begin(size() - std::min(count, size())); }
     /// Drops all values and gives their memory back.
     void clear() noexcept
     {

@@ -3,21 +3,12 @@
 
 #include <tracery/TimeBuffer.h>
 
-#include <cmath>
 #include <limits>
 #include <new>
 
 namespace tracery {
 
 namespace {
-
-HostDoubles allocateDoubles(std::uint64_t count)
-{
-    std::size_t bytes = 0;
-    if (__builtin_mul_overflow(count, sizeof(double), &bytes))
-        throw std::bad_alloc();
-    return HostDoubles(static_cast<double*>(allocateMemory(bytes)));
-}
 
 /// Steps copied out of a port's rings; turned into arrays once the lock is released.
 struct CopiedSteps {
@@ -49,69 +40,15 @@ CopiedSteps copySteps(const Ring& times, std::uint64_t elementsPerStep, const Ri
             imag != nullptr ? copy(*imag, elementsPerStep) : nullptr};
 }
 
-/// Where one channel's samples lie in a range of steps, and when they were taken.
-struct ChannelLayout {
-    std::uint64_t samplesPerStep;
-    std::uint64_t stride; ///< from one step's block to the next
-    std::uint64_t offset; ///< of the channel in a block
-    double sampleSpacing; ///< seconds
-
-    /// Samples of step i start at `i * stride + offset`. The last of `steps` steps must end inside `available` values.
-    /// As a block holds one channel at least, there are no more samples than values.
-    static ChannelLayout of(std::uint64_t channelCount, std::uint64_t channel, bool isFrameBased, double framePeriod,
-                            std::uint64_t samplesPerFrame, std::uint64_t steps, std::uint64_t available)
-    {
-        const std::uint64_t k = isFrameBased ? samplesPerFrame : 1;
-        if (k == 0 || channelCount == 0)
-            throw Error(errors::InvalidChannelID, "a frame needs at least one sample, a step at least one channel");
-        const double spacing = isFrameBased && !std::isinf(framePeriod) ? framePeriod / static_cast<double>(k) : 0.0;
-        ChannelLayout layout{k, 0, 0, spacing};
-        std::uint64_t end = 0;
-        bool overflow = __builtin_mul_overflow(k, channelCount, &layout.stride);
-        overflow |= __builtin_mul_overflow(k, channel, &layout.offset);
-        overflow |= __builtin_mul_overflow(steps - 1, layout.stride, &end);
-        overflow |= __builtin_add_overflow(end, layout.offset, &end);
-        overflow |= __builtin_add_overflow(end, k, &end);
-        if (overflow || end > available)
-            throw Error(errors::InvalidChannelID);
-        return layout;
-    }
-};
-
-/// Folds a value into a (minimum, maximum) pair; NaN leaves it alone.
-void fold(double value, double& minimum, double& maximum)
-{
-    if (value < minimum)
-        minimum = value;
-    if (value > maximum)
-        maximum = value;
-}
-
-double magnitudeOf(double re, double im) { return im == 0 ? std::abs(re) : std::hypot(re, im); }
-
-/// Degrees.
-double phaseOf(double re, double im)
-{
-    constexpr double kDegreesPerRadian = 57.29577951308232;
-    return std::atan2(im, re) * kDegreesPerRadian;
-}
-
-/// Calls use(time, real part, imaginary part) for each sample of one channel in a range of steps.
-template <class Port, class Range, class Use>
-void forEachSample(const Ring::View& times, const Port& port, const Range& range, const ChannelLayout& layout,
-                   Use&& use)
-{
-    const Ring::View real = port.real.ring.view();
-    const Ring::View imag = port.imag ? port.imag->ring.view() : real;
-    for (std::uint64_t i = 0; i < range.count(); ++i) {
-        const double stepTime = times[range.first + i];
-        std::uint64_t at = range.first * port.elementsPerStep + i * layout.stride + layout.offset;
-        for (std::uint64_t j = 0; j < layout.samplesPerStep; ++j, ++at)
-            use(static_cast<double>(j) * layout.sampleSpacing + stepTime, real[at], port.imag ? imag[at] : 0.0);
-    }
-}
-
 } // namespace
+
+HostDoubles allocateDoubles(std::uint64_t count)
+{
+    std::size_t bytes = 0;
+    if (__builtin_mul_overflow(count, sizeof(double), &bytes))
+        throw std::bad_alloc();
+    return HostDoubles(static_cast<double*>(allocateMemory(bytes)));
+}
 
 bool TimeBuffer::State::readable(std::uint64_t port) const
 {
@@ -217,100 +154,6 @@ void TimeBuffer::read(std::uint64_t port, HostArray*& time, HostArray*& value, F
     HostArrayPtr times = copied->takeTimes();
     value = copied->takeValues().release();
     time = times.release();
-}
-
-void TimeBuffer::GetTimeAndValueInterleaved(std::uint64_t port, HostArray*& out, std::vector<double>& limits,
-                                            double timeOffset, const double& tStart, const double& tEnd,
-                                            const double& tLastDrawn, std::uint64_t channelCount, std::uint64_t channel,
-                                            bool isFrameBased, double framePeriod, std::int32_t samplesPerFrame,
-                                            bool widen, bool toMagnitudePhase) const
-{
-    out = nullptr;
-    std::uint64_t columns = 0;
-    HostDoubles realPart;
-    HostDoubles imagPart;
-    {
-        const Lock lock(*state_);
-        if (!state_->initialized)
-            return;
-        if (limits.size() != 4)
-            throw Error(errors::InvalidLimits);
-        std::optional<State::StepRange> range = state_->findSteps(port, tStart, tEnd, widen).range();
-        if (!range)
-            return;
-        const Ring::View times = state_->timesOf(port).ring.view();
-        const double firstTime = times[range->first];
-        if (tLastDrawn > firstTime || std::abs(firstTime - tLastDrawn) < timeSpacing(tLastDrawn))
-            ++range->first;
-        const State::Port& p = state_->ports[port];
-        if (range->count() == 0)
-            return;
-        const ChannelLayout layout = ChannelLayout::of(channelCount, channel, isFrameBased, framePeriod,
-                                                       static_cast<std::uint64_t>(std::max(samplesPerFrame, 0)),
-                                                       range->count(), range->count() * p.elementsPerStep);
-
-        columns = layout.samplesPerStep * range->count();
-        realPart = allocateDoubles(2 * columns);
-        imagPart = allocateDoubles(2 * columns);
-        double* realOut = realPart.get();
-        double* imagOut = imagPart.get();
-        forEachSample(times, p, *range, layout, [&](double time, double re, double im) {
-            *realOut++ = time + timeOffset;
-            *realOut++ = re;
-            *imagOut++ = time + timeOffset;
-            *imagOut++ = im;
-        });
-    }
-    HostArrayPtr pairs(adoptDoubleMatrix(2, columns, std::move(realPart), std::move(imagPart)));
-    double* const reals = getRealData(pairs.get());
-    double* const imags = getImagData(pairs.get());
-    for (std::uint64_t i = 1; i < 2 * columns; i += 2) {
-        double& re = reals[i];
-        double& im = imags[i];
-        if (toMagnitudePhase) {
-            const double magnitude = magnitudeOf(re, im);
-            im = phaseOf(re, im);
-            re = magnitude;
-        }
-        fold(re, limits[0], limits[1]);
-        fold(im, limits[2], limits[3]);
-    }
-    out = pairs.release();
-}
-
-void TimeBuffer::GetSamplesAfter(double after, std::uint64_t port, std::uint64_t channel, bool isFrameBased,
-                                 double framePeriod, SamplePart part, std::vector<double>& pairs) const
-{
-    pairs.clear();
-    const bool polar = part == SamplePart::magnitude || part == SamplePart::phase;
-    std::vector<double> imagParts; // of polar reads
-    {
-        const Lock lock(*state_);
-        if (!state_->initialized)
-            return;
-        const double start = std::isinf(after) && after < 0 ? std::numeric_limits<double>::lowest() : after;
-        const auto range = state_->findSteps(port, start, std::numeric_limits<double>::max(), false).range();
-        if (!range)
-            return;
-        const State::Port& p = state_->ports[port];
-        const std::uint64_t perFrame = isFrameBased && !p.extents.empty() ? p.extents[0] : 1;
-        // There are steps, so no extent is 0.
-        const auto layout = ChannelLayout::of(p.elementsPerStep / perFrame, channel, isFrameBased, framePeriod,
-                                              perFrame, range->count(), range->count() * p.elementsPerStep);
-        pairs.reserve(2 * layout.samplesPerStep * range->count());
-        forEachSample(state_->timesOf(port).ring.view(), p, *range, layout, [&](double time, double re, double im) {
-            if (!(time > after))
-                return;
-            pairs.push_back(time);
-            pairs.push_back(part == SamplePart::imaginary ? im : re);
-            if (polar)
-                imagParts.push_back(im);
-        });
-    }
-    for (std::size_t i = 0; i < imagParts.size(); ++i) {
-        double& value = pairs[2 * i + 1];
-        value = part == SamplePart::magnitude ? magnitudeOf(value, imagParts[i]) : phaseOf(value, imagParts[i]);
-    }
 }
 
 } // namespace tracery

@@ -12,8 +12,12 @@
 #include <atomic>
 #include <map>
 #include <optional>
+#include <span>
 
 namespace tracery {
+
+/// Doubles for an array to come, not filled. throws  std::bad_alloc
+HostDoubles allocateDoubles(std::uint64_t count);
 
 /// Everything a TimeBuffer knows. Its functions take no lock and assume a valid port where they take one.
 struct TimeBuffer::State {
@@ -100,7 +104,8 @@ struct TimeBuffer::State {
     void addTime(const double* newTimes, std::uint64_t count, std::uint64_t port) noexcept;
     ValueLine& lineFor(std::uint64_t port, HostComplexity complexity);
     /// Checks a write against the port's shape and against the steps of its times.
-    Write checkWrite(const Port& port, const ValueLine& line, std::uint64_t timeSteps, Counts dims) const;
+    Write checkWrite(const Port& port, const ValueLine& line, std::uint64_t timeSteps,
+                     std::span<const std::uint64_t> dims) const;
     static void reserveValues(const Port& port, ValueLine& line, const Write& write);
     void write(std::uint64_t port, ValueLine& line, Write& write, const double* values) noexcept;
     /// Both of it at once.

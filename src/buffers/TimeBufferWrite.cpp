@@ -66,7 +66,7 @@ void SparseBufferFill(Ring& ring, const double* values, const TimeBuffer::Counts
 }
 
 /// Product of extents that are known to fit memory; 0 for a product that passes 64 bits cannot occur there.
-std::uint64_t product(const TimeBuffer::Counts& extents)
+std::uint64_t product(std::span<const std::uint64_t> extents)
 {
     return std::accumulate(extents.begin(), extents.end(), std::uint64_t{1}, std::multiplies<>());
 }
@@ -120,29 +120,29 @@ TimeBuffer::State::ValueLine& TimeBuffer::State::lineFor(std::uint64_t port, Hos
 }
 
 TimeBuffer::State::Write TimeBuffer::State::checkWrite(const Port& port, const ValueLine& line, std::uint64_t timeSteps,
-                                                       Counts dims) const
+                                                       std::span<const std::uint64_t> dims) const
 {
     Write write;
     if (std::find(dims.begin(), dims.end(), 0U) == dims.end()) {
         const std::size_t numExtents = port.extents.size();
-        while (dims.size() < numExtents && port.extents.back() == 1)
-            dims.push_back(1);
-        if (!dims.empty() && dims[0] == port.elementsPerStep && dims.size() < 3) {
-            write.steps = dims.size() == 2 ? dims[1] : 1;
-            write.elements = dims[0] * write.steps;
+        // Short dims of a port that ends in 1 go on with as many 1.
+        const std::size_t numDims = dims.size() < numExtents && port.extents.back() == 1 ? numExtents : dims.size();
+        const auto dim = [dims](std::size_t d) { return d < dims.size() ? dims[d] : 1; };
+        if (numDims > 0 && dim(0) == port.elementsPerStep && numDims < 3) {
+            write.steps = dim(1);
+            write.elements = dim(0) * write.steps;
         } else {
-            if (dims.size() != numExtents && dims.size() != numExtents + 1)
+            if (numDims != numExtents && numDims != numExtents + 1)
                 throw Error(errors::AddValueInputFormatError);
-            write.steps = dims.size() == numExtents ? 1 : dims.back();
-            dims.resize(numExtents);
+            write.steps = dim(numExtents);
+            write.extents.resize(numExtents);
             for (std::size_t d = 0; d < numExtents; ++d)
-                if (dims[d] > port.extents[d])
+                if ((write.extents[d] = dim(d)) > port.extents[d])
                     throw Error(errors::AddValueInputFormatError);
-            const std::uint64_t elementsPerStep = product(dims);
+            const std::uint64_t elementsPerStep = product(write.extents);
             write.elements = elementsPerStep * write.steps;
             write.whole = elementsPerStep == port.elementsPerStep;
             write.subscripts.assign(numExtents, 0);
-            write.extents = std::move(dims);
         }
     }
     if (line.steps + write.steps != timeSteps)
@@ -204,9 +204,10 @@ void TimeBuffer::State::addArray(const HostArray* newTimes, const HostArray* val
     requireDouble(values, errors::AddValueDataTypeError);
     Port& p = ports[port];
     const std::uint64_t elements = getNumberOfElements(values);
-    const std::uint64_t* dims = getDimensions(values);
     const bool takeExtents = elements > 0 && (refresh || p.takeArrayExtents);
-    Counts extents = takeExtents || elements == 0 ? Counts(dims, dims + getNumberOfDimensions(values)) : p.arrayExtents;
+    std::span<const std::uint64_t> extents = p.arrayExtents;
+    if (takeExtents || elements == 0)
+        extents = {getDimensions(values), getNumberOfDimensions(values)};
     if (elements > 0 && product(extents) > elements)
         throw Error(errors::AddValueInputFormatError);
 
@@ -217,6 +218,11 @@ void TimeBuffer::State::addArray(const HostArray* newTimes, const HostArray* val
     std::vector<double> zeros;
     if (getRealData(values) == nullptr || (p.imag && getImagData(values) == nullptr))
         zeros.resize(elements);
+    Counts newExtents;
+    const bool otherExtents =
+        takeExtents && !std::equal(extents.begin(), extents.end(), p.arrayExtents.begin(), p.arrayExtents.end());
+    if (otherExtents)
+        newExtents.assign(extents.begin(), extents.end());
     if (newTimes != nullptr)
         reserveTimes(newSteps, port);
     reserveValues(p, p.real, realWrite);
@@ -226,10 +232,9 @@ void TimeBuffer::State::addArray(const HostArray* newTimes, const HostArray* val
     // From here on nothing can fail.
     if (newTimes != nullptr)
         addTime(getRealData(newTimes), newSteps, port);
-    if (takeExtents) {
-        p.arrayExtents.swap(extents);
-        p.takeArrayExtents = false;
-    }
+    if (otherExtents)
+        p.arrayExtents.swap(newExtents);
+    p.takeArrayExtents &= !takeExtents;
     const auto orZeros = [&](const double* part) { return part != nullptr ? part : zeros.data(); };
     write(port, p.real, realWrite, orZeros(getRealData(values)));
     if (p.imag)

@@ -87,7 +87,7 @@ public:
             port.capacity = unequal ? below(9) + 1 : common;
             port.maxExtents.resize(below(4));
             for (auto& extent : port.maxExtents)
-                extent = below(chance(0.1) ? 12 : 4) + 1;
+                extent = below(chance(0.2) ? 12 : 4) + 1;
             capacities.push_back(port.capacity);
             nDim.push_back(port.maxExtents.size());
             extents.insert(extents.end(), port.maxExtents.begin(), port.maxExtents.end());
@@ -122,7 +122,10 @@ private:
     bool chance(double p) { return static_cast<double>(random_()) < p * static_cast<double>(Random::max()); }
     double anyValue()
     {
-        return chance(0.1) ? NAN : chance(0.05) ? INFINITY : std::uniform_real_distribution<>(-9, 9)(random_);
+        return chance(0.1)    ? NAN
+               : chance(0.05) ? INFINITY
+               : chance(0.1)  ? (chance(0.5) ? 0.0 : -0.0)
+                              : std::uniform_real_distribution<>(chance(0.5) ? -9 : 0, 9)(random_);
     }
 
     std::vector<double> newTimes(std::size_t n, double& last)
@@ -266,6 +269,7 @@ private:
         checkSteps(port, HostArrayPtr(time), HostArrayPtr(value), 0, static_cast<int>(port.times.size()) - 1);
         checkInterleaved(k, tStart, tEnd, widen);
         checkSamplesAfter(k, chance(0.1) ? -INFINITY : tStart);
+        checkSamplesBetween(k, chance(0.3) ? -INFINITY : tStart, chance(0.3) ? INFINITY : tEnd);
     }
 
     static void checkSteps(const PortModel& port, HostArrayPtr time, HostArrayPtr value, int s, int e)
@@ -293,8 +297,8 @@ private:
     {
         const PortModel& port = ports_[k];
         const bool isFrameBased = chance(0.5);
-        const std::uint64_t perFrame = isFrameBased && chance(0.8) ? below(3) + 1 : 1;
-        const std::uint64_t channels = below(4) + 1, channel = below(4);
+        const std::uint64_t perFrame = isFrameBased && chance(0.8) ? below(chance(0.3) ? 12 : 3) + 1 : 1;
+        const std::uint64_t channels = below(4) + 1, channel = below(channels + (chance(0.1) ? 1 : 0));
         const double period = chance(0.2) ? INFINITY : 0.7, offset = chance(0.5) ? 0.0 : -2.5;
         const bool polar = chance(0.3);
         double lastDrawn = -INFINITY;
@@ -330,8 +334,13 @@ private:
                     }
                     real.insert(real.end(), {t, re});
                     imag.insert(imag.end(), {t, im});
-                    expectedLimits = {std::fmin(expectedLimits[0], re), std::fmax(expectedLimits[1], re),
-                                      std::fmin(expectedLimits[2], im), std::fmax(expectedLimits[3], im)};
+                    for (const std::size_t part : {0U, 2U}) {
+                        const double value = part == 0 ? re : im;
+                        if (value < expectedLimits[part])
+                            expectedLimits[part] = value;
+                        if (value > expectedLimits[part + 1])
+                            expectedLimits[part + 1] = value;
+                    }
                 }
         }
         HostArray* out = nullptr;
@@ -345,8 +354,7 @@ private:
             return;
         ASSERT_TRUE(sameBits(realOf(out), real));
         ASSERT_TRUE(sameBits(imagOf(out), imag));
-        for (std::size_t i = 0; i < 4; ++i)
-            ASSERT_EQ(limits[i], expectedLimits[i]);
+        ASSERT_TRUE(sameBits(limits, expectedLimits));
     }
 
     /// The trigger read is the later part of the display read, one part of the values at a time.
@@ -377,6 +385,41 @@ private:
         ASSERT_EQ(failure([&] { buffer_.GetSamplesAfter(after, k, channel, isFrameBased, period, wanted, pairs); }),
                   failed);
         ASSERT_TRUE(sameBits(pairs, expected));
+    }
+
+    /// Blocks end to end are all samples of the interval, however long they are. Frames last no time here, as random
+    /// steps would part others.
+    void checkSamplesBetween(std::uint64_t k, double after, double upTo)
+    {
+        const PortModel& port = ports_[k];
+        const bool isFrameBased = chance(0.5);
+        const std::uint64_t perFrame = isFrameBased && !port.maxExtents.empty() ? port.maxExtents[0] : 1;
+        const std::uint64_t channel = below(port.width() / perFrame);
+        const auto part = chance(0.5) ? TimeBuffer::SamplePart::real : TimeBuffer::SamplePart::imaginary;
+        std::vector<double> expected, got;
+        std::size_t atOneTime = 0, mostAtOneTime = 0;
+        for (std::size_t i = 0; i < port.times.size(); ++i) {
+            const double time = port.times[i];
+            if (!(time > after && time <= upTo))
+                continue;
+            atOneTime = (expected.empty() || expected.end()[-2] != time ? 0 : atOneTime) + perFrame;
+            mostAtOneTime = std::max(mostAtOneTime, atOneTime);
+            for (std::uint64_t j = 0; j < perFrame; ++j) {
+                const std::complex<double> value = port.steps[i][perFrame * channel + j];
+                const double imag = port.complex ? value.imag() : 0.0;
+                expected.insert(expected.end(), {time, part == TimeBuffer::SamplePart::real ? value.real() : imag});
+            }
+        }
+        std::vector<double> block(2 * (mostAtOneTime + 1 + below(8)) + below(2));
+        for (double from = after;;) {
+            const std::uint64_t count =
+                buffer_.GetSamplesBetween(from, upTo, k, channel, isFrameBased, INFINITY, part, block);
+            if (count == 0)
+                break;
+            got.insert(got.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(2 * count));
+            from = got.end()[-2];
+        }
+        ASSERT_TRUE(sameBits(got, expected));
     }
 
     Random& random_;

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 using namespace tracery;
 using namespace tracery::test;
@@ -418,6 +419,80 @@ TEST(TimeBufferTest, PerPortSettingsAreKept)
     EXPECT_EQ(getLogicals(flags.get())[0], 0);
     EXPECT_EQ(getLogicals(flags.get())[1], 1);
     EXPECT_EQ(buffer.GetBufferType(), BufferType::MultipleRate);
+}
+
+TEST(TimeBufferTest, BlocksOfOneChannelGoThroughFramesWithoutGapsOrRepeats)
+{
+    // Channel 1 of two, frames of 5 samples a second: the sample at time t has the value 10 t + i (t + 2).
+    TimeBuffer buffer({6}, {5, 2}, {2}, 1, BufferType::MultipleRate, {HostComplexity::complex}, true);
+    for (int frame = 0; frame < 9; ++frame) {
+        const HostArrayPtr values(createDoubleMatrix(10, 1, HostComplexity::complex));
+        for (int j = 0; j < 5; ++j) {
+            getRealData(values.get())[5 + j] = 10 * (frame + 0.2 * j);
+            getImagData(values.get())[5 + j] = 2 + frame + 0.2 * j;
+        }
+        buffer.addTimeAndValue(row({static_cast<double>(frame)}).get(), values.get(), 0, true);
+    }
+    const double after = 3.4, upTo = 8.0; // the first is inside the oldest frame
+    for (const auto part : {TimeBuffer::SamplePart::real, TimeBuffer::SamplePart::imaginary,
+                            TimeBuffer::SamplePart::magnitude, TimeBuffer::SamplePart::phase})
+        for (const std::size_t doubles : {4U, 7U, 22U, 1000U}) {
+            std::vector<double> block(doubles), got;
+            double from = after;
+            while (const std::uint64_t count = buffer.GetSamplesBetween(from, upTo, 0, 1, true, 1.0, part, block)) {
+                ASSERT_LE(2 * count, doubles);
+                got.insert(got.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(2 * count));
+                from = got.end()[-2];
+            }
+            ASSERT_EQ(got.size(), 2 * 23U);
+            for (std::size_t i = 0; i < 23; ++i) {
+                const double t = 3.4 + 0.2 * static_cast<double>(i + 1), re = 10 * t, im = t + 2;
+                EXPECT_NEAR(got[2 * i], t, 1e-12);
+                EXPECT_NEAR(got[2 * i + 1],
+                            part == TimeBuffer::SamplePart::real        ? re
+                            : part == TimeBuffer::SamplePart::imaginary ? im
+                            : part == TimeBuffer::SamplePart::magnitude ? std::hypot(re, im)
+                                                                        : std::atan2(im, re) * 180 / M_PI,
+                            1e-9);
+            }
+        }
+    std::vector<double> block(8);
+    EXPECT_EQ(buffer.GetSamplesBetween(0, 9, 0, 1, true, 1.0, TimeBuffer::SamplePart::real, {}), 0U);
+    EXPECT_EQ(failure([&] { buffer.GetSamplesBetween(0, 9, 0, 2, true, 1.0, TimeBuffer::SamplePart::real, block); }),
+              "InvalidChannelID");
+}
+
+// Large room changes hands without a copy, and also while the oldest values lie behind the newest.
+TEST(TimeBufferTest, StepsStayInPlaceWhileTheRingGrowsFarAndWraps)
+{
+    TimeBuffer buffer({300'000}, {}, {0}, 1, BufferType::MultipleRate, {HostComplexity::real}, false);
+    double next = 0, oldest = 0;
+    const auto add = [&](std::size_t count) {
+        std::vector<double> steps(count);
+        std::iota(steps.begin(), steps.end(), next);
+        next += static_cast<double>(count);
+        oldest = std::max(oldest, next - 300'000);
+        buffer.addTimeAndValue(row(steps).get(), row(steps).get(), 0, true);
+    };
+    const auto check = [&] {
+        HostArray *time = nullptr, *value = nullptr;
+        buffer.GetTimeAndValue(0, time, value);
+        const HostArrayPtr t(time), v(value);
+        std::vector<double> expected(static_cast<std::size_t>(next - oldest));
+        std::iota(expected.begin(), expected.end(), oldest);
+        EXPECT_TRUE(sameBits(realOf(time), expected));
+        EXPECT_TRUE(sameBits(realOf(value), expected));
+    };
+    for (const std::size_t count : {3U, 700U, 20'000U, 9'000U, 25'000U, 70'000U, 60'000U, 250'000U, 1U}) {
+        add(count);
+        check();
+        if (count == 9'000 || count == 70'000) { // the oldest go; those that come next wrap
+            buffer.clearUptoLastTime();
+            oldest = next - 1;
+            add(count / 2);
+            check();
+        }
+    }
 }
 
 } // namespace

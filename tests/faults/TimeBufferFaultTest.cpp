@@ -213,7 +213,7 @@ TEST(TimeBufferFaultTest, AFullRingTakesNoMoreMemory)
     for (int i = 0; i < 4; ++i)
         add();
     ASSERT_TRUE(buffer.GetIsFull());
-    const MemoryLimit limit(1, Shortage::lasting); // the one is the copy of the extents
+    const MemoryLimit limit(0, Shortage::lasting);
     EXPECT_NO_THROW(add());
 }
 
