@@ -2,6 +2,7 @@
 #include "cli/commandLine.h"
 #include "cli/manual.h"
 #include "input/StandardInput.h"
+#include "input/Text.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -27,7 +28,7 @@ constexpr const char* kAbout =
 
 int complain(const std::string& message)
 {
-    std::fprintf(stderr, "tracery-scope: %s\n", message.c_str());
+    std::fprintf(stderr, "tracery-scope: %s\n", scope::oneLine(message).c_str());
     return kBadInput;
 }
 

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <regex>
+#include <set>
+#include <tuple>
 
 namespace {
 
@@ -140,7 +142,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         EXPECT_NE(outcome.err.find(each.expected), std::string::npos) << outcome.err;
         EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
         const auto left = std::count_if(fs::directory_iterator(folder_), {}, [](const fs::directory_entry& entry) {
-            return entry.path().filename().string().starts_with("o.") || entry.path().extension() == ".tmp";
+            return entry.path().filename().string().starts_with("o.") || entry.path().extension() == ".part";
         });
         EXPECT_EQ(left, 0);
     }
@@ -326,15 +328,37 @@ TEST_F(ProgramTest, StandardStreamsStandForFiles)
         }
     EXPECT_EQ(run("events - --level 0.5 < good.csv").out, run("events good.csv --level 0.5").out);
     EXPECT_EQ(run("view - < good.csv").out, "stdin.png\n");
+
+    std::string wav("RIFF\x28\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\x04\0\0\0",
+                    44);
+    write("two.wav", wav + "abcd");
+    const std::string slowly = "mkdir -p tmp; export TMPDIR=tmp; (head -c 4 two.wav; sleep 0.2; tail -c +5 two.wav) | ";
+    EXPECT_NE(run("info -", slowly).out.find("  steps     2\n"), std::string::npos) << "known by more than four bytes";
+    EXPECT_NE(run("spectrum - -o o.csv", slowly).err.find("standard input: 2 samples are too few"), std::string::npos);
+    EXPECT_NE(run("info - < good.csv", "TMPDIR=missing").err.find("standard input: cannot be kept"), std::string::npos);
+    std::string table = "time,v\n"; // more than is looked at before it is kept
+    for (int i = 0; i < 20000; ++i)
+        table += std::to_string(i) + ",1\n";
+    write("big.csv", table);
+    for (const auto& [before, signal, status] : {std::tuple{"", "TERM", 128 + 15}, {"trap '' HUP;", "HUP", 0}}) {
+        const std::string interrupted = std::string("export TMPDIR=tmp; ") + before +
+                                        "(cat big.csv; sleep 0.6) | exec timeout --preserve-status -s " + signal +
+                                        " 0.3";
+        EXPECT_EQ(run("info -", interrupted).status, status) << signal;
+    }
+    EXPECT_TRUE(fs::is_empty(folder_ / "tmp")) << "nothing stays, whatever ends the program";
 }
 
 TEST_F(ProgramTest, ThemesDifferInColoursOnly)
 {
     std::vector<std::string> shapes;
+    std::set<std::string> pictures;
     for (const std::string theme : {"light", "dark", "print"}) {
         ASSERT_EQ(run("view good.csv --channels v -o o.svg --theme " + theme).status, 0);
+        pictures.insert(read("o.svg"));
         shapes.push_back(std::regex_replace(read("o.svg"), std::regex("rgb\\([^)]*\\)|stroke-opacity=\"[^\"]*\""), ""));
     }
+    EXPECT_EQ(pictures.size(), 3U);
     EXPECT_EQ(shapes[0], shapes[1]);
     EXPECT_EQ(shapes[0], shapes[2]);
 }

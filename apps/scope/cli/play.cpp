@@ -28,8 +28,9 @@ void check(const CLI::App& play, const Arguments& arguments)
         throw UsageError("--format and --columns are of standard input, FILE -");
     if (given("--columns") && options.format == "csv")
         throw UsageError("--columns is of raw samples: say --format f64, f32 or s16");
-    if (options.folder.empty() && given("--size"))
-        throw UsageError("--size does nothing without --out-dir");
+    for (const char* option : {"--size", "--theme"})
+        if (options.folder.empty() && given(option))
+            throw UsageError(std::string(option) + " does nothing without --out-dir");
 }
 
 } // namespace
