@@ -421,8 +421,8 @@ TEST_F(PictureTest, WhateverFailsLeavesNothingBehind)
     EXPECT_EQ(files(), 2);
     EXPECT_EQ(fs::file_size(path("bytes.png")), before.size());
 
-    const auto endInBetween = [this](void (*handler)(int)) {
-        std::signal(SIGTERM, handler);
+    const auto endInBetween = [this](void (*action)(int)) {
+        std::signal(SIGTERM, action);
         WholeFile file(path("cut.png"));
         file.write("half", 4);
         std::raise(SIGTERM);

@@ -6,7 +6,6 @@
 #include <array>
 #include <regex>
 #include <set>
-#include <tuple>
 
 namespace {
 
@@ -34,6 +33,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
     write("far.csv", "time,v\n-1.7e308,1\n1.7e308,2\n");
     write("noise.bin", std::string(300, 'x'));
     write("blanks.txt", "time v\n0 1\n1 2\n");
+    write("escape.csv", "time,v\x1b[2J\n0,1\n");
     fs::create_directory(folder_ / "folder.csv");
     fs::create_symlink("/dev/null", folder_ / "null.csv");
     fs::create_symlink("/dev/null", folder_ / "null.png");
@@ -62,6 +62,11 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"view good.csv --frob -o o.png", "--frob"},
         {"view good.csv --titel x -o o.png", "there is no option '--titel'; did you mean '--title'?"},
         {"viw good.csv", "there is no command 'viw'; did you mean 'view'?"},
+        {"info good.csv --rate=1 --json=x", "there is no option '--json'"},
+        {"events good.csv more=1.csv", "'more=1.csv' is one word too many"},
+        {"view good.csv --trigger edge --nth -1 -o o.png", "--nth"},
+        {"play good.csv --frames -1", "--frames"},
+        {"view escape.csv --channels \"$(printf 'a\\nb')\" -o o.png", "there is no channel 'a?b'; there are v?[2J"},
         {"spectrum good.csv --window han", "found 'han'; did you mean 'hann'?"},
         {"info - < /dev/null", "standard input: is empty"},
         {"view - -o o.png < text.csv", "standard input: line 3, column 2"},
@@ -340,11 +345,9 @@ TEST_F(ProgramTest, StandardStreamsStandForFiles)
     for (int i = 0; i < 20000; ++i)
         table += std::to_string(i) + ",1\n";
     write("big.csv", table);
-    for (const auto& [before, signal, status] : {std::tuple{"", "TERM", 128 + 15}, {"trap '' HUP;", "HUP", 0}}) {
-        const std::string interrupted = std::string("export TMPDIR=tmp; ") + before +
-                                        "(cat big.csv; sleep 0.6) | exec timeout --preserve-status -s " + signal +
-                                        " 0.3";
-        EXPECT_EQ(run("info -", interrupted).status, status) << signal;
+    for (const auto& [how, status] : {std::pair{"-s TERM 0.3", 128 + 15}, {"-s HUP 0.3 nohup", 0}}) {
+        const std::string interrupted = "export TMPDIR=tmp; (cat big.csv; sleep 0.6) | exec timeout --preserve-status ";
+        EXPECT_EQ(run("info -", interrupted + how).status, status) << how;
     }
     EXPECT_TRUE(fs::is_empty(folder_ / "tmp")) << "nothing stays, whatever ends the program";
 }

@@ -61,7 +61,8 @@ void addPlay(CLI::App& app)
         "At the window's right edge, scroll or wrap to a new sweep [default: scroll]");
     add(*play, "--refresh", "TIME", quantity(options.refresh, "--refresh"),
         "Shortest time between redraws [default: 50m]");
-    play->add_option("--frames", options.frames, "End after so many frames [default: with the recording]");
+    play->add_option("--frames", options.frames, "End after so many frames [default: with the recording]")
+        ->check(CLI::NonNegativeNumber);
     play->add_option("--out-dir", options.folder,
                      "Write pictures frame-000001.png and so on into this folder, in place of those there")
         ->type_name("DIR");
