@@ -22,6 +22,7 @@ public:
     std::size_t getMaxDimsRows() const { return maxDimsRows_; }
     std::size_t getMaxDimsCols() const { return maxDimsCols_; }
 
+    /// Whether the input comes in frames.
     void setFrameProcessing(bool frameProcessing) { frameProcessing_ = frameProcessing; }
     bool getFrameProcessing() const { return frameProcessing_; }
 

@@ -33,6 +33,7 @@ public:
     /// Elements of the lines array; 0 before any were set.
     std::size_t getNumLines() const;
 
+    /// Whether the axes go with the display; kept for the owner.
     void setDeleteAxes(bool deleteAxes) { deleteAxes_ = deleteAxes; }
     bool getDeleteAxes() const { return deleteAxes_; }
 

@@ -13,7 +13,9 @@ class AbstractTimeDomainPlotter;
 /// object. All times in seconds. Main thread only.
 class TRACERY_EXPORT AbstractTimeDomainController {
 public:
+    /// A controller of this plotter; null for none yet.
     explicit AbstractTimeDomainController(AbstractTimeDomainPlotter* plotter = nullptr) { setPlotter(plotter); }
+    /// With the same plotter and host object.
     AbstractTimeDomainController(const AbstractTimeDomainController&) = default;
     AbstractTimeDomainController& operator=(const AbstractTimeDomainController&) = default;
 
@@ -43,6 +45,7 @@ public:
 protected:
     /// throws  NoPlotter
     const AbstractTimeDomainPlotter& requirePlotter() const;
+    /// What setCOSInterface was given; null once it is gone.
     HostObjectRef hostObject() const { return hostObject_.lock(); }
 
 private:

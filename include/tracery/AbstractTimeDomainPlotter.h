@@ -55,8 +55,10 @@ public:
     double getMaxSiblingTimeStepWidth() const { return maxSiblingTimeStepWidth_; }
     void setMaxSiblingTimeStepWidth(double width) { maxSiblingTimeStepWidth_ = width; }
 
+    /// Whether the overrun mode is in use; kept for the owner.
     bool getEnableOverrunMode() const { return enableOverrunMode_; }
     void setEnableOverrunMode(bool enable) { enableOverrunMode_ = enable; }
+    /// What happens at the right edge; Wrap at first.
     TimeOverrunModeEnum getTimeOverrunMode() const { return timeOverrunMode_; }
     /// Keeps the mode as it is given, and gets a new controller for it.
     void setTimeOverrunMode(TimeOverrunModeEnum mode);
@@ -82,19 +84,23 @@ public:
     /// frame length; 0 where that is not finite or there is no sample time. Never empty: 0 without ports.
     std::vector<double> getTimeStepWidth() const;
 
+    /// Which ports of the scope the display shows, and whether some are buses; kept for the owner.
     int getFirstPortID() const { return firstPortID_; }
     void setFirstPortID(int id) { firstPortID_ = id; }
     int getEffectiveFirstPortID() const { return effectiveFirstPortID_; }
     void setEffectiveFirstPortID(int id) { effectiveFirstPortID_ = id; }
     bool hasBusPorts() const { return hasBusPorts_; }
     void setHasBusPorts(bool hasBusPorts) { hasBusPorts_ = hasBusPorts; }
+    /// Ports in the order in which they were appended.
     const std::vector<int>& getPortIndex() const { return portIndex_; }
     /// Appends one.
     void setPortIndex(int id) { portIndex_.push_back(id); }
+    /// Takes all away.
     void resetPortIndex() { portIndex_.clear(); }
 
     // ---- What is shown
 
+    /// Whether signals are complex.
     bool getIsComplex() const { return isComplex_; }
     void setIsComplex(bool isComplex) { isComplex_ = isComplex; }
     /// Whether complex signals are drawn as magnitude and phase, on two axes.
@@ -104,6 +110,7 @@ public:
     const std::array<double, 4>& getYExtents() const { return yExtents_; }
     /// Copies four values; null is ignored.
     void setYExtents(const double* values);
+    /// Makes all four unknown.
     void resetYExtents() { yExtents_ = kNoYExtents; }
     /// Set by hosts while they assign several properties in a row.
     bool getSettingProperties() const { return settingProperties_; }
@@ -123,6 +130,7 @@ public:
     void setTimeScopeLine(std::size_t i);
     /// The line object, looked up when it is not known yet; null when there is none.
     std::shared_ptr<TimeScopeLine> getTimeScopeLine(std::size_t i);
+    /// The line objects that are known: forgets them, and whether there are none.
     void clearTimeScopeLineObjs() { lineCache_.clear(); }
     bool isLineCacheEmpty() const { return lineCache_.empty(); }
 
@@ -130,10 +138,12 @@ public:
     /// for in the order of their indexes. Null when there is none; past the last line nothing is appended.
     /// throws  as TimeScopeLine::getParent
     HostObjectRef getTransform(std::size_t i);
+    /// The cache itself: appends one, and whether it has one at index i.
     void addTransformToCache(HostObjectRef transform) { transformCache_.push_back(std::move(transform)); }
     bool transformIsInCache(std::size_t i) const { return i < transformCache_.size(); }
     /// Null when there is none.
     HostObjectRef getTransformFromCache(std::size_t i) const;
+    /// Forgets all transforms.
     void clearTransformCache();
 
 private:

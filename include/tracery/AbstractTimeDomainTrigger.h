@@ -53,11 +53,13 @@ public:
     void setLevel(double level) { set(level_, level); }
     /// Distance from the level at which a crossing is armed, signal units.
     void setHysteresis(double hysteresis) { set(hysteresis_, hysteresis); }
+    /// Levels of the detectors that have two, signal units.
     void setUpperLevel(double level) { set(upperLevel_, level); }
     void setLowerLevel(double level) { set(lowerLevel_, level); }
     /// Bounds of a measured duration, both inclusive, seconds.
     void setMinTime(double seconds) { set(minTime_, seconds); }
     void setMaxTime(double seconds) { set(maxTime_, seconds); }
+    /// How long without a crossing is a timeout, seconds.
     void setTimeout(double seconds) { set(timeout_, seconds); }
     /// Smallest distance between two accepted events, seconds.
     void setHoldoff(double seconds) { set(holdoff_, seconds); }
@@ -90,6 +92,7 @@ public:
     std::uint64_t getNumOutOfTimeBounds() const { return numOutOfTimeBounds_; }
 
 protected:
+    /// The times before there is a sample, and before there is an event.
     static constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
     static constexpr double kNoEvent = -std::numeric_limits<double>::infinity();
 
@@ -100,7 +103,7 @@ protected:
     AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
                               double minTime, double maxTime, double holdoff);
 
-    // Copied as part of a detector only, so that none is sliced.
+    /// Copied as part of a detector only, so that none is sliced.
     AbstractTimeDomainTrigger(const AbstractTimeDomainTrigger&) = default;
     AbstractTimeDomainTrigger(AbstractTimeDomainTrigger&&) = default;
     AbstractTimeDomainTrigger& operator=(const AbstractTimeDomainTrigger&) = default;
@@ -118,6 +121,7 @@ protected:
     /// Hands the event to push when minTime <= duration <= maxTime.
     void pushInTimeBounds(EventQueue& queue, double duration, double time);
 
+    /// The settings, and what is remembered of the signal: the last sample and the last accepted event.
     TDTC::PolarityEnum polarity_ = TDTC::PolarityEnum::Positive;
     bool autoLevel_ = false;
     double level_ = 0;

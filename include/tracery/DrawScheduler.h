@@ -21,6 +21,7 @@ namespace tracery {
 /// the next Init listens to the host that is attached then. Not destroyed by its own tasks. Main thread only.
 class TRACERY_EXPORT DrawScheduler {
 public:
+    /// Tells the time for DrawTic and DrawToc.
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
     /// The process's scheduler, which keeps time with a OneShotTimer. Made by the first call, never replaced, gone at
@@ -40,6 +41,7 @@ public:
     static double getTimeInterval() noexcept { return timeInterval; }
     /// Any value is kept; the next Init sees whether it can be used. (By reference on purpose: callers pass it so.)
     static void setTimeInterval(double& seconds) noexcept { timeInterval = seconds; }
+    /// Seconds.
     static constexpr double kDefaultInterval = 0.05;
 
     /// Init(getTimeInterval(), 0.5)
@@ -49,6 +51,7 @@ public:
     /// intervalSeconds  unless > 0, the timer keeps the period it has
     /// second           kept for getSecondSetting
     void Init(double intervalSeconds, double second);
+    /// What Init was given; 0 at first.
     double getIntervalMicroseconds() const noexcept { return intervalMicroseconds_; }
     double getSecondSetting() const noexcept { return second_; }
     /// The host whose commits it listens to; null when there is none.

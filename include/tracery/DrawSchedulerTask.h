@@ -10,6 +10,7 @@ class DrawSchedulerTask {
 public:
     /// Does nothing.
     DrawSchedulerTask() = default;
+    /// Calls `callback`.
     DrawSchedulerTask(std::function<void()> callback) : callback_(std::move(callback)) {}
 
     /// Whether there is a callback.

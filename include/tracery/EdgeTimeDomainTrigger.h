@@ -11,6 +11,7 @@ namespace tracery {
 /// and fires below the level. All strict: a sample on the level neither arms nor crosses.
 class TRACERY_EXPORT EdgeTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
+    /// A detector with these settings (see the setters of its base).
     EdgeTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level, double hysteresis, double holdoff);
 
     void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema, double time,

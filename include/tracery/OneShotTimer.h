@@ -30,6 +30,7 @@ public:
     /// Begins a period. Returns once the thread waits it out; what is left of a period that is running is dropped, and
     /// can no longer raise the flag.
     void start() override;
+    /// Ends the running period, if any: the time is then up.
     void stop() override;
     /// Whether the time is up. The first time it is in a period, this counts.
     bool isTimeUp() override;

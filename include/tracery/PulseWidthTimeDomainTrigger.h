@@ -12,6 +12,7 @@ namespace tracery {
 /// middle between the levels.
 class TRACERY_EXPORT PulseWidthTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
+    /// A detector with these settings (see the setters of its base).
     PulseWidthTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
                                 double minTime, double maxTime, double holdoff);
 

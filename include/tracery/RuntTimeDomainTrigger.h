@@ -12,6 +12,7 @@ namespace tracery {
 /// the departure through it.
 class TRACERY_EXPORT RuntTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
+    /// A detector with these settings (see the setters of its base).
     RuntTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
                           double minTime, double maxTime, double holdoff);
 

@@ -15,15 +15,20 @@ namespace tracery {
 /// feature "FlushTaskMgrOnUELoadForTests", the task is finished at once. Nothing is raised when a step fails.
 class TRACERY_EXPORT ScopesVisualInitTask : public Performance::CooperativeTaskManager::Task {
 public:
+    /// Takes steps until the slice is used up.
     bool run(Performance::CooperativeTaskManager::OrderedTaskSession& session) override;
+    /// How many there are in all, and how many are done, failed ones included.
     std::size_t getNumberOfSteps() const noexcept { return steps_; }
     std::size_t getStepsDone() const noexcept { return done_; }
 
 protected:
+    /// A task of this name for the attached host.
     ScopesVisualInitTask(const char* name, std::size_t steps);
+    /// Loads what belongs to step `index`, counted from 0.
     virtual void runStep(Host& host, std::size_t index) = 0;
     /// Null when it is gone, or there never was one.
     Host* getHost() const noexcept { return host_.lock().get(); }
+    /// For tasks that learn at construction how many they have.
     void setNumberOfSteps(std::size_t steps) noexcept { steps_ = steps; }
 
 private:
@@ -36,6 +41,7 @@ private:
 /// named on the standard output, and so is, on purpose, every later one of the task.
 class TRACERY_EXPORT ScopesVisualInitClassTask : public ScopesVisualInitTask {
 protected:
+    /// A step a class.
     explicit ScopesVisualInitClassTask(const char* name);
     void runStep(Host& host, std::size_t index) override;
 
@@ -52,6 +58,7 @@ public:
     void finishIfBegun() const;
 
 protected:
+    /// A step a call.
     ScopesVisualInitCountingTask(const char* name, const char* function, std::size_t calls);
     void runStep(Host& host, std::size_t index) override;
 

@@ -15,6 +15,7 @@ public:
     double calculateAsynchronousEndTime(double endTime) override;
     /// One span before the time, not before the origin time.
     double calculateTimeOffset(double time) override;
+    /// What setCOSInterface was given.
     HostObjectRef getCOSInterface() const override { return hostObject(); }
 };
 

@@ -74,12 +74,13 @@ public:
     bool getReduceUpdates() const;
     void setReduceUpdatesOverride(bool ignoreTimer);
 
-    // Kept for the owner.
+    /// Kept for the owner.
     void setMaxNumTimeSteps(double steps);
     double getMaxNumTimeSteps() const;
     void setNPorts(double ports);
     /// 1, whatever was set; kept on purpose.
     double getNPorts() const;
+    /// Kept for the owner.
     void setTreatMby1SignalsAsOneChannel(bool asOneChannel);
     bool getTreatMby1SignalsAsOneChannel() const;
     void setDataSkippedFlag(bool skipped);

@@ -36,6 +36,7 @@ enum class BufferType : std::int32_t { SingleRate = 1, MultipleRate = 2 };
 /// find the wrong steps.
 class TRACERY_EXPORT TimeBuffer {
 public:
+    /// Numbers of steps or extents, such as one a port.
     using Counts = std::vector<std::uint64_t>;
 
     /// A buffer that awaits ResetBuffer.
@@ -69,6 +70,7 @@ public:
                      bool isThreadSafe);
     /// Drops all data and goes back to before set-up. The number of ports and the capacities stay readable.
     void resetInitialized();
+    /// Whether it was set up.
     bool isInitialized() const;
 
     // ---- Capacity and shape
@@ -79,6 +81,7 @@ public:
     void SetMaxNumTimeSteps(const Counts& steps);
     /// SetMaxNumTimeSteps to 20000 for every port; throws  InvalidMaxNumTimeStepsValue likewise.
     void SetToMaximumCapacity();
+    /// One a port.
     Counts GetMaxNumTimeSteps() const;
     /// Gives a port other maximum extents, as many as it has. Its rings restart empty (all ports' rings when times are
     /// shared, so that steps stay aligned), and the NaN-pattern detector starts anew. Ports whose extents stay the same
@@ -99,11 +102,13 @@ public:
     /// into the list that ResetBuffer takes.
     /// throws  InvalidMaxDimensions when the array is not a real matrix of numbers that fit 64 bits unsigned
     static void TransposeMaxDimensions(const HostArray* matrix, Counts& out);
+    /// What the buffer was set up with.
     std::uint64_t GetNPorts() const;
     Counts GetNDim() const;
     BufferType GetBufferType() const;
     /// "SingleRate" or "MultipleRate".
     std::string GetType() const;
+    /// Whether every operation holds the mutex.
     bool getIsThreadSafe() const;
     /// A new logical array, ports by 1: true where the port is complex.
     HostArray* GetComplexityFlags() const;

@@ -32,6 +32,7 @@ class TimeBuffer;
 /// window is given and events wait. Main thread only.
 class TRACERY_EXPORT TimeDomainTriggerController {
 public:
+    /// Event times in seconds, oldest first.
     using EventQueue = AbstractTimeDomainTrigger::EventQueue;
 
     /// What became of an event that left the queue.
@@ -41,7 +42,9 @@ public:
         Overlap,    ///< it came less than a span after the last window's event
         Disarmed    ///< Once had given its window
     };
+    /// An event that left the queue: when it was, and what became of it.
     struct ConsumedEvent {
+        /// Seconds, and its fate.
         double time;
         EventFate fate;
     };
@@ -80,6 +83,7 @@ public:
     /// Replaces the detector by a new one with all of the controller's settings; pending events stay.
     void setType(TDTC::TypeEnum type);
     TDTC::TypeEnum getType() const { return type_; }
+    /// Which direction counts; a change resets the detector.
     void setPolarity(TDTC::PolarityEnum polarity);
     TDTC::PolarityEnum getPolarity() const { return polarity_; }
     /// Levels follow the extremes of the channel over the last span, at every block.

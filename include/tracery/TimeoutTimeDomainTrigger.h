@@ -11,6 +11,7 @@ namespace tracery {
 /// needs another crossing first. The timer starts with the first sample after a reset. No auto level.
 class TRACERY_EXPORT TimeoutTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
+    /// A detector with these settings (see the setters of its base).
     TimeoutTimeDomainTrigger(TDTC::PolarityEnum polarity, double level, double hysteresis, double holdoff,
                              double timeout);
 

@@ -10,6 +10,7 @@ namespace tracery {
 /// reach the far level. The duration runs from leaving the near level. A sample on a level has reached it.
 class TRACERY_EXPORT TransitionTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
+    /// A detector with these settings (see the setters of its base).
     TransitionTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
                                 double minTime, double maxTime, double holdoff);
 

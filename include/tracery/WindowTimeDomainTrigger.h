@@ -17,6 +17,7 @@ struct TimedSample;
 /// instead of its time; this is kept on purpose.
 class TRACERY_EXPORT WindowTimeDomainTrigger : public AbstractTimeDomainTrigger {
 public:
+    /// A detector with these settings (see the setters of its base).
     WindowTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
                             double minTime, double maxTime, double holdoff);
 

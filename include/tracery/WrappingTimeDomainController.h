@@ -23,8 +23,10 @@ public:
     double calculateTimeOffset(double time) override;
     /// The next update counts as partial.
     void start() override { lastUpdateWasPartial_ = true; }
+    /// What setCOSInterface was given.
     HostObjectRef getCOSInterface() const override { return hostObject(); }
 
+    /// What calculateAsynchronousEndTime remembers: when the last update came, and whether it was a partial one.
     double getLastAsynchronousEndTime() const { return lastAsynchronousEndTime_; }
     void setLastAsynchronousEndTime(double endTime) { lastAsynchronousEndTime_ = endTime; }
     bool getLastUpdateWasPartial() const { return lastUpdateWasPartial_; }

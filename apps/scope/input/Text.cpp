@@ -4,6 +4,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstdio>
 
 namespace scope {
 
@@ -49,6 +50,13 @@ std::string numberText(double value)
 {
     std::array<char, 32> text{}; // -2.2250738585072014e-308 is as long as it gets: 24 characters
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
+std::string computedText(double value)
+{
+    std::array<char, 32> text{};
+    const int length = std::snprintf(text.data(), text.size(), "%.15g", value);
+    return {text.data(), static_cast<std::size_t>(length)};
 }
 
 } // namespace scope

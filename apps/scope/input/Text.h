@@ -21,4 +21,7 @@ std::optional<double> parseNumber(std::string_view text);
 /// The shortest text that reads back as the same number.
 std::string numberText(double value);
 
+/// The same of a number that was computed, in 15 digits: what rounding left in the last bits does not show.
+std::string computedText(double value);
+
 } // namespace scope

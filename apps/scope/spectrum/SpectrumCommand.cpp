@@ -148,7 +148,7 @@ std::string tableOf(const std::vector<double>& frequencies, const std::vector<Cu
         text += ',' + csvField(curve.label + (curve.unit.empty() ? "" : " [" + curve.unit + "]"));
     text += '\n';
     for (std::size_t k = 0; k < frequencies.size(); ++k) {
-        text += numberText(frequencies[k]);
+        text += computedText(frequencies[k]);
         for (const Curve& curve : curves)
             text += ',' + numberText(curve.levels[k]);
         text += '\n';

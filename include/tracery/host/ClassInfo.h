@@ -27,14 +27,18 @@ using HostOutputs = std::vector<HostArrayPtr>;
 class TRACERY_EXPORT COSPropInfo {
 public:
     virtual ~COSPropInfo();
+    /// The name in code.
     virtual COSNameID getName() const = 0;
     /// The name for people.
     virtual std::string getLabel() const;
+    /// What values may be.
     virtual COSDataTypePtr getDataType() const = 0;
+    /// Who may read and who may write it; public_ by default.
     virtual Access getGetAccess() const;
     virtual Access getSetAccess() const;
     /// A word of flags whose meaning is the host's.
     virtual std::uint32_t getAttributes() const;
+    /// A line for people; empty by default.
     virtual std::string getDescription() const;
     /// A new array, or null when there is no value. The host hands it back to destroyValue when it is done with it, or
     /// keeps it for good. throws  InvalidObject, and what the library object reports
@@ -42,10 +46,13 @@ public:
     /// throws  InvalidObject, InvalidArgumentType, and what the library object reports; the property then is as it was.
     ///         What host code reports that reacts to the change comes after it: the property has changed then
     virtual void setValue(const COSInterfacePtr& object, const HostArray* value) const = 0;
+    /// Takes back what getValue gave.
     virtual void destroyValue(HostArray* value) const noexcept;
 };
 
+/// A result of a method: its name and its type.
 struct COSMethodOutput {
+    /// The result's name in code, and what it may be.
     std::string name;
     COSDataTypePtr type;
 };
@@ -61,6 +68,7 @@ public:
     static COSMethodSignaturePtr createMethodSignature(COSDataTypePtr object, std::vector<COSDataTypePtr> inputs,
                                                        std::vector<COSMethodOutput> outputs, std::size_t optional = 0);
 
+    /// What createMethodSignature was given.
     const COSDataTypePtr& getObject() const noexcept { return object_; }
     const std::vector<COSDataTypePtr>& getInputs() const noexcept { return inputs_; }
     const std::vector<COSMethodOutput>& getOutputs() const noexcept { return outputs_; }
@@ -78,8 +86,10 @@ private:
 class TRACERY_EXPORT COSMethodInfo {
 public:
     virtual ~COSMethodInfo();
+    /// The name, and the types; without a signature the method states none.
     virtual COSNameID getName() const = 0;
     virtual COSMethodSignaturePtr getSignature() const = 0;
+    /// Who may call it; public_ by default.
     virtual Access getAccess() const;
     /// Whether subclasses must supply the method.
     virtual bool isAbstract() const;
@@ -91,6 +101,7 @@ public:
 class TRACERY_EXPORT ClassDefinition {
 public:
     virtual ~ClassDefinition();
+    /// Says it of the class that is being defined; members come in the order in which they are shown.
     virtual void superclass(const COSNameID& dottedName) = 0;
     virtual void addProperty(std::unique_ptr<const COSPropInfo> property) = 0;
     virtual void addMethod(std::unique_ptr<const COSMethodInfo> method) = 0;
@@ -107,9 +118,11 @@ public:
     virtual ~COSClassInfo();
     /// The short name.
     virtual COSNameID getName() const = 0;
+    /// Tells the definition the superclass and all members of the class.
     virtual void defineClass(ClassDefinition& definition) const = 0;
     /// The payload of a new object `self`, which is of this class or of a host class that inherits from it.
     virtual std::unique_ptr<InstancePayload> createInstance(const COSInterfacePtr& self) const = 0;
+    /// Takes back what createInstance gave.
     virtual void destroyInstance(std::unique_ptr<InstancePayload> payload) const noexcept;
     /// Only subclasses have objects.
     virtual bool isAbstract() const;
@@ -149,6 +162,7 @@ public:
 class TRACERY_EXPORT COSPackageInfo {
 public:
     virtual ~COSPackageInfo();
+    /// The short name of the package, and its classes, added when the host has made it.
     virtual COSNameID getName() const = 0;
     virtual void addClasses(COSPackage& package) const = 0;
 };

@@ -9,6 +9,7 @@ namespace tracery {
 
 /// One kind of failure: the component that reports it, its name, and a line for a person to read.
 struct ErrorKind {
+    /// The parts of the identifier, and the explanation.
     const char* component;
     const char* name;
     const char* text;
@@ -17,11 +18,13 @@ struct ErrorKind {
 /// The failure of an operation. Hosts show identifier(); what() adds the explanation.
 class TRACERY_EXPORT Error : public std::runtime_error {
 public:
+    /// A failure of a kind, with the kind's own explanation.
     explicit Error(const ErrorKind& kind);
     /// `detail` replaces the kind's own explanation.
     Error(const ErrorKind& kind, const std::string& detail);
     ~Error() override;
 
+    /// Of the kind.
     const char* component() const noexcept { return kind_.component; }
     const char* name() const noexcept { return kind_.name; }
     /// Component and name joined by a colon, such as "Cindrel:tracery:InvalidPortID".
@@ -33,6 +36,7 @@ private:
 
 /// Every failure the library reports, with what it means.
 namespace errors {
+/// The component of the library's own failures.
 inline constexpr const char* kComponent = "Cindrel:tracery";
 inline constexpr const char* kBuiltins = "VELTRA:builtins"; ///< of the host itself
 

@@ -23,6 +23,7 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
+    /// The roles of a host; references stay valid while it lives.
     virtual hostobj::ObjectSystem& objects() = 0;
     virtual Features& features() = 0;
     virtual Graphics& graphics() = 0;
@@ -56,6 +57,7 @@ private:
 /// reverse order.
 class TRACERY_EXPORT HostScope {
 public:
+    /// Attaches the host.
     explicit HostScope(Host& host) noexcept;
     ~HostScope();
     HostScope(const HostScope&) = delete;

@@ -32,7 +32,9 @@ class HostArray;
 /// Releases the array and everything it owns; null is ignored.
 TRACERY_EXPORT void destroyArray(HostArray* array) noexcept;
 
+/// Calls destroyArray.
 struct HostArrayDeleter {
+    /// For unique_ptr.
     void operator()(HostArray* array) const noexcept { destroyArray(array); }
 };
 /// Owning handle of an array.
@@ -41,7 +43,9 @@ using HostArrayPtr = std::unique_ptr<HostArray, HostArrayDeleter>;
 /// Releases what allocateMemory, allocateZeros or arrayToString returned; null is ignored.
 TRACERY_EXPORT void freeMemory(void* memory) noexcept;
 
+/// Calls freeMemory.
 struct HostMemoryDeleter {
+    /// For unique_ptr.
     void operator()(void* memory) const noexcept { freeMemory(memory); }
 };
 /// Owning handle of doubles from the host's allocator.
@@ -51,6 +55,7 @@ using HostDoubles = std::unique_ptr<double[], HostMemoryDeleter>;
 // ---- (of all, or of those past the first; or the bytes they need) passes 64 bits, when there are no extents, and for a
 // ---- class that an operation does not make.
 
+/// A matrix of zeros.
 TRACERY_EXPORT HostArray* createDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostComplexity complexity);
 /// A double matrix that takes over its data, rows x columns doubles each; complex when `imag` is not null.
 TRACERY_EXPORT HostArray* adoptDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostDoubles real,
@@ -61,6 +66,7 @@ TRACERY_EXPORT HostArray* createNumericMatrix(std::uint64_t rows, std::uint64_t 
 /// Extents past the second are kept as passed; a single extent n makes an n-by-1 array.
 TRACERY_EXPORT HostArray* createNumericArray(std::size_t numDims, const std::uint64_t* extents, HostClassID classId,
                                              HostComplexity complexity);
+/// Logical arrays.
 TRACERY_EXPORT HostArray* createLogicalScalar(bool value);
 TRACERY_EXPORT HostArray* createLogicalArray(std::size_t numDims, const std::uint64_t* extents);
 /// All elements are absent.
@@ -78,20 +84,25 @@ TRACERY_EXPORT HostArray* duplicateArray(const HostArray* array);
 
 // ---- Shape and class
 
+/// What the elements are, and how many extents there are.
 TRACERY_EXPORT HostClassID getClassID(const HostArray* array);
 TRACERY_EXPORT std::size_t getNumberOfDimensions(const HostArray* array);
 /// The extents, at least two, valid while the array lives.
 TRACERY_EXPORT const std::uint64_t* getDimensions(const HostArray* array);
 /// The product of all extents past the first.
 TRACERY_EXPORT std::uint64_t getN(const HostArray* array);
+/// The product of all extents.
 TRACERY_EXPORT std::uint64_t getNumberOfElements(const HostArray* array);
 /// Elements inside a cell or object array; for other classes the same as getNumberOfElements.
 TRACERY_EXPORT std::uint64_t getNumberOfContainedElements(const HostArray* array);
+/// Whether there are no elements.
 TRACERY_EXPORT bool isEmpty(const HostArray* array);
+/// Whether there is an imaginary part, and whether the elements are doubles.
 TRACERY_EXPORT bool isComplex(const HostArray* array);
 TRACERY_EXPORT bool isDouble(const HostArray* array);
 /// True for a real double array of exactly two extents; logical arrays are flags, not numbers.
 TRACERY_EXPORT bool isReal2dMatrix(const HostArray* array);
+/// The scope is kept for the host, which acts by it.
 TRACERY_EXPORT void setArrayScope(HostArray* array, HostArrayScope scope);
 TRACERY_EXPORT HostArrayScope getArrayScope(const HostArray* array);
 
@@ -140,6 +151,7 @@ TRACERY_EXPORT void* allocateZeros(std::size_t bytes);
 TRACERY_EXPORT double getNaN() noexcept;
 /// Positive infinity.
 TRACERY_EXPORT double getInf() noexcept;
+/// True for every NaN.
 TRACERY_EXPORT bool isNaN(double value) noexcept;
 /// True for both infinities.
 TRACERY_EXPORT bool isInf(double value) noexcept;

@@ -14,12 +14,15 @@ namespace tracery::hostobj {
 class COSNameID {
 public:
     COSNameID() = default;
+    /// A name of this text; null counts as empty.
     COSNameID(const char* text) : text_(text != nullptr ? text : "") {}
     COSNameID(std::string_view text) : text_(text) {}
     COSNameID(std::string text) : text_(std::move(text)) {}
 
+    /// The text, and whether there is any.
     const std::string& text() const noexcept { return text_; }
     bool isEmpty() const noexcept { return text_.empty(); }
+    /// By their texts.
     friend bool operator==(const COSNameID& a, const COSNameID& b) = default;
 
 private:
@@ -53,5 +56,6 @@ using COSInterfacePtr = std::shared_ptr<COSInterface>;
 } // namespace tracery::hostobj
 
 namespace tracery {
+/// A counted reference to a host object; null means no object.
 using HostObjectRef = hostobj::COSInterfacePtr;
 } // namespace tracery

@@ -30,7 +30,9 @@ inline constexpr std::uint32_t kSeamVersion = 1;
 /// inputs   belong to the caller; null where it passed nothing
 using ModuleFunctionBody = void (*)(int numOutputs, HostArray** outputs, int numInputs, const HostArray** inputs);
 
+/// A function by the name under which the host makes it known.
 struct ModuleFunction {
+    /// The name, and what is called.
     const char* name;
     ModuleFunctionBody body;
 };
@@ -38,10 +40,13 @@ struct ModuleFunction {
 /// What a module tells its host. Lives as long as the module.
 struct ModuleTable {
     std::uint32_t seamVersion; ///< first in every version: the rest is read only when it is the host's own
+    /// NAME of the entry points, and four numbers joined by dots.
     const char* name;
     const char* version;
-    void (*attach)(Host* host); ///< the module uses this host until it is detached
+    /// The module uses this host from attach until it is detached.
+    void (*attach)(Host* host);
     void (*detach)(Host* host);
+    /// The functions for the host's language.
     const ModuleFunction* functions;
     std::size_t numberOfFunctions;
 };

@@ -42,6 +42,7 @@ public:
     };
 
     virtual ~Graphics();
+    /// Calls the hook at every commit while the registration lives.
     virtual std::unique_ptr<HookRegistration> addCommitHook(CommitHook hook) = 0;
     /// Shows what has changed, and tells the hooks.
     virtual void commitDatabaseUpdates(int type) = 0;

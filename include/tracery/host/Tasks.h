@@ -21,6 +21,7 @@ public:
     /// One slice: works until getMicrosecondsRemaining of the session is 0. Returns whether the task is finished.
     virtual bool run(OrderedTaskSession& session) = 0;
 
+    /// For people; empty at first.
     const std::string& getName() const noexcept { return name_; }
     void setName(std::string name) { name_ = std::move(name); }
     /// Sessions pass over disabled tasks.
@@ -43,6 +44,7 @@ using TaskPtr = boost::shared_ptr<Task>;
 class TRACERY_EXPORT OrderedTaskSession : public boost::enable_shared_from_this<OrderedTaskSession> {
 public:
     virtual ~OrderedTaskSession();
+    /// For people.
     virtual void setName(const std::string& name) = 0;
     /// Null is ignored, and a task that is in the session already.
     void addTask(TaskPtr task);

@@ -11,23 +11,31 @@
 
 namespace tracery::embedded {
 
+/// A property, as its COSPropInfo tells.
 struct PropertyListing {
+    /// The name in code, and for people.
     std::string name;
     std::string label;
+    /// As COSDataType::getText.
     std::string type;
     hostobj::TypedEnumStringType::Entries enumeration; ///< empty unless the type is an enumeration
+    /// As COSPropInfo.
     hostobj::Access getAccess = hostobj::Access::public_;
     hostobj::Access setAccess = hostobj::Access::public_;
     std::uint32_t attributes = 0;
     std::string description;
 };
 
+/// A result of a method.
 struct OutputListing {
+    /// Its name, and its type as COSDataType::getText.
     std::string name;
     std::string type;
 };
 
+/// A method or a constructor, as its COSMethodInfo tells.
 struct MethodListing {
+    /// As COSMethodInfo.
     std::string name;
     hostobj::Access access = hostobj::Access::public_;
     bool isAbstract = false;
@@ -36,6 +44,7 @@ struct MethodListing {
     bool hasSignature = false;
     std::vector<std::string> inputs; ///< types of those after the object
     std::size_t optional = 0;        ///< how many of the last inputs may be left out
+    /// Results, in their order.
     std::vector<OutputListing> outputs;
 };
 
@@ -43,9 +52,11 @@ struct MethodListing {
 struct ClassListing {
     std::string name;       ///< with the packages
     std::string superclass; ///< empty for none
+    /// As COSClassInfo.
     bool isAbstract = false;
     bool isHidden = false;
     bool isPublished = false; ///< by the library; else defined in the host
+    /// The members; none for a class without a constructor of its own.
     std::optional<MethodListing> constructor;
     std::vector<PropertyListing> properties;
     std::vector<MethodListing> methods;

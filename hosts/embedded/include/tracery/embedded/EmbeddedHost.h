@@ -35,6 +35,7 @@ public:
     EmbeddedHost(const EmbeddedHost&) = delete;
     EmbeddedHost& operator=(const EmbeddedHost&) = delete;
 
+    /// The roles (see Host). References stay valid while the host lives.
     hostobj::ObjectSystem& objects() override;
     Features& features() override;
     Graphics& graphics() override;
@@ -113,6 +114,7 @@ public:
 
     // ---- Console
 
+    /// Takes what is printed, piece by piece.
     using ConsoleSink = std::function<void(const std::string& text)>;
     /// Sends what is printed to `sink`; without one (as at first) the host keeps the text.
     void setConsoleSink(ConsoleSink sink);
@@ -121,6 +123,7 @@ public:
 
     // ---- Tasks
 
+    /// Tells the time by which slices end.
     using TaskClock = std::function<std::chrono::steady_clock::time_point()>;
     /// Replaces the clock of the tasks; without one they have the steady clock.
     void setTaskClock(TaskClock clock);
@@ -138,6 +141,7 @@ public:
     /// How many commits there were. A commit calls the hooks that are registered when it begins, save those taken out
     /// meanwhile; when some throw, the others are called all the same, and the first error is passed on.
     std::size_t getNumberOfCommits() const;
+    /// The points of the lines that were drawn.
     LineAnimator& animator();
 
 private:

@@ -20,9 +20,11 @@ using HostBody = std::function<HostOutputs(HostInputs inputs, std::size_t wanted
 
 /// A property of a class defined in the host. Each object has a value of its own.
 struct HostProperty {
+    /// The member's name, a word of letters, digits and underscores.
     std::string name = {};
     std::string type = "any";                    ///< as COSDataType::fromString; what is set is converted to it
     std::shared_ptr<const HostArray> value = {}; ///< until one is set; null for no value
+    /// Who may read and write it, and a line for people.
     Access getAccess = Access::public_;
     Access setAccess = Access::public_; ///< private_ makes the property read-only
     std::string description = {};
@@ -30,8 +32,10 @@ struct HostProperty {
 
 /// A method of a class defined in the host.
 struct HostMethod {
+    /// The member's name, a word of letters, digits and underscores.
     std::string name = {};
     HostBody body = {}; ///< without one the method is abstract: subclasses supply it
+    /// Who may call it.
     Access access = Access::public_;
     bool isStatic = false; ///< called without an object
 };
@@ -41,10 +45,12 @@ struct HostMethod {
 struct HostClass {
     std::string name = {};             ///< with the packages, such as "myscope.Display"
     std::string superclass = "handle"; ///< looked up when the class is first used; empty for none
+    /// Only subclasses have objects.
     bool isAbstract = false;
     /// Called with the new object and the inputs, in place of the constructors of the ancestors (those can be called
     /// with callMethod, under their classes' short names). Without one, that of the nearest ancestor is called.
     HostBody constructor = {};
+    /// Members, added to those of the ancestors.
     std::vector<HostProperty> properties = {};
     std::vector<HostMethod> methods = {};
 };

@@ -25,6 +25,7 @@ class ObjectTable;
 /// another host or no line.
 class LineAnimator {
 public:
+    /// The dotted name by which the library looks it up.
     static constexpr const char* kClassName = "veltra.graphics.animation.ScopeLineAnimator";
 
     /// Made by the host.
@@ -35,6 +36,7 @@ public:
     /// Appends points, time and value in turn; they may be the line's own. Takes amortised time linear in their number.
     /// throws  InvalidArgumentType for an odd number of doubles
     void append(const HostObjectRef& line, std::span<const double> points);
+    /// Removes all points.
     void reset(const HostObjectRef& line);
 
 private:

@@ -20,6 +20,7 @@ public:
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
 
+    /// The path it was loaded from, and the name and version in its table.
     const std::string& getPath() const noexcept { return path_; }
     std::string getName() const { return table_->name; }
     std::string getVersion() const { return table_->version; }
@@ -28,6 +29,7 @@ public:
     /// and the classes of its packages too. Objects that live go on. throws  what the module reports; it is terminated
     /// then
     void terminate();
+    /// Whether its use has ended.
     bool isTerminated() const noexcept { return terminated_; }
 
 private:

@@ -7,6 +7,7 @@
 namespace tracery::embedded::errors {
 using namespace tracery::errors;
 
+/// The component of the embedded host's own failures.
 inline constexpr const char* kComponent = "tracery:embedded";
 
 // clang-format off

@@ -1,0 +1,13 @@
+# Runs PROGRAM and compares what it prints with what the comment at the top of SOURCE says below "Prints".
+file(READ ${SOURCE} source)
+if(NOT source MATCHES "// Prints:\n((//    [^\n]*\n)+)")
+  message(FATAL_ERROR "${SOURCE} does not say what it prints")
+endif()
+string(REGEX REPLACE "//    ([^\n]*\n)" "\\1" expected "${CMAKE_MATCH_1}")
+execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+  message(FATAL_ERROR "exit status ${status}, after\n${printed}")
+endif()
+if(NOT printed STREQUAL expected)
+  message(FATAL_ERROR "printed\n${printed}in place of\n${expected}")
+endif()

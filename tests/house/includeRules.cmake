@@ -1,0 +1,55 @@
+# Who may include what: the table of HACKING.md. cmake -DROOT=... -P includeRules.cmake
+set(standard "<([a-z_0-9]+|cxxabi.h)>")
+set(system "<(unistd|dlfcn|fcntl|poll|signal|link|sys/[a-z]+)\\.h>")
+set(boost "<boost/[a-z_./]+>")
+set(seam "<tracery/(export|host/[A-Za-z]+)\\.h>")
+set(public "<tracery/(host/)?[A-Za-z]+\\.h>")
+set(embedded "<tracery/embedded/[A-Za-z]+\\.h>")
+
+# A row: files (the first row that matches counts), then what they may include.
+set(rows
+    "include/tracery/host/.*|${standard}|${boost}|${seam}"
+    "include/tracery/.*|${standard}|${boost}|${public}"
+    "src/host/module.cpp|${standard}|${public}|\"(host|bindings)/.*\""
+    "src/host/.*|${standard}|${boost}|${seam}|\"host/.*\""
+    "src/bindings/.*|${standard}|${boost}|${public}|\"(bindings|host)/.*\""
+    "src/support/.*|${standard}|<[a-z]*intrin\\.h>|${public}|\"support/.*\""
+    "src/buffers/.*|${standard}|${boost}|${public}|\"(buffers|support)/.*\""
+    "src/trigger/.*|${standard}|${public}|\"(trigger|support)/.*\""
+    "src/display/.*|${standard}|${boost}|${public}|\"(display|support)/.*\""
+    "src/scheduling/.*|${standard}|${boost}|${public}|\"(scheduling|support)/.*\""
+    "hosts/embedded/include/.*|${standard}|${boost}|${seam}|${embedded}"
+    "hosts/embedded/src/.*|${standard}|${system}|${boost}|${seam}|${embedded}|\"[A-Za-z]+\\.h\""
+    "apps/scope/picture/.*|${standard}|${system}|<cairo.*>|\"(picture/.*|UsageError.h|quantity.h)\""
+    "apps/scope/.*|<.*>|\"((cli|input|picture|play|spectrum|trigger)/)?[A-Za-z]+\\.h\""
+    "examples/.*|${standard}|${public}|${embedded}|\"BareHost.h\"")
+
+set(complaints "")
+set(includes 0)
+file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/include/*.h ${ROOT}/src/*.h ${ROOT}/src/*.cpp ${ROOT}/hosts/*.h
+     ${ROOT}/hosts/*.cpp ${ROOT}/apps/*.h ${ROOT}/apps/*.cpp ${ROOT}/examples/*.h ${ROOT}/examples/*.cpp)
+foreach(file IN LISTS files)
+  set(allowed "")
+  foreach(row IN LISTS rows)
+    string(REGEX MATCH "^[^|]*" pattern "${row}")
+    if(file MATCHES "^${pattern}$")
+      string(LENGTH "${pattern}|" start)
+      string(SUBSTRING "${row}" ${start} -1 allowed)
+      break()
+    endif()
+  endforeach()
+  file(STRINGS ${ROOT}/${file} lines REGEX "^ *# *include")
+  foreach(line IN LISTS lines)
+    math(EXPR includes "${includes} + 1")
+    string(REGEX REPLACE "^ *# *include *([<\"][^>\"]*[>\"]).*" "\\1" header "${line}")
+    if(NOT header MATCHES "^(${allowed})$")
+      string(APPEND complaints "${file} may not include ${header}\n")
+    endif()
+  endforeach()
+endforeach()
+if(includes LESS 500)
+  string(APPEND complaints "only ${includes} includes were found below ${ROOT}\n")
+endif()
+if(complaints)
+  message(FATAL_ERROR "${complaints}")
+endif()
