@@ -1,6 +1,7 @@
 #include "picture/Figure.h"
 #include "picture/Sizes.h"
 #include "picture/Styles.h"
+#include "picture/WholeFile.h"
 #include "picture/drawTrace.h"
 #include "picture/ticks.h"
 
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -418,6 +420,19 @@ TEST_F(PictureTest, WhateverFailsLeavesNothingBehind)
     EXPECT_EQ(svg, path("new.svg") + ": cannot be written: File too large");
     EXPECT_EQ(files(), 2);
     EXPECT_EQ(fs::file_size(path("bytes.png")), before.size());
+
+    const auto endInBetween = [this](void (*action)(int)) {
+        std::signal(SIGTERM, action);
+        WholeFile file(path("cut.png"));
+        file.write("half", 4);
+        std::raise(SIGTERM);
+        file.keep();
+        std::exit(0);
+    };
+    EXPECT_EXIT(endInBetween(SIG_DFL), testing::KilledBySignal(SIGTERM), "");
+    EXPECT_EQ(files(), 2);
+    EXPECT_EXIT(endInBetween(SIG_IGN), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(files(), 3) << "a signal that is ignored ends nothing";
 }
 
 TEST_F(PictureTest, ExtremeValuesAndAnyTextAreDrawn)

@@ -131,6 +131,7 @@ TEST_F(PlayTest, SaysWhatIsWrongInOneLine)
         {"play - <text.csv", "standard input: line 3, column 2"},
         {"play - --trigger edge --level 50% <good.csv", "the range of standard input is not known"},
         {"play good.csv --format s16", "are of standard input"},
+        {"play good.csv --theme dark", "--theme does nothing without --out-dir"},
         {"play good.csv --out-dir file", "file: the folder cannot be made"},
         {"play good.csv --rate-factor 0", "--rate-factor must be positive"},
         {"play nothing.csv", "nothing.csv: no such file"},

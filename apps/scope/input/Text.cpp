@@ -26,6 +26,14 @@ std::string lowerCase(std::string text)
     return text;
 }
 
+std::string oneLine(std::string text)
+{
+    for (char& c : text)
+        if ((c >= 0 && c < ' ') || c == '\x7f')
+            c = '?';
+    return text;
+}
+
 std::optional<double> parseNumber(std::string_view text)
 {
     if (text.size() > 1 && text[0] == '+' && text[1] != '-')
