@@ -187,6 +187,14 @@ private:
 
     void check()
     {
+        double newest = -INFINITY;
+        bool full = false;
+        for (const PortModel& each : ports_) {
+            newest = std::max(newest, each.times.empty() ? newest : each.times.back());
+            full = full || each.times.size() == each.capacity;
+        }
+        ASSERT_EQ(buffer_.GetLastTime(), newest);
+        ASSERT_EQ(buffer_.GetIsFull(), full);
         const std::uint64_t k = below(ports_.size());
         const PortModel& port = ports_[k];
         double tStart = last_[oneTimeForAll_ ? 0 : k] - std::uniform_real_distribution<>(-1, 8)(random_);

@@ -4,12 +4,15 @@
 #include "support/FaultSweep.h"
 #include "trigger/TriggerFixtures.h"
 
+#include <tracery/AbstractTimeDomainPlotter.h>
 #include <tracery/DataPattern.h>
 #include <tracery/DrawScheduler.h>
 #include <tracery/OneShotTimer.h>
+#include <tracery/ScrollingTimeDomainController.h>
 #include <tracery/TimeBuffer.h>
 #include <tracery/TimeDomainTriggerController.h>
 #include <tracery/TimeScopeLine.h>
+#include <tracery/WrappingTimeDomainController.h>
 #include <tracery/embedded/EmbeddedHost.h>
 
 #include <functional>
@@ -162,62 +165,106 @@ TEST(EngineFaultTest, ATriggerControllerLosesNoSampleAndNoEvent)
         }
 }
 
-/// A line in a host, and what thins its points.
-struct Line {
+/// A display with lines in a host.
+struct Display {
     embedded::EmbeddedHost& host;
     HostObjectRef drawn = host.construct(embedded::LineAnimator::kClassName);
+    HostArrayPtr drawnArray = hostobj::omCreateScalar(drawn);
     TimeScopeLine line;
     DataThinner thinner;
-    explicit Line(embedded::EmbeddedHost& own) : host(own) { line.setLine(hostobj::omCreateScalar(drawn).get()); }
+    AbstractTimeDomainPlotter plotter;
+    explicit Display(embedded::EmbeddedHost& own) : host(own)
+    {
+        line.setLine(drawnArray.get());
+        plotter.setTimeOverrunMode(TimeOverrunModeEnum::Scroll);
+        plotter.setLines(drawnArray.get());
+        plotter.setAxes(drawnArray.get());
+    }
 };
 
-Observation pointsOf(Line& l)
+Observation stateOf(Display& d)
 {
-    const auto points = l.host.animator().points(l.drawn);
+    const auto points = d.host.animator().points(d.drawn);
     Observation all(points.begin(), points.end());
-    for (const DataThinner* thinner : {&l.thinner, l.line.getDataThinner()})
+    const HostArrayPtr lines(d.plotter.getLines()), axes(d.plotter.getAxes());
+    for (const DataThinner* thinner : {&d.thinner, d.line.getDataThinner()})
         for (const double value :
              {thinner->getLastUpdateTime(), thinner->getLastSampleDataAdded(), thinner->getPixelTimeRatio()})
             all.push_back(value);
-    all.push_back(static_cast<double>(getNumberOfElements(l.line.getLine())));
+    all.push_back(static_cast<double>(getNumberOfElements(d.line.getLine())));
+    all.push_back(lines ? static_cast<double>(getNumberOfElements(lines.get())) : -1);
+    all.push_back(axes ? static_cast<double>(getNumberOfElements(axes.get())) : -1);
+    all.push_back(static_cast<double>(d.plotter.getTimeOverrunMode()));
+    const auto controller = d.plotter.getTimeOverrunModeController();
+    all.push_back(dynamic_cast<const WrappingTimeDomainController*>(controller.get()) != nullptr ? 1 : 0);
+    all.push_back(controller->getPlotter() == &d.plotter ? 1 : 0);
+    for (const auto& list : {d.plotter.getSampleTimes(), d.plotter.getTimeDisplayOffset()})
+        all.insert(all.end(), list.begin(), list.end());
+    for (const int port : d.plotter.getPortIndex())
+        all.push_back(port);
+    const auto dims = d.plotter.getMaxDimensions();
+    all.insert(all.end(), dims.begin(), dims.end());
+    all.push_back(d.plotter.getPreviousEndTimeForLine(0));
+    all.push_back(d.plotter.getPreviousEndTimeForLine(1));
     return all;
 }
 
-// ObjectFaultTest has what is published of lines and plotters.
-TEST(EngineFaultTest, ALineIsAsBefore)
+TEST(EngineFaultTest, ALineAndAPlotterAreAsBefore)
 {
     embedded::EmbeddedHost host;
     const HostScope attached(host);
-    const HostArrayPtr points = matrix(2, 600, signal<double>(0, 600));
+    const HostArrayPtr points = matrix(2, 600, signal<double>(0, 600)), dims = matrix(3, 2, {1, 2, 3, 4, 5, 6});
+    const std::vector<double> values(20, 3);
     const std::uint64_t two[] = {1, 2};
     const HostArrayPtr pair(createObjectArray("handle", 2, two));
     const struct {
         const char* name;
-        std::function<void(Line&)> operation;
+        std::function<void(Display&)> operation;
     } cases[] = {
-        {"points", [&](Line& l) { l.line.plotData(points.get(), false, 10); }},
-        {"thinned points", [&](Line& l) { l.line.plotData(points.get(), true, 10); }},
-        {"a line", [&](Line& l) { l.line.setLine(pair.get()); }},
-        {"no points", [&](Line& l) { l.line.reset(); }},
+        {"points", [&](Display& d) { d.line.plotData(points.get(), false, 10); }},
+        {"thinned points", [&](Display& d) { d.line.plotData(points.get(), true, 10); }},
+        {"a line", [&](Display& d) { d.line.setLine(pair.get()); }},
+        {"no points", [&](Display& d) { d.line.reset(); }},
         {"extents",
-         [&](Line& l) {
+         [&](Display& d) {
              double extents[4] = {9, 9, -9, -9};
-             l.line.resetLineYExtents(extents, 0, false, 0, 0);
+             d.line.resetLineYExtents(extents, 0, false, 0, 0);
          }},
-        {"a transform", [](Line& l) { l.line.getTransform(); }},
-        {"a further channel", [](Line& l) { l.thinner.initDataThinningMinMax(); }},
-        {"a pattern", [](Line&) { DataPattern(1000).addValueAndCheckPattern(3); }},
+        {"a transform", [](Display& d) { d.line.getTransform(), d.plotter.getTransform(0); }},
+        {"thinned data",
+         [&](Display& d) {
+             HandedOut<1> out;
+             out[0] = d.thinner.getArrayThinData(points.get(), 600, 10, true);
+         }},
+        {"a further channel", [](Display& d) { d.thinner.initDataThinningMinMax(); }},
+        {"a pattern", [](Display&) { DataPattern(1000).addValueAndCheckPattern(3); }},
+        {"another mode", [](Display& d) { d.plotter.setTimeOverrunMode(TimeOverrunModeEnum::Wrap); }},
+        {"lines", [&](Display& d) { d.plotter.setLines(pair.get()); }},
+        {"axes", [&](Display& d) { d.plotter.setAxes(pair.get()); }},
+        {"sample times", [&](Display& d) { d.plotter.setSampleTimes(values.data(), values.size()); }},
+        {"offsets", [&](Display& d) { d.plotter.setTimeDisplayOffset(values.data(), values.size()); }},
+        {"a port", [](Display& d) { d.plotter.setPortIndex(4); }},
+        {"extents of ports", [&](Display& d) { d.plotter.setMaxDimensions(dims.get()); }},
+        {"caches",
+         [](Display& d) {
+             d.plotter.getTimeScopeLine(0), d.plotter.addTransformToCache(d.drawn), d.plotter.getTimeStepWidth();
+             d.plotter.getTransformFromCache(0), d.plotter.clearTransformCache(), d.plotter.clearTimeScopeLineObjs();
+         }},
+        {"a controller",
+         [](Display& d) {
+             d.plotter.setTimeOverrunModeController(std::make_shared<WrappingTimeDomainController>());
+             d.plotter.getTimeOverrunModeController()->calculateStartTime();
+         }},
     };
-    for (const bool drawn : {false, true})
-        for (const auto& c : cases) {
-            const auto make = [&] {
-                auto line = std::make_unique<Line>(host);
-                if (drawn)
-                    line->line.plotData(points.get(), false, 10);
-                return line;
-            };
-            failEveryAllocation(c.name, make, c.operation, pointsOf);
-        }
+    for (const auto& c : cases) {
+        const auto make = [&] {
+            auto display = std::make_unique<Display>(host);
+            if (std::string_view(c.name) == "no points" || std::string_view(c.name) == "extents")
+                display->line.plotData(points.get(), false, 10);
+            return display;
+        };
+        failEveryAllocation(c.name, make, c.operation, static_cast<Observation (*)(Display&)>(stateOf));
+    }
     EXPECT_EQ(host.getNumberOfLiveObjects(), 0U);
 }
 
