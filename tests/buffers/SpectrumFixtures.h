@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/Expect.h"
+#include "support/FakeTimer.h"
 
 #include <tracery/SpectrumBuffer.h>
 
@@ -11,18 +12,6 @@ namespace tracery::test {
 
 using Samples = std::vector<double>;
 using Frame = std::vector<Samples>;
-
-/// A timer whose time is up when a test says so.
-struct FakeTimer final : Timer {
-    void setTimeout(double s) override { seconds = s; }
-    double getTimeout() const override { return seconds; }
-    void start() override { up = false; }
-    void stop() override { up = true; }
-    bool isTimeUp() override { return up; }
-
-    double seconds = 0;
-    bool up = true;
-};
 
 constexpr auto kReal = HostComplexity::real;
 constexpr auto kComplex = HostComplexity::complex;

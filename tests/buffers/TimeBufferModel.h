@@ -1,72 +1,14 @@
 #pragma once
 
+#include "buffers/PortModel.h"
 #include "support/Expect.h"
 
-#include <tracery/TimeBuffer.h>
-
 #include <algorithm>
-#include <cmath>
-#include <complex>
 #include <functional>
 #include <limits>
 #include <random>
 
 namespace tracery::test {
-
-using Counts = TimeBuffer::Counts;
-inline const double kFill = std::bit_cast<double>(std::uint64_t{0xFFF8000000000000});
-using Block = std::vector<std::complex<double>>; // one step, the maximum block flattened
-
-/// What a port must hold: every step in full, oldest first.
-struct PortModel {
-    Counts maxExtents;
-    bool complex = false;
-    std::uint64_t capacity = 1;
-    std::vector<double> times;
-    std::vector<Block> steps;
-
-    std::uint64_t width() const
-    {
-        std::uint64_t product = 1;
-        for (const std::uint64_t extent : maxExtents)
-            product *= extent;
-        return product;
-    }
-    void trim()
-    {
-        while (times.size() > capacity) {
-            times.erase(times.begin());
-            steps.erase(steps.begin());
-        }
-    }
-    void keepFirst(std::size_t count)
-    {
-        times.resize(count);
-        steps.resize(count);
-    }
-    /// Index ranges by scanning all times; eps from the neighbouring double.
-    bool find(double tStart, double tEnd, bool widen, int& s, int& e) const
-    {
-        const auto eps = [](double t) { return std::nextafter(std::abs(t), INFINITY) - std::abs(t); };
-        s = e = -1;
-        const int n = static_cast<int>(times.size());
-        for (int i = n - 1; i >= 0; --i)
-            if (times[static_cast<std::size_t>(i)] >= tStart - eps(tStart))
-                s = i;
-        if (s < 0)
-            return false;
-        for (int i = 0; i < n; ++i)
-            if (times[static_cast<std::size_t>(i)] < tEnd + eps(tEnd))
-                e = i;
-        if (e < 0)
-            return false;
-        if (widen && s > 0 && times[static_cast<std::size_t>(s)] > tStart)
-            --s;
-        if (widen && e < n - 1 && tEnd > times[static_cast<std::size_t>(e)])
-            ++e;
-        return s <= e;
-    }
-};
 
 /// A TimeBuffer and the plain model of it, on which the same operations are done; `Random` generates the choices.
 template <class Random>
@@ -245,6 +187,14 @@ private:
 
     void check()
     {
+        double newest = -INFINITY;
+        bool full = false;
+        for (const PortModel& each : ports_) {
+            newest = std::max(newest, each.times.empty() ? newest : each.times.back());
+            full = full || each.times.size() == each.capacity;
+        }
+        ASSERT_EQ(buffer_.GetLastTime(), newest);
+        ASSERT_EQ(buffer_.GetIsFull(), full);
         const std::uint64_t k = below(ports_.size());
         const PortModel& port = ports_[k];
         double tStart = last_[oneTimeForAll_ ? 0 : k] - std::uniform_real_distribution<>(-1, 8)(random_);
@@ -387,7 +337,7 @@ private:
         ASSERT_TRUE(sameBits(pairs, expected));
     }
 
-    /// Blocks end to end are all samples of the interval, however long they are. Frames last no time here, as random
+    /// Blocks end to end are the trigger read up to a time, however long they are. Frames last no time here, as random
     /// steps would part others.
     void checkSamplesBetween(std::uint64_t k, double after, double upTo)
     {
@@ -395,20 +345,14 @@ private:
         const bool isFrameBased = chance(0.5);
         const std::uint64_t perFrame = isFrameBased && !port.maxExtents.empty() ? port.maxExtents[0] : 1;
         const std::uint64_t channel = below(port.width() / perFrame);
-        const auto part = chance(0.5) ? TimeBuffer::SamplePart::real : TimeBuffer::SamplePart::imaginary;
-        std::vector<double> expected, got;
+        const auto part = static_cast<TimeBuffer::SamplePart>(below(4));
+        std::vector<double> all, expected, got;
+        buffer_.GetSamplesAfter(after, k, channel, isFrameBased, INFINITY, part, all);
         std::size_t atOneTime = 0, mostAtOneTime = 0;
-        for (std::size_t i = 0; i < port.times.size(); ++i) {
-            const double time = port.times[i];
-            if (!(time > after && time <= upTo))
-                continue;
-            atOneTime = (expected.empty() || expected.end()[-2] != time ? 0 : atOneTime) + perFrame;
+        for (std::size_t i = 0; i < all.size() && all[i] <= upTo; i += 2) {
+            atOneTime = i > 0 && all[i - 2] == all[i] ? atOneTime + 1 : 1;
             mostAtOneTime = std::max(mostAtOneTime, atOneTime);
-            for (std::uint64_t j = 0; j < perFrame; ++j) {
-                const std::complex<double> value = port.steps[i][perFrame * channel + j];
-                const double imag = port.complex ? value.imag() : 0.0;
-                expected.insert(expected.end(), {time, part == TimeBuffer::SamplePart::real ? value.real() : imag});
-            }
+            expected.insert(expected.end(), {all[i], all[i + 1]});
         }
         std::vector<double> block(2 * (mostAtOneTime + 1 + below(8)) + below(2));
         for (double from = after;;) {

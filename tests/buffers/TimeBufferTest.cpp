@@ -24,22 +24,22 @@ struct ScalarBuffer : TimeBuffer {
     }
 };
 
-std::vector<double> timesOf(const TimeBuffer& buffer, std::uint64_t port = 0)
+struct Steps {
+    std::vector<double> times, values, imag;
+};
+Steps stepsOf(const TimeBuffer& buffer, std::uint64_t port = 0)
 {
-    HostArray* time = nullptr;
-    HostArray* value = nullptr;
+    HostArray *time = nullptr, *value = nullptr;
     buffer.GetTimeAndValue(port, time, value);
     const HostArrayPtr t(time), v(value);
-    return realOf(time);
+    return {realOf(time), realOf(value), imagOf(value)};
 }
+std::vector<double> timesOf(const TimeBuffer& buffer, std::uint64_t port = 0) { return stepsOf(buffer, port).times; }
+std::vector<double> valuesOf(const TimeBuffer& buffer, std::uint64_t port = 0) { return stepsOf(buffer, port).values; }
 
-std::vector<double> valuesOf(const TimeBuffer& buffer, std::uint64_t port = 0)
+std::string add(TimeBuffer& buffer, const HostArrayPtr& times, const HostArrayPtr& values, bool refresh = true)
 {
-    HostArray* time = nullptr;
-    HostArray* value = nullptr;
-    buffer.GetTimeAndValue(port, time, value);
-    const HostArrayPtr t(time), v(value);
-    return realOf(value);
+    return failure([&] { buffer.addTimeAndValue(times.get(), values.get(), 0, refresh); });
 }
 
 TEST(TimeBufferTest, BeforeSetUpNothingHappensWhateverTheArguments)
@@ -57,8 +57,7 @@ TEST(TimeBufferTest, BeforeSetUpNothingHappensWhateverTheArguments)
     buffer.GetTimeAndValueInterleaved(3, pairs, noLimits, 0, 0, 1, 0, 0, 7, true, 1, -1, false, false);
     EXPECT_EQ(pairs, nullptr);
     EXPECT_TRUE(timesOf(buffer, 3).empty());
-    EXPECT_FALSE(buffer.GetIsReady());
-    EXPECT_FALSE(buffer.GetIsFull());
+    EXPECT_FALSE(buffer.GetIsReady() || buffer.GetIsFull());
     EXPECT_EQ(buffer.GetLastTime(), -INFINITY);
     EXPECT_EQ(buffer.GetNPorts(), 0U);
 }
@@ -77,12 +76,9 @@ TEST(TimeBufferTest, SetUpRefusesWhatDoesNotFitAndKeepsTheOldBuffer)
     EXPECT_EQ(reset({5}, {2}, {1}, 2, 2), "InvalidMaxDimensions");
     EXPECT_EQ(reset({5, 6}, {2, 2, 2}, {1, 1, 1}, 3, 3), "InvalidMaxNumTimeStepsSize");
     EXPECT_EQ(reset({5}, {2, 2}, {1, 1}, 2, 1), "InvalidComplexityDimension");
-    EXPECT_EQ(reset({5}, {1ULL << 40, 1ULL << 40}, {2}, 1, 1), "InvalidMaxDimensions");
-    EXPECT_EQ(reset({1ULL << 60}, {1ULL << 10}, {1}, 1, 1), "InvalidMaxNumTimeStepsValue");
     EXPECT_EQ(failure([] { TimeBuffer({5}, {1, 1}, 0); }), "InvalidMaxDimensions");
     EXPECT_EQ(failure([] { TimeBuffer({5}, {1, 1, 1}, 2); }), "InvalidMaxDimensions");
     EXPECT_EQ(failure([] { TimeBuffer({5, 6}, {}, 1ULL << 50); }), "InvalidMaxNumTimeStepsSize");
-    EXPECT_EQ(failure([] { TimeBuffer({5}, {}, 1ULL << 50); }), "InvalidMaxDimensions");
     EXPECT_EQ(failure([&] { buffer.SetMaxNumTimeSteps({1ULL << 61}); }), "InvalidMaxNumTimeStepsValue");
     EXPECT_TRUE(sameBits(timesOf(buffer), {1, 2}));
     EXPECT_FALSE(buffer.getIsThreadSafe());
@@ -91,25 +87,6 @@ TEST(TimeBufferTest, SetUpRefusesWhatDoesNotFitAndKeepsTheOldBuffer)
     EXPECT_FALSE(buffer.isInitialized());
     EXPECT_EQ(buffer.GetMaxNumTimeSteps(), Counts{4});
     EXPECT_TRUE(timesOf(buffer).empty());
-}
-
-TEST(TimeBufferTest, AFullPortKeepsTheNewestSteps)
-{
-    ScalarBuffer buffer(3);
-    buffer.add({1, 2, 3, 4, 5}, {10, 20, 30, 40, 50});
-    EXPECT_TRUE(sameBits(timesOf(buffer), {3, 4, 5}));
-    EXPECT_TRUE(sameBits(valuesOf(buffer), {30, 40, 50}));
-    EXPECT_TRUE(buffer.GetIsFull());
-    EXPECT_EQ(buffer.GetLastTime(), 5.0);
-}
-
-TEST(TimeBufferTest, ASmallerInputIsWidenedWithNaN)
-{
-    TimeBuffer buffer({2}, {4, 3}, 1);
-    buffer.addTimeAndValue(row({0}).get(), matrix(2, 1, {7, 8}).get(), 0, true);
-    std::vector<double> expected(12, std::bit_cast<double>(std::uint64_t{0xFFF8000000000000}));
-    expected[0] = 7, expected[1] = 8;
-    EXPECT_TRUE(sameBits(valuesOf(buffer), expected));
 }
 
 TEST(TimeBufferTest, MissingExtentsCountAsOneWhereTheLastMaximumIsOne)
@@ -123,11 +100,8 @@ TEST(TimeBufferTest, MissingExtentsCountAsOneWhereTheLastMaximumIsOne)
 
     // A matrix is one step of such a port, not steps laid end to end.
     TimeBuffer deep({4}, {2, 1, 1}, 1);
-    EXPECT_EQ(failure([&] {
-                  deep.addTimeAndValue(row({1, 2}).get(), matrix(2, 2, {1, 2, 3, 4}).get(), 0, true);
-              }),
-              "AddValueInputFormatError");
-    deep.addTimeAndValue(row({1}).get(), matrix(2, 1, {5, 6}).get(), 0, true);
+    EXPECT_EQ(add(deep, row({1, 2}), matrix(2, 2, {1, 2, 3, 4})), "AddValueInputFormatError");
+    EXPECT_EQ(add(deep, row({1}), matrix(2, 1, {5, 6})), "none");
     EXPECT_TRUE(sameBits(valuesOf(deep), {5, 6}));
 }
 
@@ -146,16 +120,13 @@ TEST(TimeBufferTest, RefusedWritesChangeNothing)
               "AddValueDataTypeError");
 
     // As one operation with their times, too: neither the times nor the cached extents may change.
-    const auto add = [&](const HostArrayPtr& times, const HostArrayPtr& values, bool refresh) {
-        return failure([&] { buffer.addTimeAndValue(times.get(), values.get(), 0, refresh); });
-    };
-    EXPECT_EQ(add(row({3}), matrix(3, 1, {1, 2, 3}), true), "AddValueInputFormatError");
-    EXPECT_EQ(add(row({3}), matrix(2, 2, {1, 2, 3, 4}), true), "AddValueError");
-    EXPECT_EQ(add(row({3, 4}), matrix(1, 1, {1}), false), "AddValueInputFormatError")
+    EXPECT_EQ(add(buffer, row({3}), matrix(3, 1, {1, 2, 3})), "AddValueInputFormatError");
+    EXPECT_EQ(add(buffer, row({3}), matrix(2, 2, {1, 2, 3, 4})), "AddValueError");
+    EXPECT_EQ(add(buffer, row({3, 4}), matrix(1, 1, {1}), false), "AddValueInputFormatError")
         << "smaller than the cached (1, 2)";
-    EXPECT_EQ(add(row({3}), matrix(0, 0, {}), true), "AddValueError") << "no elements are no steps";
-    EXPECT_EQ(add(row({}), matrix(0, 0, {}), true), "none");
-    EXPECT_EQ(add(row({3, 4}), matrix(4, 1, {6, 7, 8, 9}), false), "none") << "the cached (1, 2) still holds";
+    EXPECT_EQ(add(buffer, row({3}), matrix(0, 0, {})), "AddValueError") << "no elements are no steps";
+    EXPECT_EQ(add(buffer, row({}), matrix(0, 0, {})), "none");
+    EXPECT_EQ(add(buffer, row({3, 4}), matrix(4, 1, {6, 7, 8, 9}), false), "none") << "the cached (1, 2) still holds";
     EXPECT_TRUE(sameBits(timesOf(buffer), {1, 2, 3, 4}));
     std::vector<double> values = valuesOf(buffer);
     EXPECT_EQ((std::vector<double>{values[0], values[2], values[4], values[6]}), (std::vector<double>{4, 5, 6, 7}));
@@ -173,36 +144,16 @@ TEST(TimeBufferTest, AComplexPortTakesBothPartsAndSaysWhenOneIsMissing)
     EXPECT_EQ(failure([&] { timesOf(buffer); }), "GetComplexDataError");
     EXPECT_FALSE(buffer.GetIsReady());
     // A write of both parts that its imaginary part alone cannot take: the times stay, too.
-    EXPECT_EQ(failure([&] { buffer.addTimeAndValue(row({2}).get(), row({4}).get(), 0, true); }), "AddValueError");
+    EXPECT_EQ(add(buffer, row({2}), row({4})), "AddValueError");
     EXPECT_EQ(buffer.GetLastTime(), 1);
     buffer.AddValue(&value, {1}, 0, kComplex);
-    HostArray* t = nullptr;
-    HostArray* v = nullptr;
-    buffer.GetTimeAndValue(0, t, v, 1, 1, false);
-    const HostArrayPtr times(t), values(v);
-    EXPECT_TRUE(sameBits(realOf(v), {2}));
-    EXPECT_TRUE(sameBits(imagOf(v), {3}));
-    EXPECT_TRUE(isComplex(v));
-    EXPECT_FALSE(isComplex(t));
+    EXPECT_EQ(stepsOf(buffer).values, std::vector<double>{2});
+    EXPECT_EQ(stepsOf(buffer).imag, std::vector<double>{3});
     EXPECT_EQ(failure([&] { timesOf(buffer, 1); }), "InvalidPortID");
 }
 
-TEST(TimeBufferTest, TimesAreSharedOnlyAtOneRateOneCapacityAndOneThread)
+TEST(TimeBufferTest, CapacitiesAreRefusedThatPortsWithSharedTimesCannotHave)
 {
-    const auto portsFed = [](Counts capacities, BufferType type, bool threadSafe) {
-        TimeBuffer buffer(capacities, {1, 1}, {1, 1}, 2, type, {kReal, kReal}, threadSafe);
-        buffer.AddTime(row({1}).get(), 0);
-        const double value = 5;
-        int fed = 0;
-        for (std::uint64_t port : {0U, 1U})
-            fed += failure([&] { buffer.AddValue(&value, {1}, port, kReal); }) == "none" ? 1 : 0;
-        return fed;
-    };
-    EXPECT_EQ(portsFed({9, 9}, BufferType::SingleRate, false), 2);
-    EXPECT_EQ(portsFed({5, 9}, BufferType::SingleRate, false), 2) << "two time lines, both fed";
-    EXPECT_EQ(portsFed({9, 9}, BufferType::SingleRate, true), 1);
-    EXPECT_EQ(portsFed({9, 9}, BufferType::MultipleRate, false), 1);
-
     TimeBuffer shared({9}, {1, 1}, 2);
     EXPECT_EQ(failure([&] { shared.SetMaxNumTimeSteps({9, 8}); }), "InvalidMaxNumTimeStepsChange");
     EXPECT_EQ(failure([&] { shared.SetMaxNumTimeSteps({9, 8, 7}); }), "InvalidMaxNumTimeStepsSize");
@@ -244,44 +195,32 @@ TEST(TimeBufferTest, ValuesThatLagBehindNeverSlipToAnotherTime)
 TEST(TimeBufferTest, ClearingUpToTheLastTimeKeepsExactlyTwoOnPurpose)
 {
     ScalarBuffer buffer(9);
-    buffer.add({1, 2}, {10, 20});
-    buffer.clearUptoLastTime();
-    EXPECT_TRUE(sameBits(timesOf(buffer), {1, 2}));
-    buffer.add({3}, {30});
-    buffer.clearUptoLastTime();
-    EXPECT_TRUE(sameBits(timesOf(buffer), {3}));
-    EXPECT_TRUE(sameBits(valuesOf(buffer), {30}));
+    for (const auto& [time, left] : {std::pair{1.0, 1U}, {2.0, 2U}, {3.0, 1U}}) {
+        buffer.add({time}, {10 * time});
+        buffer.clearUptoLastTime();
+        EXPECT_EQ(timesOf(buffer).size(), left);
+    }
 }
 
 TEST(TimeBufferTest, WindowEdgesAreWidenedByTheSpacingOfDoubles)
 {
+    // Around zero and among the denormals it is the smallest denormal; infinite edges have none.
+    constexpr double d = std::numeric_limits<double>::denorm_min(), largest = std::numeric_limits<double>::max();
     ScalarBuffer buffer(9);
-    buffer.add({0, 1, 2, 3}, {0, 10, 20, 30});
-    int s = 0, e = 0;
-    EXPECT_TRUE(buffer.GetIndexRange(0, 1 + 2e-16, 2, false, s, e));
-    EXPECT_EQ(s, 1);
-    EXPECT_EQ(e, 2);
-    EXPECT_TRUE(buffer.GetIndexRange(0, 0.5, 2.5, true, s, e));
-    EXPECT_EQ(s, 0);
-    EXPECT_EQ(e, 3);
-    EXPECT_FALSE(buffer.GetIndexRange(0, 3.5, 9, true, s, e));
-    EXPECT_FALSE(buffer.GetIndexRange(0, -9, -1, true, s, e));
-    EXPECT_FALSE(buffer.GetIndexRange(0, 1.2, 1.8, false, s, e));
-    // Infinite edges have no spacing: a start finds the oldest step, an end finds nothing.
-    EXPECT_TRUE(buffer.GetIndexRange(0, -INFINITY, std::numeric_limits<double>::max(), false, s, e));
-    EXPECT_EQ(e - s, 3);
-    EXPECT_FALSE(buffer.GetIndexRange(0, 0, INFINITY, false, s, e));
-
-    // Around zero and among the denormals the spacing is the smallest denormal.
-    constexpr double d = std::numeric_limits<double>::denorm_min();
-    ScalarBuffer tiny(9);
-    tiny.add({-2 * d, -d, 0, d, 2 * d, 3 * d, 4 * d, 5 * d}, std::vector<double>(8));
-    EXPECT_TRUE(tiny.GetIndexRange(0, 0, 0, false, s, e));
-    EXPECT_EQ(s, 1) << "one spacing early is inside";
-    EXPECT_EQ(e, 2) << "one spacing late is not";
-    EXPECT_TRUE(tiny.GetIndexRange(0, 3 * d, 3 * d, false, s, e));
-    EXPECT_EQ(s, 4);
-    EXPECT_EQ(e, 5);
+    buffer.add({-2 * d, -d, 0, d, 2 * d, 3 * d, 4 * d, 5 * d}, std::vector<double>(8));
+    const struct {
+        double from, to;
+        int first, last;
+        bool found = true;
+    } cases[] = {{0, 0, 1, 2}, // one spacing early is inside, one late is not
+                 {3 * d, 3 * d, 4, 5},
+                 {-INFINITY, largest, 0, 7},
+                 {0, INFINITY, 1, -1, false}};
+    for (const auto& c : cases) {
+        int first = 0, last = 0;
+        EXPECT_EQ(buffer.GetIndexRange(0, c.from, c.to, false, first, last), c.found);
+        EXPECT_EQ(std::pair(first, last), std::pair(c.first, c.last)) << c.from / d;
+    }
 }
 
 TEST(TimeBufferTest, ADisplayReadRefusesALayoutThatCannotBe)
@@ -297,7 +236,6 @@ TEST(TimeBufferTest, ADisplayReadRefusesALayoutThatCannotBe)
     };
     EXPECT_EQ(read({0, 0, 0}, 1, 1), "InvalidLimits");
     EXPECT_EQ(read({0, 0, 0, 0}, 1, 0), "InvalidChannelID");
-    EXPECT_EQ(read({0, 0, 0, 0}, 1, -1), "InvalidChannelID");
     EXPECT_EQ(read({0, 0, 0, 0}, 0, 1), "InvalidChannelID");
 }
 
@@ -319,8 +257,7 @@ TEST(TimeBufferTest, NewExtentsRestartTheRingsThatShareTimes)
     EXPECT_EQ(failure([&] { buffer.SetMaxDimensions(matrix(2, 1, {2, NAN}).get()); }), "InvalidMaxDimensions");
     EXPECT_EQ(failure([&] { buffer.SetMaxDimensions(matrix(2, 2, {5, 6, 1, 2}).get()); }), "InvalidMaxDimensions");
     buffer.SetMaxDimensions(matrix(2, 2, {5.9, 6, 1, 1}).get());
-    EXPECT_EQ(buffer.GetMaxDimensions(0), std::vector<int>{5});
-    EXPECT_EQ(buffer.GetMaxDimensions(1), std::vector<int>{6});
+    EXPECT_EQ(realOf(HostArrayPtr(buffer.GetMaxDimensions()).get()), (std::vector<double>{5, 6}));
     EXPECT_TRUE(timesOf(buffer, 1).empty());
 
     Counts flat;
@@ -330,7 +267,6 @@ TEST(TimeBufferTest, NewExtentsRestartTheRingsThatShareTimes)
     TimeBuffer wide({4}, {2, 2}, 1);
     constexpr int kLargest = std::numeric_limits<int>::max();
     EXPECT_EQ(failure([&] { wide.SetMaxDimensions({kLargest, kLargest}, 0); }), "InvalidMaxNumTimeStepsValue");
-    EXPECT_EQ(failure([&] { wide.SetMaxDimensions({kLargest / 2, 1}, 0); }), "InvalidMaxDimensions");
 }
 
 TEST(TimeBufferTest, NewExtentsOfOnePortRestartAllThatShareItsTimes)
@@ -364,32 +300,18 @@ TEST(TimeBufferTest, NewExtentsOfOnePortRestartAllThatShareItsTimes)
 TEST(TimeBufferTest, NothingIsStoredWithoutRoom)
 {
     TimeBuffer none({0}, {3, 2}, 1);
-    none.addTimeAndValue(row({1}).get(), matrix(1, 1, {9}).get(), 0, true);
+    EXPECT_EQ(add(none, row({1}), row({9})), "none");
     EXPECT_TRUE(timesOf(none).empty());
-    none.ClearBackTo(0);
-    none.clearUptoLastTime();
+    none.ClearBackTo(0), none.clearUptoLastTime();
     TimeBuffer flat({4}, {0}, 1);
-    EXPECT_EQ(failure([&] { flat.addTimeAndValue(row({1}).get(), matrix(1, 1, {9}).get(), 0, true); }),
-              "AddValueInputFormatError");
+    EXPECT_EQ(add(flat, row({1}), row({9})), "AddValueInputFormatError");
     EXPECT_TRUE(timesOf(flat).empty());
     TimeBuffer portless({4}, {}, {}, 0, BufferType::SingleRate, {}, false);
     EXPECT_TRUE(portless.GetIsReady());
     EXPECT_EQ(failure([&] { portless.AddTime(row({1}).get(), 0); }), "InvalidPortID");
 }
 
-TEST(TimeBufferTest, ARegularPatternOfNaNIsLearnedUntilTheNextSetUp)
-{
-    ScalarBuffer buffer(9);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_FALSE(buffer.dataHasNaNPattern());
-        buffer.add({double(i)}, {i % 2 == 0 ? NAN : 1.0});
-    }
-    EXPECT_TRUE(buffer.dataHasNaNPattern());
-    buffer.ResetBuffer({9}, {1}, {1}, 1, BufferType::SingleRate, {kReal}, false);
-    EXPECT_FALSE(buffer.dataHasNaNPattern());
-}
-
-TEST(TimeBufferTest, ThePatternIsLookedForInTheFirstValueOfEachWriteOfEitherPart)
+TEST(TimeBufferTest, APatternOfNaNIsLookedForInTheFirstValueOfEachWriteUntilTheNextSetUp)
 {
     ScalarBuffer blocks(9);
     blocks.add({1, 2}, {NAN, 5});
@@ -397,6 +319,8 @@ TEST(TimeBufferTest, ThePatternIsLookedForInTheFirstValueOfEachWriteOfEitherPart
     EXPECT_FALSE(blocks.dataHasNaNPattern());
     blocks.add({5, 6}, {NAN, 5});
     EXPECT_TRUE(blocks.dataHasNaNPattern());
+    blocks.ResetBuffer({9}, {1}, {1}, 1, BufferType::SingleRate, {kReal}, false);
+    EXPECT_FALSE(blocks.dataHasNaNPattern());
 
     TimeBuffer complex({9}, {1}, {1}, 1, BufferType::SingleRate, {kComplex}, false);
     for (double time : {1.0, 2.0}) {
@@ -421,41 +345,26 @@ TEST(TimeBufferTest, PerPortSettingsAreKept)
     EXPECT_EQ(buffer.GetBufferType(), BufferType::MultipleRate);
 }
 
-TEST(TimeBufferTest, BlocksOfOneChannelGoThroughFramesWithoutGapsOrRepeats)
+TEST(TimeBufferTest, BlocksOfOneChannelGoThroughFramesThatLastWithoutGapsOrRepeats)
 {
-    // Channel 1 of two, frames of 5 samples a second: the sample at time t has the value 10 t + i (t + 2).
-    TimeBuffer buffer({6}, {5, 2}, {2}, 1, BufferType::MultipleRate, {HostComplexity::complex}, true);
-    for (int frame = 0; frame < 9; ++frame) {
-        const HostArrayPtr values(createDoubleMatrix(10, 1, HostComplexity::complex));
-        for (int j = 0; j < 5; ++j) {
-            getRealData(values.get())[5 + j] = 10 * (frame + 0.2 * j);
-            getImagData(values.get())[5 + j] = 2 + frame + 0.2 * j;
+    // Channel 1 of two, frames of 5 samples a second.
+    constexpr auto kPart = TimeBuffer::SamplePart::magnitude;
+    TimeBuffer buffer({6}, {5, 2}, {2}, 1, BufferType::MultipleRate, {kReal}, true);
+    for (double frame = 0; frame < 9; ++frame)
+        buffer.addTimeAndValue(row({frame}).get(), matrix(10, 1, std::vector<double>(10, -frame)).get(), 0, true);
+    std::vector<double> expected;
+    buffer.GetSamplesAfter(-INFINITY, 0, 1, true, 1.0, kPart, expected);
+    expected = {expected.begin() + 6, expected.end() - 8}; // 3.4 is inside the oldest frame, and the newest begins at 8
+    for (const std::size_t doubles : {4U, 7U, 22U, 1000U}) {
+        std::vector<double> block(doubles), got;
+        double from = 3.4;
+        while (const std::uint64_t count = buffer.GetSamplesBetween(from, 8.0, 0, 1, true, 1.0, kPart, block)) {
+            ASSERT_LE(2 * count, doubles);
+            got.insert(got.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(2 * count));
+            from = got.end()[-2];
         }
-        buffer.addTimeAndValue(row({static_cast<double>(frame)}).get(), values.get(), 0, true);
+        EXPECT_TRUE(sameBits(got, expected));
     }
-    const double after = 3.4, upTo = 8.0; // the first is inside the oldest frame
-    for (const auto part : {TimeBuffer::SamplePart::real, TimeBuffer::SamplePart::imaginary,
-                            TimeBuffer::SamplePart::magnitude, TimeBuffer::SamplePart::phase})
-        for (const std::size_t doubles : {4U, 7U, 22U, 1000U}) {
-            std::vector<double> block(doubles), got;
-            double from = after;
-            while (const std::uint64_t count = buffer.GetSamplesBetween(from, upTo, 0, 1, true, 1.0, part, block)) {
-                ASSERT_LE(2 * count, doubles);
-                got.insert(got.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(2 * count));
-                from = got.end()[-2];
-            }
-            ASSERT_EQ(got.size(), 2 * 23U);
-            for (std::size_t i = 0; i < 23; ++i) {
-                const double t = 3.4 + 0.2 * static_cast<double>(i + 1), re = 10 * t, im = t + 2;
-                EXPECT_NEAR(got[2 * i], t, 1e-12);
-                EXPECT_NEAR(got[2 * i + 1],
-                            part == TimeBuffer::SamplePart::real        ? re
-                            : part == TimeBuffer::SamplePart::imaginary ? im
-                            : part == TimeBuffer::SamplePart::magnitude ? std::hypot(re, im)
-                                                                        : std::atan2(im, re) * 180 / M_PI,
-                            1e-9);
-            }
-        }
     std::vector<double> block(8);
     EXPECT_EQ(buffer.GetSamplesBetween(0, 9, 0, 1, true, 1.0, TimeBuffer::SamplePart::real, {}), 0U);
     EXPECT_EQ(failure([&] { buffer.GetSamplesBetween(0, 9, 0, 2, true, 1.0, TimeBuffer::SamplePart::real, block); }),
@@ -473,24 +382,17 @@ TEST(TimeBufferTest, StepsStayInPlaceWhileTheRingGrowsFarAndWraps)
         next += static_cast<double>(count);
         oldest = std::max(oldest, next - 300'000);
         buffer.addTimeAndValue(row(steps).get(), row(steps).get(), 0, true);
-    };
-    const auto check = [&] {
-        HostArray *time = nullptr, *value = nullptr;
-        buffer.GetTimeAndValue(0, time, value);
-        const HostArrayPtr t(time), v(value);
         std::vector<double> expected(static_cast<std::size_t>(next - oldest));
         std::iota(expected.begin(), expected.end(), oldest);
-        EXPECT_TRUE(sameBits(realOf(time), expected));
-        EXPECT_TRUE(sameBits(realOf(value), expected));
+        EXPECT_TRUE(sameBits(timesOf(buffer), expected));
+        EXPECT_TRUE(sameBits(valuesOf(buffer), expected));
     };
     for (const std::size_t count : {3U, 700U, 20'000U, 9'000U, 25'000U, 70'000U, 60'000U, 250'000U, 1U}) {
         add(count);
-        check();
         if (count == 9'000 || count == 70'000) { // the oldest go; those that come next wrap
             buffer.clearUptoLastTime();
             oldest = next - 1;
             add(count / 2);
-            check();
         }
     }
 }

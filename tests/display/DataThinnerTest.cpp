@@ -128,23 +128,6 @@ TEST(DataThinnerTest, BatchOpensAColumnAtTheVeryDoubleAtWhichTheRuleDoes)
     }
 }
 
-TEST(DataThinnerTest, BatchEmitsOnePointForExtremesAtEqualTimes)
-{
-    DataThinner thinner;
-    EXPECT_TRUE(sameBits(thin(thinner, {0, 1, 0.1, 5, 1, 0}, 1, false), {0, 1, 0.1, 5, 1, 0})) << "one sample";
-    EXPECT_TRUE(sameBits(thin(thinner, {0, 1, 0.1, 5, 0.2, kNaN, 0.3, 7, 1, 0}, 1, false), {0, 1, 0.2, kNaN, 1, 0}))
-        << "a gap is both extremes";
-    EXPECT_TRUE(sameBits(thin(thinner, {0, 1, 0.4, 5, 0.1, 2, 0.4, 1, 1, 0}, 1, false), {0, 1, 0.4, 1, 1, 0}))
-        << "a clock that went back hides the maximum";
-}
-
-TEST(DataThinnerTest, BatchDiscardsExtremesPendingAtTheEnd)
-{
-    DataThinner thinner;
-    EXPECT_TRUE(sameBits(thin(thinner, {0, 1, 0.1, 5, 0.2, -3}, 1, false), {0, 1}));
-    EXPECT_TRUE(sameBits(thin(thinner, {0.3, 2, 1, 0}, 1, true), {0.3, 2, 1, 0})) << "only what this call folded";
-}
-
 TEST(DataThinnerTest, BatchTakesNoMorePointsThanThereAre)
 {
     DataThinner thinner;
@@ -231,20 +214,6 @@ struct Stream {
     DataThinner thinner;
     Doubles out = Doubles(9, 77.0);
 };
-
-TEST(DataThinnerTest, ImaginaryExtremesRunOnOverColumnsAndFollowTheRealOrder)
-{
-    Stream stream;
-    stream.add(0, {0}, {0});
-    stream.add(0.1, {-1}, {50});
-    stream.add(0.2, {1}, {-50});
-    stream.add(1, {0}, {0});
-    EXPECT_TRUE(sameBits(stream.out, {0.1, -1, -50, 0.2, 1, 50, 1, 0, 0})) << "minima at the earlier time";
-    stream.add(1.1, {2}, {3});
-    stream.add(1.2, {-2}, {4});
-    stream.add(2, {0}, {0});
-    EXPECT_TRUE(sameBits(stream.out, {1.1, 2, 50, 1.2, -2, -50, 2, 0, 0})) << "swapped, and still the first column's";
-}
 
 TEST(DataThinnerTest, AColumnWithoutDataOpensWithNaN)
 {

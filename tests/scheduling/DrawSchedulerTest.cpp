@@ -1,4 +1,5 @@
 #include "support/Expect.h"
+#include "support/FakeTimer.h"
 
 #include <tracery/DrawScheduler.h>
 #include <tracery/embedded/EmbeddedHost.h>
@@ -11,21 +12,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Its time is up when the test says so.
-struct FakeTimer : Timer {
-    ~FakeTimer() override { EXPECT_TRUE(timeUp) << "it is stopped before it goes"; }
-    void setTimeout(double seconds) override { timeout = seconds > 0 ? seconds : timeout; }
-    double getTimeout() const override { return timeout; }
-    void start() override { timeUp = (++starts, false); }
-    void stop() override { timeUp = true; }
-    bool isTimeUp() override { return timeUp; }
-    double timeout = 0;
-    bool timeUp = true;
-    int starts = 0;
+struct StoppedTimer : test::FakeTimer {
+    ~StoppedTimer() override { EXPECT_TRUE(up) << "it is stopped before it goes"; }
 };
 
 struct DrawSchedulerTest : testing::Test {
-    FakeTimer* timer = new FakeTimer;
+    test::FakeTimer* timer = new StoppedTimer;
     std::chrono::steady_clock::time_point now;
     std::optional<DrawScheduler> scheduler{std::in_place, std::unique_ptr<Timer>(timer), [this] { return now; }};
     std::string drawn; ///< names of the tasks drawn
@@ -54,7 +46,7 @@ TEST_F(DrawSchedulerTest, ARoundNeedsTimeAndSomethingToDrawOrForce)
     bind('a');
     for (int bits = 0; bits < 16; ++bits) {
         const bool timeUp = bits & 1, force = bits & 2, pending = bits & 4, data = bits & 8;
-        timer->timeUp = timeUp;
+        timer->up = timeUp;
         host.graphics().commitDatabaseUpdates(pending ? 7 : 1);
         scheduler->DataAddedToLine(data);
         const int starts = timer->starts;
@@ -90,7 +82,7 @@ TEST_F(DrawSchedulerTest, IdsStayUntilTheLastTaskIsUnbound)
     EXPECT_EQ(scheduler->getDrawCount(), 0u);
     host.graphics().commitDatabaseUpdates(1); // no longer heard: updates stay pending
     EXPECT_EQ(bind('e'), 0u);
-    timer->timeUp = true;
+    timer->up = true;
     scheduler->TaskComplete(false);
     EXPECT_EQ(takeDrawn(), "e");
 }
@@ -190,7 +182,7 @@ TEST_F(DrawSchedulerTest, InitTakesUpTheIntervalUnlessItCannotBeUsed)
         EXPECT_EQ(timer->timeout, 0.1);
         EXPECT_TRUE(test::sameBits({scheduler->getIntervalMicroseconds()}, {interval * 1e6}));
         EXPECT_EQ(scheduler->getDrawCount(), 0u);
-        EXPECT_FALSE(timer->timeUp);
+        EXPECT_FALSE(timer->up);
     }
     double interval = DrawScheduler::kDefaultInterval;
     DrawScheduler::setTimeInterval(interval);
@@ -202,7 +194,7 @@ TEST_F(DrawSchedulerTest, InitListensToTheHostThatIsAttachedThen)
     bind('a');
     const auto drawsAfterCommit = [this](Host& host) {
         host.graphics().commitDatabaseUpdates(1);
-        timer->timeUp = true;
+        timer->up = true;
         scheduler->TaskComplete(false);
         return takeDrawn() == "a";
     };

@@ -1,6 +1,7 @@
 #include "LineThinner.h"
 
 #include "ScopeDisplay.h"
+#include "display/NaiveThinner.h"
 
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Publish.h>
@@ -45,49 +46,32 @@ bool same(const std::vector<Point>& a, const std::vector<Point>& b)
     });
 }
 
-/// What must be drawn: of every run of finite values the opening point of each column, and the later of the lowest and
-/// of the highest points after it, in order; then a gap. Repeated times are moved apart by the smallest step.
+/// What must be drawn: every run of finite values thinned by itself, and a gap after it. Repeated times are moved apart
+/// by the smallest step.
 std::vector<Point> expectedLine(const Signal& signal, double ratio)
 {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    std::vector<Point> line, column;
-    double start = 0, last = -INFINITY;
-    bool open = false;
-    const auto closeColumn = [&] {
-        if (column.empty())
+    std::vector<Point> line;
+    naive::Doubles run;
+    const auto endRun = [&] {
+        if (run.empty())
             return;
-        std::size_t low = 0, high = 0;
-        for (std::size_t i = 0; i < column.size(); ++i) {
-            low = column[i].y <= column[low].y ? i : low;
-            high = column[i].y >= column[high].y ? i : high;
-        }
-        if (high < low)
-            std::swap(low, high);
-        line.push_back(column[low]);
-        if (low != high)
-            line.push_back(column[high]);
-        column.clear();
+        run.insert(run.end(), {naive::kInf, 0}); // opens a further column: what is pending shows
+        double pixelStart = -naive::kInf;
+        const naive::Doubles thin = naive::thinBatch(run, ratio, pixelStart);
+        for (std::size_t i = 0; i + 2 < thin.size(); i += 2)
+            line.push_back({thin[i], thin[i + 1]});
+        line.push_back({naive::kNaN, naive::kNaN});
+        run.clear();
     };
+    double last = -naive::kInf;
     for (std::size_t i = 0; i < signal.times.size(); ++i) {
-        last = std::max(signal.times[i], std::nextafter(last, INFINITY));
-        const Point point{last, signal.values[i]};
-        if (!std::isfinite(point.y)) {
-            closeColumn();
-            if (open)
-                line.push_back({nan, nan});
-            open = false;
-        } else if (!open || (point.x - start) * ratio >= 0.5) {
-            closeColumn();
-            line.push_back(point);
-            start = point.x;
-            open = true;
-        } else {
-            column.push_back(point);
-        }
+        last = std::max(signal.times[i], std::nextafter(last, naive::kInf));
+        if (std::isfinite(signal.values[i]))
+            run.insert(run.end(), {last, signal.values[i]});
+        else
+            endRun();
     }
-    closeColumn();
-    if (open)
-        line.push_back({nan, nan});
+    endRun();
     return line;
 }
 

@@ -7,7 +7,6 @@
 
 #include <cairo.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <cmath>
@@ -20,10 +19,10 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <regex>
 #include <set>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 using namespace scope;
@@ -45,7 +44,6 @@ protected:
     ~PictureTest() override { fs::remove_all(directory_); }
 
     std::string path(const std::string& name) const { return directory_ / name; }
-    std::ptrdiff_t files() const { return std::distance(fs::directory_iterator(directory_), {}); }
 
     std::string bytesOf(const Figure& figure, const std::string& ending) const
     {
@@ -159,19 +157,10 @@ double offsetMeaning(const std::string& offset)
 }
 
 /// Digits with or without decimals, a minus only before what is not zero, no needless zeros before the point.
-bool isPlainNumber(std::string_view label)
+bool isPlainNumber(const std::string& label)
 {
-    const std::string_view minus = "−";
-    const bool negative = label.starts_with(minus);
-    label.remove_prefix(negative ? minus.size() : 0);
-    const std::size_t point = label.find('.');
-    const std::string_view whole = label.substr(0, point);
-    const std::string_view decimals = point == std::string_view::npos ? "0" : label.substr(point + 1);
-    const auto areDigits = [](std::string_view text) {
-        return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-    };
-    return areDigits(whole) && areDigits(decimals) && (whole == "0" || whole[0] != '0') &&
-           !(negative && label.find_first_not_of("0.") == std::string_view::npos);
+    static const std::regex plain("(−(?!0(\\.0+)?$))?(0|[1-9][0-9]*)(\\.[0-9]+)?");
+    return std::regex_match(label, plain);
 }
 
 TEST_F(PictureTest, TicksOfRangesOfEverySizeAreOrderedInsideAndToldApartByTheirLabels)
@@ -302,25 +291,6 @@ TEST_F(PictureTest, ASegmentIsCutToTheBoxAlongItself)
     }
 }
 
-TEST_F(PictureTest, TheSameFigureGivesTheSameBytes)
-{
-    std::vector<Point> points;
-    for (int i = 0; i < 2000; ++i)
-        points.push_back({i / 2000.0, std::sin(i * 0.7)});
-    Figure figure = figureOf(points);
-    figure.positions = {{0.25, "here"}};
-    figure.panels.push_back(figure.panels.front());
-    Figure other = figureOf({{0, 0}, {1, 1}});
-    other.title = "another";
-    for (const std::string ending : {".png", ".svg", ".SVG"}) {
-        const std::string first = bytesOf(figure, ending);
-        EXPECT_NE(bytesOf(other, ending), first);
-        EXPECT_TRUE(bytesOf(figure, ending) == first) << ending;
-        EXPECT_GT(first.size(), 1000U);
-    }
-    EXPECT_EQ(bytesOf(figure, ".svg"), bytesOf(figure, ".SVG"));
-}
-
 TEST_F(PictureTest, ThePlottingAreaIsAsWideAsPromised)
 {
     for (const int width : {100, 333, 1200, 5000}) {
@@ -389,38 +359,9 @@ TEST_F(PictureTest, TracesOfOneNameShareAStyleAcrossPanelsOnly)
                 EXPECT_FALSE(same(traceStyle(i, themeOf(theme)), traceStyle(j, themeOf(theme)))) << i << ' ' << j;
 }
 
-TEST_F(PictureTest, WhateverFailsLeavesNothingBehind)
+TEST_F(PictureTest, ASignalThatEndsTheProgramLeavesNoHalfPicture)
 {
-    const Figure figure = figureOf({{0, 0}, {1, 1}});
-    EXPECT_EQ(failure(figure, path("missing/x.png")),
-              path("missing/x.png") + ": cannot be written: No such file or directory");
-    fs::create_directory(path("taken.svg"));
-    EXPECT_EQ(failure(figure, path("taken.svg")), path("taken.svg") + ": cannot be written: Is a directory");
-    EXPECT_NE(failure(figure, path("x.jpg")).find("must end in .png or .svg"), std::string::npos);
-    for (const auto& [width, height] : {std::pair{99, 300}, {300, 20001}, {-1, 300}}) {
-        Figure odd = figure;
-        odd.width = width;
-        odd.height = height;
-        EXPECT_NE(failure(odd, path("x.png")).find("100 to 20000 pixels"), std::string::npos);
-    }
-    EXPECT_EQ(files(), 1);
-
-    // A file system that is full, in effect; what was there before stays.
-    const std::string before = bytesOf(figure, ".png");
-    rlimit limit{};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit tight{100, limit.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &tight);
-    const std::string png = failure(Figure{}, path("bytes.png"));
-    const std::string svg = failure(Figure{}, path("new.svg"));
-    setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(png, path("bytes.png") + ": cannot be written: File too large");
-    EXPECT_EQ(svg, path("new.svg") + ": cannot be written: File too large");
-    EXPECT_EQ(files(), 2);
-    EXPECT_EQ(fs::file_size(path("bytes.png")), before.size());
-
+    const auto files = [this] { return std::distance(fs::directory_iterator(path(".")), fs::directory_iterator()); };
     const auto endInBetween = [this](void (*action)(int)) {
         std::signal(SIGTERM, action);
         WholeFile file(path("cut.png"));
@@ -430,9 +371,9 @@ TEST_F(PictureTest, WhateverFailsLeavesNothingBehind)
         std::exit(0);
     };
     EXPECT_EXIT(endInBetween(SIG_DFL), testing::KilledBySignal(SIGTERM), "");
-    EXPECT_EQ(files(), 2);
+    EXPECT_EQ(files(), 0);
     EXPECT_EXIT(endInBetween(SIG_IGN), testing::ExitedWithCode(0), "");
-    EXPECT_EQ(files(), 3) << "a signal that is ignored ends nothing";
+    EXPECT_EQ(files(), 1) << "a signal that is ignored ends nothing";
 }
 
 TEST_F(PictureTest, ExtremeValuesAndAnyTextAreDrawn)

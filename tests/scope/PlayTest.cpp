@@ -116,34 +116,6 @@ TEST_F(PlayTest, EndsWithTotalsOfWhatCameOnCtrlCAndWhenTheSourceFails)
     EXPECT_NE(failed.out.find("v  0 … 9"), std::string::npos) << "the last picture shows it";
 }
 
-TEST_F(PlayTest, SaysWhatIsWrongInOneLine)
-{
-    write("half.raw", "abc");
-    write("text.csv", "time,a\n0,1\n1,abc\n");
-    write("file", "");
-    const std::pair<const char*, const char*> cases[] = {
-        {"play - --format mp3 --rate 1k <half.raw", "standard input: the format is csv, f64, f32 or s16, found 'mp3'"},
-        {"play - --format s16 --rate 1k --columns 2 <half.raw",
-         "standard input: byte 3: ends within a step of 4 bytes"},
-        {"play - --format s16 --rate 1k </dev/null", "standard input: holds no samples"},
-        {"play - --format s16 <half.raw", "standard input: gives neither times nor a rate"},
-        {"play - </dev/null", "standard input: holds no rows"},
-        {"play - <text.csv", "standard input: line 3, column 2"},
-        {"play - --trigger edge --level 50% <good.csv", "the range of standard input is not known"},
-        {"play good.csv --format s16", "are of standard input"},
-        {"play good.csv --theme dark", "--theme does nothing without --out-dir"},
-        {"play good.csv --out-dir file", "file: the folder cannot be made"},
-        {"play good.csv --rate-factor 0", "--rate-factor must be positive"},
-        {"play nothing.csv", "nothing.csv: no such file"},
-    };
-    for (const auto& [arguments, expected] : cases) {
-        const Outcome outcome = run(arguments);
-        EXPECT_EQ(outcome.status, 2) << arguments;
-        EXPECT_NE(outcome.err.find(expected), std::string::npos) << outcome.err;
-        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-    }
-}
-
 TEST(PipeTest, HandsOutWhatHasComeAndKeepsHalfSteps)
 {
     int ends[2];

@@ -160,34 +160,6 @@ TEST(SpectrumTest, AgreesWithTheDefinitionWhateverTheBlocksAndWithoutSegmentsTha
     }
 }
 
-TEST(SpectrumTest, NoiseShowsItsDensityAndBinsAddUpToTheMeanSquare)
-{
-    std::mt19937_64 random(2);
-    for (const bool complex : {false, true}) {
-        SpectrumSettings settings{.complex = complex, .rate = 48000, .segment = 1024};
-        const Signal signal = noise(1U << 20U, complex, random);
-        SpectrumEstimate hann(settings);
-        hann.add(signal.real, signal.imag);
-        const std::vector<double> density = hann.power(0, SpectrumScale::Density);
-        double mean = 0; // of the bins away from the 0 Hz that the noise has, too
-        for (std::size_t k = 4; k < 508; ++k)
-            mean += density[k] / 504;
-        EXPECT_NEAR(10 * std::log10(mean), 10 * std::log10(2.0 / 48000), 0.05);
-        EXPECT_NEAR(hann.noiseBandwidth(), 1.5 * hann.binWidth(), 1e-9);
-
-        settings.overlapPercent = 0;
-        settings.window = WindowFunction::Rectangular;
-        SpectrumEstimate plain(settings);
-        plain.add(signal.real, signal.imag);
-        const std::vector<double> power = plain.power(0, SpectrumScale::Power);
-        double square = 0;
-        for (std::size_t i = 0; i < signal.real.size(); ++i)
-            square += std::norm(signal.at(i, 0));
-        EXPECT_NEAR(std::accumulate(power.begin(), power.end(), 0.0), square / static_cast<double>(signal.real.size()),
-                    1e-10);
-    }
-}
-
 TEST(SpectrumTest, ATonePeaksAtItsFrequencyWithItsLevelAndNothingElseDoes)
 {
     for (const bool complex : {false, true})
