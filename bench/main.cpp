@@ -116,7 +116,7 @@ nlohmann::json runRows(const Options& options)
     nlohmann::json all = nlohmann::json::array();
     if (!options.list)
         std::printf(
-            "| kernel | data | ns an item | of the limit | times plain | verdict |\n|---|---|---|---|---|---|\n");
+            "| kernel | data | an item | of the limit | times plain | verdict |\n|---|---|---|---|---|---|\n");
     for (const auto& rowsOf : {bufferRows, thinningRows, triggerRows, spectrumRows, ccdfRows, pipelineRows})
         for (const Row& row : rowsOf()) {
             const std::string name = row.kernel + ", " + row.data;
@@ -128,8 +128,8 @@ nlohmann::json runRows(const Options& options)
             }
             const Measured m = measure(row.make(), options.rounds);
             const std::string seconds = row.target.mostSeconds
-                                            ? withTarget(m.secondsPerItem * 1e9, *row.target.mostSeconds * 1e9, "≤")
-                                            : withTarget(m.secondsPerItem * 1e9, {}, "");
+                                            ? withTarget(m.secondsPerItem, row.target.mostSeconds, "≤") + " s"
+                                            : withTarget(m.secondsPerItem * 1e9, {}, "") + " ns";
             std::printf("| %s | %s | %s | %s | %s | %s |\n", row.kernel.c_str(), row.data.c_str(), seconds.c_str(),
                         withTarget(m.ofLimit, row.target.ofLimit, "≥").c_str(),
                         withTarget(m.timesPlain, row.target.timesPlain, "≥").c_str(), verdict(m, row.target).c_str());

@@ -43,8 +43,11 @@ void comparePowers(Bytes& bytes)
         EXPECT_TRUE(sameBits(realOf(counts.get()), naive.count));
         EXPECT_TRUE(sameBits(realOf(histogram.get()), naive.histogram));
         EXPECT_TRUE(sameBits(realOf(unbinned.get()), naive.unbinned));
-        for (std::size_t c = 0; c < columns; ++c)
+        for (std::size_t c = 0; c < columns; ++c) {
+            const double average = naive.sum[c] / naive.count[c];
+            EXPECT_TRUE(sameBits(getRealData(averages.get()) + c, &average, 1));
             EXPECT_TRUE(sameBits(realOf(getCell(tables.get(), c)), naive.distribution(c)));
+        }
     }
 }
 

@@ -2,6 +2,7 @@
 #include "cli/commandLine.h"
 #include "cli/manual.h"
 #include "input/StandardInput.h"
+#include "input/Text.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -27,7 +28,7 @@ constexpr const char* kAbout =
 
 int complain(const std::string& message)
 {
-    std::fprintf(stderr, "tracery-scope: %s\n", message.c_str());
+    std::fprintf(stderr, "tracery-scope: %s\n", scope::oneLine(message).c_str());
     return kBadInput;
 }
 
@@ -91,6 +92,8 @@ int main(int argc, char** argv)
         return delivered(0);
     } catch (const CLI::ExtrasError& error) {
         const std::vector<std::string> unknown = app.remaining(true);
+        if (!unknown.empty() && !unknown[0].starts_with('-'))
+            return complain("'" + unknown[0] + "' is one word too many (see --help)");
         const std::string word = unknown.empty() ? error.what() : unknown[0].substr(0, unknown[0].find('='));
         return complain("there is no option '" + word + "'" + nearOption(app, word) + " (see --help)");
     } catch (const CLI::ParseError& error) {

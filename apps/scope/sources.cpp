@@ -114,13 +114,13 @@ std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std
 {
     if (!(span > 0))
         throw UsageError("the recording has a single time: say with --span how much time a window shows");
+    const auto recording = openRecording(files[source.port], {rate});
     if (from > source.range.last)
-        throw UsageError(files[source.port] + ": " + nothingAfter(from, source.range));
+        throw UsageError(recording->info().path + ": " + nothingAfter(from, source.range));
     // Levels that follow the signal do so batch by batch: batches are short beside the span that they look back on.
     constexpr double kBatchesASpan = 16;
     const double seconds = settings.autoLevel() ? span / kBatchesASpan : std::numeric_limits<double>::infinity();
-    const SignalRange range =
-        rangeForLevels(files, *openRecording(files[source.port], {rate}), rate, source, settings, from);
+    const SignalRange range = rangeForLevels(files, *recording, rate, source, settings, from);
     auto scan = std::make_unique<TriggerScan>(openBatches(files, rate, source, from, blockSteps, seconds),
                                               source.channel, from, span);
     configure(scan->controller(), settings, range);

@@ -6,8 +6,6 @@
 #include <tracery/host/Error.h>
 
 #include <algorithm>
-#include <limits>
-#include <numbers>
 #include <tuple>
 #include <utility>
 
@@ -51,9 +49,9 @@ Statistics updateCCDF(SB& buffer, const HostArray* power, double numBins, double
     constexpr double kMostBins = 1 << 24;
     if (!(numBins >= 1 && numBins <= kMostBins))
         throw Error(errors::InvalidArgumentType, "needed: 1 to 2^24 bins");
-    // The logarithms of doubles lie within +-745.2: finer bins could not be counted in ints.
-    const double binsPerNeper = 10 / std::numbers::ln10 / resolution;
-    if (745.2 * binsPerNeper > std::numeric_limits<int>::max())
+    // The logarithms of doubles lie within +-745.2: bins of less than 1.51e-6 dB could not be counted in ints.
+    constexpr double kFinest = 2e-6;
+    if (!(resolution >= kFinest))
         throw Error(errors::InvalidArgumentType, "needed: a resolution of at least 2e-6 dB");
     HostArray* results[4] = {};
     buffer.updateCCDF(power, static_cast<int>(numBins), resolution, results[0], results[1], results[2], results[3]);

@@ -65,7 +65,7 @@ void SparseBufferFill(Ring& ring, const double* values, const TimeBuffer::Counts
     });
 }
 
-/// Product of extents that are known to fit memory; 0 for a product that passes 64 bits cannot occur there.
+/// Product of extents, which fit memory, so that nothing overflows.
 std::uint64_t product(std::span<const std::uint64_t> extents)
 {
     return std::accumulate(extents.begin(), extents.end(), std::uint64_t{1}, std::multiplies<>());

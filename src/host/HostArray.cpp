@@ -1,6 +1,6 @@
 #include <tracery/host/Error.h>
-#include <tracery/host/Host.h>
 #include <tracery/host/HostArray.h>
+#include <tracery/host/ObjectSystem.h>
 
 #include <atomic>
 #include <cstring>
@@ -135,6 +135,13 @@ T& requireData(HostArray* array, const char* message)
     throw Error(errors::InvalidArray, message);
 }
 
+/// The data that are there already stay.
+void install(Buffer<double>& part, double* data)
+{
+    if (part.get() != data)
+        part.reset(data);
+}
+
 HostArrayPtr makeDouble(std::size_t numDims, const std::uint64_t* extents, HostComplexity complexity)
 {
     HostArrayPtr array = makeArray(numDims, extents);
@@ -215,12 +222,6 @@ HostArray* adoptDoubleMatrix(std::uint64_t rows, std::uint64_t columns, HostDoub
     return array.release();
 }
 
-HostArray* createNumericMatrix(std::uint64_t rows, std::uint64_t columns, HostClassID classId,
-                               HostComplexity complexity)
-{
-    return createNumericArray(2, Extents2{{rows, columns}}, classId, complexity);
-}
-
 HostArray* createNumericArray(std::size_t numDims, const std::uint64_t* extents, HostClassID classId,
                               HostComplexity complexity)
 {
@@ -231,23 +232,11 @@ HostArray* createNumericArray(std::size_t numDims, const std::uint64_t* extents,
     throw Error(errors::InvalidArray, "numeric arrays are of the double class, or real and logical");
 }
 
-HostArray* createLogicalScalar(bool value)
-{
-    HostArray* array = createLogicalArray(2, Extents2{{1, 1}});
-    getLogicals(array)[0] = value ? 1 : 0;
-    return array;
-}
-
 HostArray* createLogicalArray(std::size_t numDims, const std::uint64_t* extents)
 {
     HostArrayPtr array = makeArray(numDims, extents);
     array->data = LogicalData{zeros<std::uint8_t>(array->elements)};
     return array.release();
-}
-
-HostArray* createCellMatrix(std::uint64_t rows, std::uint64_t columns)
-{
-    return createCellArray(2, Extents2{{rows, columns}});
 }
 
 HostArray* createCellArray(std::size_t numDims, const std::uint64_t* extents)
@@ -267,14 +256,6 @@ HostArray* createString(const char* text)
     HostArrayPtr array = makeArray(2, Extents2{{1, bytes.size()}});
     array->data = CharData{std::move(bytes)};
     return array.release();
-}
-
-HostArray* createClassArray(const char* className)
-{
-    Host* host = Host::current();
-    if (className == nullptr || host == nullptr || host->objects().findClass(className) == nullptr)
-        return nullptr;
-    return createObjectArray(className, 2, Extents2{{0, 0}});
 }
 
 HostArray* createObjectArray(const char* className, std::size_t numDims, const std::uint64_t* extents)
@@ -362,13 +343,13 @@ const char* getChars(const HostArray* array)
 
 void setRealData(HostArray* array, double* data)
 {
-    requireData<DoubleData>(array, "only a double array takes real data").real.reset(data);
+    install(requireData<DoubleData>(array, "only a double array takes real data").real, data);
 }
 
 void setImagData(HostArray* array, double* data)
 {
     auto& doubles = requireData<DoubleData>(array, "only a double array takes imaginary data");
-    doubles.imag.reset(data);
+    install(doubles.imag, data);
     doubles.complex = data != nullptr;
 }
 
@@ -405,16 +386,6 @@ const char* getObjectClassName(const HostArray* array)
 {
     const auto* data = dataOf<ObjectData>(array);
     return data != nullptr ? data->className.c_str() : nullptr;
-}
-
-char* arrayToString(const HostArray* array)
-{
-    const auto* data = dataOf<CharData>(array);
-    if (data == nullptr)
-        return nullptr;
-    auto* text = static_cast<char*>(allocateMemory(data->text.size() + 1));
-    std::memcpy(text, data->text.c_str(), data->text.size() + 1);
-    return text;
 }
 
 std::size_t getNumberOfLiveArrays() noexcept { return HostArray::alive(); }

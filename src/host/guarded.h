@@ -13,17 +13,16 @@ namespace tracery::binding {
 /// The error of no memory, made beforehand: throwing it takes none.
 const Error& outOfMemory() noexcept;
 
-/// Runs what a host asked for; every failure leaves as an Error, which hosts show with its identifier. That goes for
-/// what host code throws that the library calls in between, too.
+/// Gives failures an identifier, all but those for want of memory.
 template <class Body>
-auto guarded(Body&& body) -> decltype(body())
+auto identified(Body&& body) -> decltype(body())
 {
     try {
         return body();
     } catch (const Error&) {
         throw;
     } catch (const std::bad_alloc&) {
-        throw outOfMemory();
+        throw;
     } catch (const std::out_of_range& error) {
         throw Error(errors::InvalidSubscript, error.what());
     } catch (const std::length_error& error) {
@@ -34,6 +33,18 @@ auto guarded(Body&& body) -> decltype(body())
         throw;
     } catch (...) {
         throw Error(errors::InternalError);
+    }
+}
+
+/// Runs what a host asked for; every failure leaves as an Error, which hosts show with its identifier. That goes for
+/// what host code throws that the library calls in between, too, and for an Error that there was no memory to make.
+template <class Body>
+auto guarded(Body&& body) -> decltype(body())
+{
+    try {
+        return identified(body);
+    } catch (const std::bad_alloc&) {
+        throw outOfMemory();
     }
 }
 

@@ -111,7 +111,8 @@ private:
     std::size_t stretch_ = kShortest;
 };
 
-/// scan for rules that have no use for samples that are `quiet(last)` after the last one they saw.
+/// scan for rules that have no use for samples that are `quiet(last)` after the last one they saw. The first sample of a
+/// block is always shown: levels may have moved since the one before it.
 template <class Element, class Rule, class Quiet>
 void scanPassingQuiet(std::span<const Element> pairs, bool imagPart, TimedSample before, Rule&& rule, Quiet&& quiet)
 {

@@ -286,4 +286,23 @@ TEST_F(ObjectFaultTest, EveryMemberEitherDoesItsWorkOrIsOutOfMemory)
     RecordProperty("members", members);
 }
 
+TEST_F(ObjectFaultTest, ARefusalThatThereIsNoMemoryToWordHasAnIdentifierToo)
+{
+    const HostObjectRef buffer = script_.make("tracery.SpectrumBuffer", 4, 0, false, 2);
+    const HostArrayPtr column = matrix(3, 1, {1, 2, 3}), port = row({1});
+    const HostArray* const inputs[] = {column.get(), port.get()};
+    std::string last, outcome;
+    for (long n = 0; outcome != "InvalidSubscript"; ++n) {
+        last = std::exchange(outcome, failure([&] {
+                                 try {
+                                     const MemoryLimit limit(n, Shortage::ofOneAllocation);
+                                     script_.host.call(buffer, "addValue", inputs, 0);
+                                 } catch (const std::bad_alloc&) { // of the host, before it called the library
+                                     throw Error(errors::InternalError);
+                                 }
+                             }));
+    }
+    EXPECT_EQ(last, "OutOfMemory") << "the words are the last that is made";
+}
+
 } // namespace

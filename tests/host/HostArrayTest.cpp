@@ -68,6 +68,8 @@ TEST(HostArrayTest, TheImaginaryPartComesAndGoesWithItsBuffer)
     EXPECT_EQ(getImagData(copy.get())[0], 3.0);
     setImagData(array.get(), nullptr);
     EXPECT_FALSE(isComplex(array.get()));
+    setImagData(copy.get(), getImagData(copy.get()));
+    EXPECT_EQ(getImagData(copy.get())[1], 4.0) << "the same data stay";
     setRealData(array.get(), nullptr);
     EXPECT_EQ(getRealData(array.get()), nullptr);
     EXPECT_EQ(getNumberOfElements(array.get()), 2U);

@@ -20,7 +20,7 @@ set(rows
     "src/scheduling/.*|${standard}|${boost}|${public}|\"(scheduling|support)/.*\""
     "hosts/embedded/include/.*|${standard}|${boost}|${seam}|${embedded}"
     "hosts/embedded/src/.*|${standard}|${system}|${boost}|${seam}|${embedded}|\"[A-Za-z]+\\.h\""
-    "apps/scope/picture/.*|${standard}|${system}|<cairo.*>|\"(picture/.*|UsageError.h|quantity.h)\""
+    "apps/scope/picture/.*|${standard}|${system}|<cairo.*>|\"(picture/.*|TemporaryPath.h|UsageError.h|quantity.h)\""
     "apps/scope/.*|<.*>|\"((cli|input|picture|play|spectrum|trigger)/)?[A-Za-z]+\\.h\""
     "examples/.*|${standard}|${public}|${embedded}|\"BareHost.h\"")
 

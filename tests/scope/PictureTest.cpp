@@ -1,6 +1,7 @@
 #include "picture/Figure.h"
 #include "picture/Sizes.h"
 #include "picture/Styles.h"
+#include "picture/WholeFile.h"
 #include "picture/drawTrace.h"
 #include "picture/ticks.h"
 
@@ -9,6 +10,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -354,6 +357,23 @@ TEST_F(PictureTest, TracesOfOneNameShareAStyleAcrossPanelsOnly)
         for (std::size_t i = 0; i < (theme == ThemeEnum::Print ? 16U : 32U); ++i)
             for (std::size_t j = 0; j < i; ++j)
                 EXPECT_FALSE(same(traceStyle(i, themeOf(theme)), traceStyle(j, themeOf(theme)))) << i << ' ' << j;
+}
+
+TEST_F(PictureTest, ASignalThatEndsTheProgramLeavesNoHalfPicture)
+{
+    const auto files = [this] { return std::distance(fs::directory_iterator(path(".")), fs::directory_iterator()); };
+    const auto endInBetween = [this](void (*action)(int)) {
+        std::signal(SIGTERM, action);
+        WholeFile file(path("cut.png"));
+        file.write("half", 4);
+        std::raise(SIGTERM);
+        file.keep();
+        std::exit(0);
+    };
+    EXPECT_EXIT(endInBetween(SIG_DFL), testing::KilledBySignal(SIGTERM), "");
+    EXPECT_EQ(files(), 0);
+    EXPECT_EXIT(endInBetween(SIG_IGN), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(files(), 1) << "a signal that is ignored ends nothing";
 }
 
 TEST_F(PictureTest, ExtremeValuesAndAnyTextAreDrawn)

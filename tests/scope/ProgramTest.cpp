@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <regex>
+#include <set>
 
 namespace {
 
@@ -26,6 +27,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
     write("half.raw", "abc");
     write("file", "");
     write("blanks.txt", "time v\n0 1\n1 2\n");
+    write("escape.csv", "time,v\x1b[2J\n0,1\n");
     fs::create_directory(folder_ / "folder.csv");
     fs::create_symlink("/dev/null", folder_ / "null.csv");
     fs::create_symlink("/dev/null", folder_ / "null.png");
@@ -48,6 +50,11 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"view good.csv --frob -o o.png", "--frob"},
         {"view good.csv --titel x -o o.png", "there is no option '--titel'; did you mean '--title'?"},
         {"viw good.csv", "there is no command 'viw'; did you mean 'view'?"},
+        {"info good.csv --rate=1 --json=x", "there is no option '--json'"},
+        {"events good.csv more=1.csv", "'more=1.csv' is one word too many"},
+        {"view good.csv --trigger edge --nth -1 -o o.png", "--nth"},
+        {"play good.csv --frames -1", "--frames"},
+        {"view escape.csv --channels \"$(printf 'a\\nb')\" -o o.png", "there is no channel 'a?b'; there are v?[2J"},
         {"spectrum good.csv --window han", "found 'han'; did you mean 'hann'?"},
         {"info - < /dev/null", "standard input: is empty"},
         {"view - -o o.png < text.csv", "standard input: line 3, column 2"},
@@ -118,6 +125,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"play - <text.csv", "standard input: line 3, column 2"},
         {"play - --trigger edge --level 50% <good.csv", "the range of standard input is not known"},
         {"play good.csv --format s16", "are of standard input"},
+        {"play good.csv --theme dark", "--theme does nothing without --out-dir"},
         {"play good.csv --out-dir file", "file: the folder cannot be made"},
         {"play good.csv --rate-factor 0", "--rate-factor must be positive"},
         {"play nothing.csv", "nothing.csv: no such file"},
@@ -140,7 +148,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         EXPECT_NE(outcome.err.find(each.expected), std::string::npos) << outcome.err;
         EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
         const auto left = std::count_if(fs::directory_iterator(folder_), {}, [](const fs::directory_entry& entry) {
-            return entry.path().filename().string().starts_with("o.") || entry.path().extension() == ".tmp";
+            return entry.path().filename().string().starts_with("o.") || entry.path().extension() == ".part";
         });
         EXPECT_EQ(left, 0);
     }
@@ -321,15 +329,35 @@ TEST_F(ProgramTest, StandardStreamsStandForFiles)
         }
     EXPECT_EQ(run("events - --level 0.5 < good.csv").out, run("events good.csv --level 0.5").out);
     EXPECT_EQ(run("view - < good.csv").out, "stdin.png\n");
+
+    std::string wav("RIFF\x28\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\x04\0\0\0",
+                    44);
+    write("two.wav", wav + "abcd");
+    const std::string slowly = "mkdir -p tmp; export TMPDIR=tmp; (head -c 4 two.wav; sleep 0.2; tail -c +5 two.wav) | ";
+    EXPECT_NE(run("info -", slowly).out.find("  steps     2\n"), std::string::npos) << "known by more than four bytes";
+    EXPECT_NE(run("spectrum - -o o.csv", slowly).err.find("standard input: 2 samples are too few"), std::string::npos);
+    EXPECT_NE(run("info - < good.csv", "TMPDIR=missing").err.find("standard input: cannot be kept"), std::string::npos);
+    std::string table = "time,v\n"; // more than is looked at before it is kept
+    for (int i = 0; i < 20000; ++i)
+        table += std::to_string(i) + ",1\n";
+    write("big.csv", table);
+    for (const auto& [how, status] : {std::pair{"-s TERM 0.3", 128 + 15}, {"-s HUP 0.3 nohup", 0}}) {
+        const std::string interrupted = "export TMPDIR=tmp; (cat big.csv; sleep 0.6) | exec timeout --preserve-status ";
+        EXPECT_EQ(run("info -", interrupted + how).status, status) << how;
+    }
+    EXPECT_TRUE(fs::is_empty(folder_ / "tmp")) << "nothing stays, whatever ends the program";
 }
 
 TEST_F(ProgramTest, ThemesDifferInColoursOnly)
 {
     std::vector<std::string> shapes;
+    std::set<std::string> pictures;
     for (const std::string theme : {"light", "dark", "print"}) {
         ASSERT_EQ(run("view good.csv --channels v -o o.svg --theme " + theme).status, 0);
+        pictures.insert(read("o.svg"));
         shapes.push_back(std::regex_replace(read("o.svg"), std::regex("rgb\\([^)]*\\)|stroke-opacity=\"[^\"]*\""), ""));
     }
+    EXPECT_EQ(pictures.size(), 3U);
     EXPECT_EQ(shapes[0], shapes[1]);
     EXPECT_EQ(shapes[0], shapes[2]);
 }

@@ -121,18 +121,27 @@ TYPED_TEST(TriggerPropertyTest, AgreesWithTheNaiveRulesBitForBit)
     });
 }
 
-TYPED_TEST(TriggerPropertyTest, CuttingIntoBlocksAndGoingOnWithACopyChangesNothing)
+TYPED_TEST(TriggerPropertyTest, BlocksGiveWhatTheirSamplesGiveOneByOneThoughLevelsMoveBetweenThem)
 {
-    this->forManySignals([](const Signal& signal, const Settings& settings, const EventQueue& whole, Random& random) {
-        EventQueue events;
-        auto detector = TypeParam::make(settings);
+    this->forManySignals([](const Signal& signal, Settings settings, const EventQueue& whole, Random& random) {
+        settings.autoLevel = random() % 2;
+        auto detector = TypeParam::make(settings), single = detector;
+        EventQueue events, singly;
         for (std::size_t first = 0, last = 0; first < signal.size(); first = last) {
-            last = std::min<std::size_t>(signal.size(), first + random() % 20); // empty blocks too
+            last =
+                std::min<std::size_t>(signal.size(), first + random() % oneOf(random, {20U, 150U})); // empty ones too
+            const double least = oneOf(random, {-1.0, -0.5, 0.0});
+            const double extrema[] = {least, least + oneOf(random, {-1.0, 0.0, 1.0, 2.0})};
             auto copy = detector;
-            feed(copy, signal, first, last, events);
+            feed(copy, signal, first, last, events, extrema);
             detector = std::move(copy);
+            for (std::size_t i = first; i < last; ++i)
+                feed(single, signal, i, i + 1, singly, extrema);
         }
-        EXPECT_EQ(bits(events), bits(whole));
+        EXPECT_EQ(bits(events), bits(singly));
+        if (!settings.autoLevel) {
+            EXPECT_EQ(bits(events), bits(whole));
+        }
     });
 }
 

@@ -28,8 +28,9 @@ void check(const CLI::App& play, const Arguments& arguments)
         throw UsageError("--format and --columns are of standard input, FILE -");
     if (given("--columns") && options.format == "csv")
         throw UsageError("--columns is of raw samples: say --format f64, f32 or s16");
-    if (options.folder.empty() && given("--size"))
-        throw UsageError("--size does nothing without --out-dir");
+    for (const char* option : {"--size", "--theme"})
+        if (options.folder.empty() && given(option))
+            throw UsageError(std::string(option) + " does nothing without --out-dir");
 }
 
 } // namespace
@@ -60,7 +61,8 @@ void addPlay(CLI::App& app)
         "At the window's right edge, scroll or wrap to a new sweep [default: scroll]");
     add(*play, "--refresh", "TIME", quantity(options.refresh, "--refresh"),
         "Shortest time between redraws [default: 50m]");
-    play->add_option("--frames", options.frames, "End after so many frames [default: with the recording]");
+    play->add_option("--frames", options.frames, "End after so many frames [default: with the recording]")
+        ->check(CLI::NonNegativeNumber);
     play->add_option("--out-dir", options.folder,
                      "Write pictures frame-000001.png and so on into this folder, in place of those there")
         ->type_name("DIR");

@@ -61,7 +61,9 @@ void addView(CLI::App& app)
     add(*view, "--until", "TIME", quantity(options.until, "--until"),
         "Where streaming with --overrun stops [default: the recording's end]");
     addTrigger(*view, arguments->trigger, [&options] { options.trigger.emplace(); });
-    view->add_option("--nth", options.nth, "Which triggered window to draw, from 1 [default: 1]")->group("Trigger");
+    view->add_option("--nth", options.nth, "Which triggered window to draw, from 1 [default: 1]")
+        ->check(CLI::NonNegativeNumber)
+        ->group("Trigger");
     view->callback([arguments, view] {
         check(*view, *arguments);
         if (arguments->options.trigger)

@@ -1,120 +1,121 @@
 #include "input/StandardInput.h"
 
+#include "TemporaryPath.h"
 #include "input/Recording.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <optional>
+#include <system_error>
 #include <vector>
 
 namespace scope {
 
 namespace {
 
-/// What a signal handler can read.
-std::array<char, 4096> spoolFile{};
-std::array<char, 4096> spoolFolder{};
-
-void removeSpool()
-{
-    unlink(spoolFile.data());
-    rmdir(spoolFolder.data());
-}
-
-void endBySignal(int signal)
-{
-    removeSpool();
-    std::signal(signal, SIG_DFL);
-    raise(signal);
-}
-
 [[noreturn]] void fail(const std::string& what, int error)
 {
     throw InputError("standard input", "", what + ": " + std::strerror(error));
 }
 
-bool isText(const char* data, std::size_t size)
+bool isText(const std::vector<char>& bytes)
 {
-    return std::all_of(data, data + size, [](char c) {
+    return std::all_of(bytes.begin(), bytes.end(), [](char c) {
         const auto byte = static_cast<unsigned char>(c);
         return byte >= 0x20 || byte == '\t' || byte == '\r' || byte == '\n';
     });
 }
 
-std::size_t readSome(std::vector<char>& buffer)
+/// Fills the buffer, which becomes smaller at the end: a pipe gives a few bytes at a time.
+void fill(std::vector<char>& buffer)
 {
-    ssize_t got = 0;
-    do
-        got = read(STDIN_FILENO, buffer.data(), buffer.size());
-    while (got < 0 && errno == EINTR);
-    if (got < 0)
-        fail("cannot be read", errno);
-    return static_cast<std::size_t>(got);
+    std::size_t size = 0;
+    for (ssize_t got = 1; got != 0 && size < buffer.size();) {
+        got = read(STDIN_FILENO, buffer.data() + size, buffer.size() - size);
+        if (got > 0)
+            size += static_cast<std::size_t>(got);
+        else if (got < 0 && errno != EINTR)
+            fail("cannot be read", errno);
+    }
+    buffer.resize(size);
 }
 
-void writeAll(int descriptor, const char* data, std::size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = write(descriptor, data, size);
-        if (written < 0 && errno != EINTR)
-            fail("cannot be kept in " + std::string(spoolFolder.data()), errno);
-        if (written > 0) {
-            data += written;
-            size -= static_cast<std::size_t>(written);
+/// A file of one's own.
+class Spool {
+public:
+    Spool()
+    {
+        std::vector<char> buffer(1 << 16);
+        fill(buffer);
+        if (buffer.empty())
+            throw InputError("standard input", "", "is empty");
+        makeFolder();
+        file_.emplace(folder_->path() + (isText(buffer) ? "/stdin.csv" : "/stdin.sound"));
+        const int descriptor = open(path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (descriptor < 0)
+            failToKeep(errno);
+        for (; !buffer.empty(); fill(buffer))
+            writeAll(descriptor, buffer.data(), buffer.size());
+        if (close(descriptor) != 0)
+            failToKeep(errno);
+    }
+
+    const std::string& path() const { return file_->path(); }
+
+private:
+    [[noreturn]] void failToKeep(int error) const { fail("cannot be kept in " + folder_->path(), error); }
+
+    void makeFolder()
+    {
+        std::error_code error;
+        const std::filesystem::path parent = std::filesystem::temp_directory_path(error);
+        if (error)
+            fail("cannot be kept in the folder of TMPDIR", error.value());
+        std::string name = (parent / "tracery-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr)
+            fail("cannot be kept in " + parent.string(), errno);
+        folder_.emplace(name);
+    }
+
+    void writeAll(int descriptor, const char* data, std::size_t size) const
+    {
+        while (size > 0) {
+            const ssize_t written = write(descriptor, data, size);
+            if (written < 0 && errno != EINTR)
+                failToKeep(errno);
+            if (written > 0) {
+                data += written;
+                size -= static_cast<std::size_t>(written);
+            }
         }
     }
-}
 
-std::string spool()
-{
-    std::vector<char> buffer(1 << 16);
-    std::size_t size = readSome(buffer);
-    if (size == 0)
-        throw InputError("standard input", "", "is empty");
+    std::optional<TemporaryPath> folder_;
+    std::optional<TemporaryPath> file_; ///< goes first
+};
 
-    const std::string folder = (std::filesystem::temp_directory_path() / "tracery-XXXXXX").string();
-    const std::string ending = isText(buffer.data(), size) ? "/stdin.csv" : "/stdin.sound";
-    if (folder.size() + ending.size() >= spoolFile.size())
-        fail("cannot be kept in " + folder, ENAMETOOLONG);
-    std::copy(folder.begin(), folder.end(), spoolFolder.begin());
-    if (mkdtemp(spoolFolder.data()) == nullptr)
-        fail("cannot be kept in " + folder, errno);
-    std::string path = spoolFolder.data() + ending;
-    std::copy(path.begin(), path.end(), spoolFile.begin());
-    std::atexit(removeSpool);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        std::signal(signal, endBySignal);
-
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (descriptor < 0)
-        fail("cannot be kept in " + folder, errno);
-    for (; size > 0; size = readSome(buffer))
-        writeAll(descriptor, buffer.data(), size);
-    if (close(descriptor) != 0)
-        fail("cannot be kept in " + folder, errno);
-    return path;
-}
+const Spool* made = nullptr;
 
 } // namespace
 
 const std::string& spoolStandardInput()
 {
-    static const std::string path = spool();
-    return path;
+    static const Spool spool;
+    made = &spool;
+    return spool.path();
 }
 
 std::string nameStandardInput(std::string message)
 {
-    const std::string path = spoolFile.data();
-    if (path.empty())
+    if (made == nullptr)
         return message;
+    const std::string& path = made->path();
     for (std::size_t at = 0; (at = message.find(path, at)) != std::string::npos;)
         message.replace(at, path.size(), "standard input");
     return message;

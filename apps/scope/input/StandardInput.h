@@ -8,8 +8,8 @@ namespace scope {
 inline constexpr const char* kStandardStream = "-";
 
 /// Copies standard input to a temporary file, for commands that read a recording more than once, and returns its path;
-/// again at later calls. Text gets a name that ends in .csv, anything else is left to the sound reader to recognise. The
-/// file goes with the process, also when a signal ends it.
+/// again at later calls. Text gets a name that ends in .csv, anything else is left to the sound reader to recognise.
+/// The file goes with the process, also when a signal ends it.
 /// throws  InputError: nothing came, or the copy cannot be written
 const std::string& spoolStandardInput();
 

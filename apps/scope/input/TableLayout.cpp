@@ -97,7 +97,7 @@ TableLayout readLayout(const std::string& path, const Line& first, bool hasRate)
         layout.channels = numberedChannels(headings.size() - (layout.hasTimes ? 1 : 0));
     } else {
         for (const Heading& heading : headings)
-            layout.channels.push_back(splitUnit(heading.text));
+            layout.channels.push_back(splitUnit(oneLine(heading.text)));
         const Channel& column = layout.channels.front();
         layout.hasTimes = isTimeName(column.name);
         // Where the file is not what it seems, asking for a rate would mislead.

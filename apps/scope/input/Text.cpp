@@ -4,6 +4,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstdio>
 
 namespace scope {
 
@@ -25,6 +26,14 @@ std::string lowerCase(std::string text)
     return text;
 }
 
+std::string oneLine(std::string text)
+{
+    for (char& c : text)
+        if ((c >= 0 && c < ' ') || c == '\x7f')
+            c = '?';
+    return text;
+}
+
 std::optional<double> parseNumber(std::string_view text)
 {
     if (text.size() > 1 && text[0] == '+' && text[1] != '-')
@@ -41,6 +50,13 @@ std::string numberText(double value)
 {
     std::array<char, 32> text{}; // -2.2250738585072014e-308 is as long as it gets: 24 characters
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
+std::string computedText(double value)
+{
+    std::array<char, 32> text{};
+    const int length = std::snprintf(text.data(), text.size(), "%.15g", value);
+    return {text.data(), static_cast<std::size_t>(length)};
 }
 
 } // namespace scope

@@ -44,10 +44,13 @@ WholeFile::WholeFile(std::string path) : path_(std::move(path))
     // ever shared.
     const fs::path directory = fs::path(target_).parent_path();
     for (int number = 0; descriptor_ < 0; ++number) {
-        temporary_ = directory / (".tracery-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part");
-        descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        temporary_.emplace(directory /
+                           (".tracery-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part"));
+        descriptor_ = open(temporary_->path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (descriptor_ < 0 && errno != EEXIST)
             fail(errno);
+        if (descriptor_ < 0)
+            temporary_->forget();
     }
 }
 
@@ -55,8 +58,6 @@ WholeFile::~WholeFile()
 {
     if (descriptor_ >= 0)
         close(descriptor_);
-    if (!temporary_.empty())
-        unlink(temporary_.c_str());
 }
 
 bool WholeFile::write(const void* data, std::size_t size) noexcept
@@ -97,11 +98,11 @@ void WholeFile::keep()
     }
     if (error_ == 0 && close(std::exchange(descriptor_, -1)) != 0)
         error_ = errno;
-    if (error_ == 0 && std::rename(temporary_.c_str(), target_.c_str()) != 0)
+    if (error_ == 0 && std::rename(temporary_->path().c_str(), target_.c_str()) != 0)
         error_ = errno;
     if (error_ != 0)
         fail(error_);
-    temporary_.clear();
+    temporary_->forget();
 }
 
 void WholeFile::fail(int error) const

@@ -1,16 +1,23 @@
 #pragma once
 
+#include "TemporaryPath.h"
+
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace scope {
 
 /// Whether a path means standard output: "-", or with an ending "-.svg". A file of that name is "./-.svg".
-inline bool isStandardOutput(const std::string& path) { return path == "-" || path.starts_with("-."); }
+inline bool isStandardOutput(const std::string& path)
+{
+    return path == "-" || (path.starts_with("-.") && path.find('/') == path.npos);
+}
 
-/// A file that appears under its name whole or not at all: what is written goes to a file beside it, which
-/// takes the name when it is kept and disappears otherwise. Of a symbolic link, the file that it names is replaced,
-/// which need not exist. Standard output gets all of it when it is kept. What is there and no regular file, such as a device or a pipe, is refused.
+/// A file that appears under its name whole or not at all: what is written goes to a file beside it, which takes the
+/// name when it is kept and disappears otherwise, also when a signal ends the program. Of a symbolic link, the file that
+/// it names is replaced, which need not exist. Standard output gets all of it when it is kept. What is there and no
+/// regular file, such as a device or a pipe, is refused.
 class WholeFile {
 public:
     /// throws  std::runtime_error, as does `keep`, that names the path and the reason
@@ -30,7 +37,7 @@ private:
     std::string path_;
     std::string waiting_; ///< for standard output
     std::string target_;  ///< behind symbolic links
-    std::string temporary_;
+    std::optional<TemporaryPath> temporary_;
     int descriptor_ = -1;
     int error_ = 0;
 };

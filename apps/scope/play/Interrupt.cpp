@@ -12,14 +12,15 @@ namespace scope {
 namespace {
 volatile std::sig_atomic_t interrupted = 0;
 volatile std::sig_atomic_t event = -1;
+struct sigaction before {};
 
 void note(int)
 {
-    const int before = errno;
+    const int error = errno;
     interrupted = 1;
     const std::uint64_t once = 1;
     [[maybe_unused]] const ssize_t written = write(event, &once, sizeof once);
-    errno = before;
+    errno = error;
 }
 } // namespace
 
@@ -30,12 +31,12 @@ Interrupt::Interrupt() noexcept
     struct sigaction action {};
     action.sa_handler = note;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGINT, &action, &before);
 }
 
 Interrupt::~Interrupt()
 {
-    std::signal(SIGINT, SIG_DFL);
+    sigaction(SIGINT, &before, nullptr);
     if (event >= 0)
         close(event);
 }

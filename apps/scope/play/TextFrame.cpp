@@ -2,12 +2,14 @@
 
 #include "PanelSorter.h"
 #include "picture/cleanText.h"
+#include "picture/units.h"
 #include "quantity.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>
@@ -91,6 +93,17 @@ struct Row {
     Limits range;
 };
 
+/// Three digits with their unit, under a prefix where the unit takes one.
+std::string valueText(double value, const std::string& text)
+{
+    const Unit unit = parseUnit(text);
+    if (unit.scaling != Scaling::Powers)
+        return formatQuantity(value * std::pow(10, unit.exponent), unit.base, 3);
+    std::array<char, 32> number{};
+    std::snprintf(number.data(), number.size(), "%.3g", value);
+    return number.data() + (text.empty() ? "" : " " + text);
+}
+
 } // namespace
 
 std::vector<std::string> drawText(const Figure& figure, std::size_t columns, std::size_t mostRows)
@@ -105,9 +118,9 @@ std::vector<std::string> drawText(const Figure& figure, std::size_t columns, std
             Row row{&trace, cleanText(panel.yUnit), cleanText(trace.label), noLimits()};
             for (const Limits& column : columnLimits(trace.points, figure, columns))
                 extend(row.range, column);
-            row.label += row.range.low <= row.range.high ? "  " + formatQuantity(row.range.low, row.unit, 3) + " … " +
-                                                               formatQuantity(row.range.high, row.unit, 3)
-                                                         : "  no samples";
+            row.label += row.range.low <= row.range.high
+                             ? "  " + valueText(row.range.low, row.unit) + " … " + valueText(row.range.high, row.unit)
+                             : "  no samples";
             labels = std::max(labels, width(row.label));
             rows.push_back(std::move(row));
         }

@@ -58,7 +58,7 @@ std::string tableOf(const PowerStatistics& statistics, const std::vector<ChosenC
     std::string text = "channel,level [dB],above [%]\n";
     for (const std::size_t i : live)
         for (const auto& [level, percent] : statistics.curve(i))
-            text += csvField(channels[i].label) + ',' + numberText(level) + ',' + numberText(percent) + '\n';
+            text += csvField(channels[i].label) + ',' + computedText(level) + ',' + computedText(percent) + '\n';
     return text;
 }
 

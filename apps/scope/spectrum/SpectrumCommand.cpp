@@ -1,5 +1,6 @@
 #include "PanelSorter.h"
 #include "UsageError.h"
+#include "input/StandardInput.h"
 #include "input/Text.h"
 #include "output.h"
 #include "picture/Figure.h"
@@ -36,10 +37,10 @@ bool isFast(std::uint32_t length)
     return length * std::max(largest, rest) <= kMostWork;
 }
 
-std::uint32_t chooseSegment(const SpectrumOptions& options, std::uint64_t steps)
+std::uint32_t chooseSegment(const SpectrumOptions& options, const std::string& path, std::uint64_t steps)
 {
     if (steps < options.segment.value_or(kShortestSegment))
-        throw UsageError(options.file + ": " + std::to_string(steps) + " samples are too few for a segment of " +
+        throw UsageError(path + ": " + std::to_string(steps) + " samples are too few for a segment of " +
                          std::to_string(options.segment.value_or(kShortestSegment)));
     std::uint32_t length = options.segment.value_or(kLongestSegment);
     if (options.segment) {
@@ -147,7 +148,7 @@ std::string tableOf(const std::vector<double>& frequencies, const std::vector<Cu
         text += ',' + csvField(curve.label + (curve.unit.empty() ? "" : " [" + curve.unit + "]"));
     text += '\n';
     for (std::size_t k = 0; k < frequencies.size(); ++k) {
-        text += numberText(frequencies[k]);
+        text += computedText(frequencies[k]);
         for (const Curve& curve : curves)
             text += ',' + numberText(curve.levels[k]);
         text += '\n';
@@ -229,7 +230,7 @@ void runSpectrum(const SpectrumOptions& options)
                               .complex = info.complex,
                               .rate = sampling.rate,
                               .centerFrequency = info.centerFrequency.value_or(0),
-                              .segment = chooseSegment(options, sampling.steps),
+                              .segment = chooseSegment(options, info.path, sampling.steps),
                               .overlapPercent = options.overlapPercent,
                               .window = options.window};
     for (const ChosenChannel& chosen : channels)
@@ -248,8 +249,8 @@ void runSpectrum(const SpectrumOptions& options)
     const std::vector<std::size_t> live = check(estimate, channels, recording, options.stretch);
 
     if (!sampling.uneven.empty())
-        std::fprintf(stderr, "tracery-scope: %s: the time steps, %s, are taken as even\n", options.file.c_str(),
-                     sampling.uneven.c_str());
+        std::fprintf(stderr, "tracery-scope: %s: the time steps, %s, are taken as even\n",
+                     nameStandardInput(info.path).c_str(), sampling.uneven.c_str());
 
     const OneSided oneSided{!info.complex, !info.complex && settings.segment % 2 == 0};
     const std::vector<Curve> curves = makeCurves(estimate, channels, live, options, oneSided, info.complex);
