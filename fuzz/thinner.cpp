@@ -54,29 +54,37 @@ void thinStream(Bytes& bytes)
     Doubles out(9, 77.0), expected = out;
     double last = -naive::kInf, now = 0;
     while (!bytes.isEmpty()) {
+        if (bytes.below(64) == 0) {
+            thinner.reset();
+            model.assign(model.size(), naive::ThinnedChannel());
+        }
         double time = nextTime(bytes, now);
         const double d = time - last;
         const bool opens = last == -naive::kInf || d * ratio >= 0.5 || d == 0.0;
         bool needUpdate = !opens;
         for (std::size_t c = 0; c < model.size(); ++c) {
             const bool enabled = bytes.below(16) != 0;
-            Doubles real{bytes.number()}, imag{bytes.number()};
+            Doubles real{99, bytes.number()}, imag{99, bytes.number()};
             const bool expectedHad = !opens || model[c].hasData;
             if (opens) {
                 if (model[c].hasData)
                     model[c].emit(expected, complex, enabled);
-                model[c].open(expected, time, real[0], imag[0], complex);
+                model[c].open(expected, time, real[1], imag[1], complex);
                 last = time;
             } else if (enabled) {
-                model[c].fold(time, real[0], imag[0], complex);
+                model[c].fold(time, real[1], imag[1], complex);
             }
             bool had = true;
             const int position = static_cast<int>(c);
-            thinner.thinData(position, time, real, imag, out, 0, complex, enabled, 0, had, position, needUpdate);
+            thinner.thinData(position, time, real, imag, out, 0, complex, enabled, 1, had, position, needUpdate);
             EXPECT_EQ(needUpdate, opens);
             EXPECT_EQ(had, expectedHad);
             EXPECT_TRUE(sameBits(out, expected));
             EXPECT_TRUE(sameBits(naive::accumulators(thinner, c), model[c].accumulators()));
+            if (opens) {
+                EXPECT_TRUE(sameBits({thinner.getLastUpdateTime(), thinner.getLastSampleDataAdded()},
+                                     {time, complex ? imag[1] : real[1]}));
+            }
         }
     }
 }

@@ -34,20 +34,6 @@ TEST(SpectrumBufferTest, TheOverlapIsThePercentageRoundedAndLeavesASample)
         EXPECT_EQ(TestBuffer(c.length, c.percent).getNumOverlapSamples(), c.overlap) << c.percent << "% " << c.length;
 }
 
-TEST(SpectrumBufferTest, ARecutKeepsWhatWasNotShownAndLeadsWithSamples)
-{
-    TestBuffer buffer(8, 50);
-    buffer.add(ramp(3));
-    buffer.add(ramp(3, 4)); // fills segment 0 with 1 to 4, and opens segment 1 with 5 and 6
-    buffer.setSegmentLength(3);
-    EXPECT_EQ(buffer.getNumProcessedSamples(), 6U);
-    EXPECT_EQ(realOf(buffer.segments().get()), (Samples{4, 5, 6}));
-    buffer.clear();
-    buffer.setSegmentLength(4); // nothing to cut anew: what is left of the old cut is filled up
-    buffer.add(ramp(2, 7));
-    EXPECT_EQ(realOf(buffer.segments().get()), (Samples{5, 6, 7, 8}));
-}
-
 TEST(SpectrumBufferTest, SegmentsWaitForTheTimerUnlessToldOtherwise)
 {
     TestBuffer buffer(4, 0);

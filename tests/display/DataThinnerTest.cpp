@@ -148,56 +148,6 @@ TEST(DataThinnerTest, BatchTakesNoMorePointsThanThereAre)
 
 // ---- Streaming
 
-TEST(DataThinnerTest, StreamingAgreesWithTheRuleOnHostileChannels)
-{
-    for (unsigned seed = 0; seed < 1000; ++seed) {
-        Hostile hostile(seed);
-        const bool complex = hostile.below(2) == 0, sometimesDisabled = hostile.below(4) == 0;
-        std::vector<ThinnedChannel> model(1 + hostile.below(4));
-        DataThinner thinner;
-        for (std::size_t c = 0; c < model.size(); ++c)
-            thinner.initDataThinningMinMax();
-        const double ratio = hostile.ratio();
-        thinner.setPixelTimeRatio(ratio);
-        Doubles out(9, 77.0), expected = out;
-        double last = -kInf;
-        for (int step = 0; step < 150; ++step) {
-            if (hostile.below(100) == 0) {
-                thinner.reset();
-                model.assign(model.size(), ThinnedChannel());
-            }
-            double time = hostile.time();
-            const double d = time - last;
-            const bool opens = last == -kInf || d * ratio >= 0.5 || d == 0.0;
-            bool needUpdate = !opens;
-            for (std::size_t c = 0; c < model.size(); ++c) {
-                const bool enabled = !sometimesDisabled || hostile.below(5) != 0;
-                Doubles real{99, hostile.value()}, imag{99, hostile.value()};
-                const bool expectedHad = !opens || model[c].hasData;
-                if (opens) {
-                    if (model[c].hasData)
-                        model[c].emit(expected, complex, enabled);
-                    model[c].open(expected, time, real[1], imag[1], complex);
-                    last = time;
-                } else if (enabled) {
-                    model[c].fold(time, real[1], imag[1], complex);
-                }
-                bool had = true;
-                const int position = static_cast<int>(c);
-                thinner.thinData(position, time, real, imag, out, 0, complex, enabled, 1, had, position, needUpdate);
-                ASSERT_EQ(needUpdate, opens) << "seed " << seed << ", step " << step;
-                ASSERT_EQ(had, expectedHad) << "seed " << seed << ", step " << step;
-                ASSERT_TRUE(sameBits(out, expected)) << "seed " << seed << ", step " << step;
-                ASSERT_TRUE(sameBits(accumulators(thinner, c), model[c].accumulators()));
-                if (opens) {
-                    ASSERT_TRUE(sameBits({thinner.getLastUpdateTime(), thinner.getLastSampleDataAdded()},
-                                         {time, complex ? imag[1] : real[1]}));
-                }
-            }
-        }
-    }
-}
-
 /// One complex channel at one column a second, fed sample by sample.
 struct Stream {
     Stream()

@@ -2,6 +2,7 @@
 // environment variable TRACERY_SETTING_CHANGES says how many of them.
 
 #include "scheduling/RandomValues.h"
+#include "support/FakeTimer.h"
 #include "support/LineDisplay.h"
 
 #include <tracery/DrawScheduler.h>
@@ -38,21 +39,6 @@ double signal(std::int64_t k, std::size_t channel)
 
 bool same(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
-/// Up when the test says so.
-class HandTimer : public Timer {
-public:
-    explicit HandTimer(const bool& up) : up_(up) {}
-    void setTimeout(double seconds) override { timeout_ = seconds > 0 ? seconds : timeout_; }
-    double getTimeout() const override { return timeout_; }
-    void start() override {}
-    void stop() override {}
-    bool isTimeUp() override { return up_; }
-
-private:
-    const bool& up_;
-    double timeout_ = 0;
-};
-
 class RunningDisplay : RandomValues {
 public:
     RunningDisplay()
@@ -75,7 +61,7 @@ public:
             refuse([&] { setting.change(); });
             for (std::size_t blocks = below(3); blocks > 0; --blocks)
                 write(1 + below(20));
-            timerUp_ = below(4) != 0;
+            timer_->up = below(4) != 0;
             refuse([&] {
                 scheduler_.DataAddedToLine(true);
                 scheduler_.TaskComplete(below(8) == 0);
@@ -365,8 +351,8 @@ private:
     TimeBuffer buffer_;
     TimeDomainTriggerController trigger_;
     LineDisplay display_{host_, 3};
-    bool timerUp_ = true;
-    DrawScheduler scheduler_{std::make_unique<HandTimer>(timerUp_)};
+    FakeTimer* timer_ = new FakeTimer;
+    DrawScheduler scheduler_{std::unique_ptr<Timer>(timer_)};
     std::size_t task_ = 0;
     std::vector<Setting> settings_;
     std::string broken_;

@@ -82,24 +82,19 @@ Block after(const Block& all, std::size_t step, const RecordingInfo& info)
     return {tail(all.times, step), tail(all.real, values), tail(all.imag, info.complex ? values : 0)};
 }
 
-TEST_F(InputTest, BlocksOfAnySizeGiveTheSameSteps)
+TEST_F(InputTest, BlocksOfAnySizeSeekingAndTheRangeAgreeWithAllSteps)
 {
     for (const auto& recording : everyKind()) {
+        SCOPED_TRACE(recording->info().path);
         const Block all = rest(*recording);
         EXPECT_EQ(all.real.size(), all.steps() * recording->info().channels.size());
         EXPECT_EQ(all.imag.size(), recording->info().complex ? all.real.size() : 0);
         EXPECT_EQ(all.steps(), recording->info().steps.value_or(all.steps()));
         for (const std::size_t blockSteps : {1U, 7U, 1000U}) {
             recording->seek(-kInfinity);
-            EXPECT_TRUE(same(rest(*recording, blockSteps), all)) << recording->info().path << " by " << blockSteps;
+            EXPECT_TRUE(same(rest(*recording, blockSteps), all)) << blockSteps;
         }
-    }
-}
-
-TEST_F(InputTest, SeekGoesToTheLastStepBeforeATime)
-{
-    for (const auto& recording : everyKind()) {
-        const Block all = rest(*recording);
+        // To the last step before a time.
         std::vector<double> times{-kInfinity, -1, kInfinity};
         for (std::size_t i = 0; i < all.steps(); i += 1 + all.steps() / 50)
             times.insert(times.end(), {all.times[i], std::nextafter(all.times[i], kInfinity)});
@@ -107,24 +102,17 @@ TEST_F(InputTest, SeekGoesToTheLastStepBeforeATime)
         for (const double time : times) {
             const auto notBefore = std::ranges::lower_bound(all.times, time) - all.times.begin();
             recording->seek(time);
-            const Block expected =
-                after(all, static_cast<std::size_t>(std::max<std::ptrdiff_t>(notBefore - 1, 0)), recording->info());
-            EXPECT_TRUE(same(rest(*recording), expected)) << recording->info().path << " at " << time;
+            const auto step = static_cast<std::size_t>(std::max<std::ptrdiff_t>(notBefore - 1, 0));
+            EXPECT_TRUE(same(rest(*recording), after(all, step, recording->info()))) << time;
         }
-    }
-}
-
-TEST_F(InputTest, RangeTellsFirstAndLastTimeAndLeavesThePlaceAlone)
-{
-    for (const auto& recording : everyKind()) {
-        const Block all = rest(*recording);
+        // The range leaves the place alone.
         recording->seek(-kInfinity);
         Block block;
         recording->read(block, 3);
         const TimeRange range = recording->range();
         EXPECT_EQ(range.first, all.times.front());
         EXPECT_EQ(range.last, all.times.back());
-        EXPECT_TRUE(same(rest(*recording), after(all, 3, recording->info()))) << recording->info().path;
+        EXPECT_TRUE(same(rest(*recording), after(all, 3, recording->info())));
     }
 }
 

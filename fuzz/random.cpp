@@ -1,0 +1,19 @@
+// A target on random inputs, for the tests: no fuzzer is needed. usage: PROGRAM INPUTS
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <random>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+int main(int, char** arguments)
+{
+    std::mt19937 random(7);
+    for (int inputs = std::atoi(arguments[1]); inputs > 0; --inputs) {
+        std::vector<std::uint8_t> input(random() % 2000);
+        std::generate(input.begin(), input.end(), [&] { return static_cast<std::uint8_t>(random()); });
+        LLVMFuzzerTestOneInput(input.data(), input.size());
+    }
+}
