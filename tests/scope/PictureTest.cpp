@@ -1,3 +1,5 @@
+#include "scope/Picture.h"
+
 #include "picture/Figure.h"
 #include "picture/Sizes.h"
 #include "picture/Styles.h"
@@ -5,7 +7,6 @@
 #include "picture/drawTrace.h"
 #include "picture/ticks.h"
 
-#include <cairo.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,7 +18,6 @@
 #include <iterator>
 #include <limits>
 #include <map>
-#include <memory>
 #include <random>
 #include <regex>
 #include <set>
@@ -75,41 +75,6 @@ Figure figureOf(std::vector<Point> points)
     figure.height = 300;
     return figure;
 }
-
-/// The pixels of a picture that was written.
-class Picture {
-public:
-    Picture(const Figure& figure, const std::string& path)
-    {
-        writeFigure(figure, path);
-        surface_.reset(cairo_image_surface_create_from_png(path.c_str()));
-    }
-    int width() const { return cairo_image_surface_get_width(surface_.get()); }
-    int height() const { return cairo_image_surface_get_height(surface_.get()); }
-    unsigned at(int x, int y) const
-    {
-        const unsigned char* row =
-            cairo_image_surface_get_data(surface_.get()) + y * cairo_image_surface_get_stride(surface_.get());
-        return reinterpret_cast<const unsigned*>(row)[x] & 0xFFFFFFU;
-    }
-    /// Columns in which a pixel under the legend has a colour, rather than a grey.
-    std::set<int> colouredColumns(int top) const
-    {
-        std::set<int> columns;
-        for (int x = 0; x < width(); ++x)
-            for (int y = top; y < height(); ++y) {
-                const unsigned pixel = at(x, y);
-                const unsigned red = pixel >> 16U;
-                const unsigned green = pixel >> 8U & 0xFFU;
-                if (red != green || green != (pixel & 0xFFU))
-                    columns.insert(x);
-            }
-        return columns;
-    }
-
-private:
-    std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface_{nullptr, cairo_surface_destroy};
-};
 
 constexpr int kUnderLegend = 30; // pixels from the top of a figure that has no title
 
