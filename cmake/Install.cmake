@@ -50,7 +50,7 @@ endif()
 
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
 
-# A Debian package of everything: cpack -G DEB in the folder of a build.
+# A Debian package of everything: cpack -G DEB in the folder of a build. It takes dpkg-dev to tell what it depends on.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tracery)
 set(CPACK_PACKAGE_VENDOR tracery)
