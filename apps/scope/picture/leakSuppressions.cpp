@@ -5,3 +5,7 @@ extern "C" const char* __lsan_default_suppressions()  // NOLINT(bugprone-reserve
 {
     return "leak:libfontconfig\n";
 }
+
+/// Nor are they told of: standard error is the program's.
+extern "C" const char* __lsan_default_options();
+extern "C" const char* __lsan_default_options() { return "print_suppressions=0"; }
