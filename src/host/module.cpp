@@ -154,7 +154,13 @@ void SetScopeRefreshRateImpl(int, HostArray**, int numInputs, const HostArray** 
         const HostArray* rate = numInputs == 1 && inputs != nullptr ? inputs[0] : nullptr;
         const bool usable = rate != nullptr && isDouble(rate) && !isEmpty(rate) && getRealData(rate) != nullptr;
         double seconds = usable ? *getRealData(rate) : DrawScheduler::kDefaultInterval;
+        double before = DrawScheduler::getTimeInterval();
         DrawScheduler::setTimeInterval(seconds);
-        DrawScheduler::getInstance()->Init();
+        try {
+            DrawScheduler::getInstance()->Init();
+        } catch (...) {
+            DrawScheduler::setTimeInterval(before);
+            throw;
+        }
     });
 }

@@ -138,6 +138,10 @@ TEST(ModuleTest, WhatAHostFailsAtArrivesAsItIsAndIsTriedAgain)
         for (int first = 0, second = 0; first <= longest; second = second < longest ? second + 1 : (++first, 0)) {
             FailingHost host(keeps);
             const HostScope attached(host);
+            double interval = 0.1;
+            DrawScheduler::setTimeInterval(interval);
+            EXPECT_FALSE(host.succeeds([] { SetScopeRefreshRateImpl(0, nullptr, 0, nullptr); }, 0));
+            EXPECT_EQ(DrawScheduler::getTimeInterval(), 0.1) << "as before";
             for (const int calls : {first, second}) {
                 if (!host.succeeds(&VTInitialize_tracery, calls))
                     longest = std::max(longest, calls + 1);
