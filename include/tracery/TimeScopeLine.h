@@ -13,12 +13,16 @@
 
 namespace tracery {
 
+class Host;
+
 /// One line of a time display: the host's line, what the display needs to know of it, and its thinner. Points are drawn
 /// by static methods of the host's line animator, "addXY" (line, points), "getXY" (line) and "reset" (line); its
 /// class is looked up once, at construction. Main thread only.
 class TRACERY_EXPORT TimeScopeLine {
 public:
     TimeScopeLine();
+    /// Releases the line's animator object through the public client of the host that was attached when the line was
+    /// set, if that still is. What the host throws then goes no further.
     virtual ~TimeScopeLine();
     TimeScopeLine(const TimeScopeLine&) = delete;
     TimeScopeLine& operator=(const TimeScopeLine&) = delete;
@@ -95,6 +99,7 @@ private:
     static double read(const Pair& pair, int i);
     static void write(Pair& pair, int i, double value);
 
+    std::weak_ptr<Host> host_;              ///< of the line
     std::shared_ptr<const HostArray> line_; // shared by calls that are under way, as the host may set another meanwhile
     Pair pixelValue_ = kEmptyPair;
     Pair pixelImgValue_ = kEmptyPair;

@@ -37,10 +37,21 @@ struct ALPDeleteAxesPropInfo : ScopePropInfo<"DeleteAxes", "logical scalar", kSt
 
 struct ALPGetNumLinesMethodInfo : Method<"getNumLines", [](Lines& lines) { return static_cast<double>(lines.getNumLines()); }, Output<"numLines">> {};
 struct ALPGetAllLinesMethodInfo : Method<"getAllLines", &Lines::getLines, Output<"lines">> {};
-struct ALPOnNewLinesMethodInfo : AbstractScopeProtectedAbstractMethodInfo<Lines, "onNewLines"> {};
-struct ALPOnNewAxesColorMethodInfo : AbstractScopeProtectedAbstractMethodInfo<Lines, "onNewAxesColor"> {};
-struct ALPOnNewAxesTickColorMethodInfo : AbstractScopeProtectedAbstractMethodInfo<Lines, "onNewAxesTickColor"> {};
-struct ALPUpdateLabelsMethodInfo : AbstractScopeProtectedAbstractMethodInfo<Lines, "updateLabels"> {};
+template <FixedText name, FixedText when = "">
+using Supplied = AbstractScopeProtectedAbstractMethodInfo<Lines, name, when>;
+struct ALPOnNewLinesMethodInfo : Supplied<"onNewLines", "called when Lines is set"> {};
+struct ALPOnNewAxesColorMethodInfo : Supplied<"onNewAxesColor", "called after setAxesColor"> {};
+struct ALPOnNewAxesTickColorMethodInfo : Supplied<"onNewAxesTickColor", "called after setAxesTickColor"> {};
+struct ALPUpdateLabelsMethodInfo : Supplied<"updateLabels"> {};
+struct ALPUpdateChannelNumbersMethodInfo : ReactionMethodInfo<Lines, "updateChannelNumbers", "called after onNewLines"> {};
+struct ALPGetXGridMethodInfo : KeptGetterMethodInfo<Lines, "getXGrid", "called when XGrid is read"> {};
+struct ALPSetXGridMethodInfo : KeptSetterMethodInfo<Lines, "setXGrid", "called when XGrid is set"> {};
+struct ALPGetYGridMethodInfo : KeptGetterMethodInfo<Lines, "getYGrid", "called when YGrid is read"> {};
+struct ALPSetYGridMethodInfo : KeptSetterMethodInfo<Lines, "setYGrid", "called when YGrid is set"> {};
+struct ALPGetAxesColorMethodInfo : KeptGetterMethodInfo<Lines, "getAxesColor", "called when AxesColor is read"> {};
+struct ALPSetAxesColorMethodInfo : KeptSetterMethodInfo<Lines, "setAxesColor", "called when AxesColor is set"> {};
+struct ALPGetAxesTickColorMethodInfo : KeptGetterMethodInfo<Lines, "getAxesTickColor", "called when AxesTickColor is read"> {};
+struct ALPSetAxesTickColorMethodInfo : KeptSetterMethodInfo<Lines, "setAxesTickColor", "called when AxesTickColor is set"> {};
 // clang-format on
 
 struct AbstractLinePlotterCOSCI : ClassInfo<Lines> {
@@ -51,7 +62,10 @@ struct AbstractLinePlotterCOSCI : ClassInfo<Lines> {
         addProperties<ALPLinesPropInfo, ALPXGridPropInfo, ALPYGridPropInfo, ALPAxesColorPropInfo,
                       ALPAxesTickColorPropInfo, ALPAxesPropInfo, ALPDeleteAxesPropInfo>(c);
         addMethods<ALPGetNumLinesMethodInfo, ALPGetAllLinesMethodInfo, ALPOnNewLinesMethodInfo,
-                   ALPOnNewAxesColorMethodInfo, ALPOnNewAxesTickColorMethodInfo, ALPUpdateLabelsMethodInfo>(c);
+                   ALPOnNewAxesColorMethodInfo, ALPOnNewAxesTickColorMethodInfo, ALPUpdateLabelsMethodInfo,
+                   ALPUpdateChannelNumbersMethodInfo, ALPGetXGridMethodInfo, ALPSetXGridMethodInfo,
+                   ALPGetYGridMethodInfo, ALPSetYGridMethodInfo, ALPGetAxesColorMethodInfo, ALPSetAxesColorMethodInfo,
+                   ALPGetAxesTickColorMethodInfo, ALPSetAxesTickColorMethodInfo>(c);
     }
 };
 

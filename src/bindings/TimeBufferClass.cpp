@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <tuple>
 
 namespace tracery::binding {
 
@@ -40,12 +41,29 @@ struct PortArgument {
     }
 };
 
+/// A port argument that is stated as any number.
+struct PortNumber : PortArgument {};
+/// Yes for every number but 0, NaN too.
+struct NonZero {
+    bool value;
+};
+
 } // namespace
 
 template <>
 struct Value<PortArgument> {
     static std::string type() { return "uint32 scalar"; }
     static PortArgument read(const HostArray* array) { return {array}; }
+};
+template <>
+struct Value<PortNumber> {
+    static std::string type() { return "double scalar"; }
+    static PortNumber read(const HostArray* array) { return {{array}}; }
+};
+template <>
+struct Value<NonZero> {
+    static std::string type() { return "logical scalar"; }
+    static NonZero read(const HostArray* array) { return {Value<double>::read(array) != 0}; }
 };
 
 namespace {
@@ -121,48 +139,56 @@ struct TBClearMethodInfo : Method<"Clear", &clear> {};
 struct TBClearUptoLastTimeMethodInfo : Method<"clearUptoLastTime", &clearUptoLastTime> {};
 struct TBGetLastTimeMethodInfo : Method<"GetLastTime", &TimeBuffer::GetLastTime, Output<"time">> {};
 
-/// (object), (object, port), (object, tStart, tEnd, widen) or (object, port, tStart, tEnd, widen).
-class TBGetTimeAndValueMethodInfo : public hostobj::COSMethodInfo {
-public:
-    hostobj::COSNameID getName() const override { return "GetTimeAndValue"; }
-    hostobj::COSMethodSignaturePtr getSignature() const override
+using Steps = std::tuple<HostArrayPtr, HostArrayPtr>;
+
+/// What a read gave; empty arrays where there is nothing.
+template <class Read>
+Steps steps(Read&& read)
+{
+    HostArray* time = nullptr;
+    HostArray* value = nullptr;
+    read(time, value);
+    Steps found{HostArrayPtr(time), HostArrayPtr(value)};
+    for (HostArrayPtr* array : {&std::get<0>(found), &std::get<1>(found)})
+        if (*array == nullptr)
+            array->reset(createDoubleMatrix(0, 0, HostComplexity::real));
+    return found;
+}
+Steps getAll(TimeBuffer& buffer, std::optional<PortNumber> port)
+{
+    const std::uint64_t index = PortArgument::in(buffer, port);
+    return steps([&](HostArray*& time, HostArray*& value) { buffer.GetTimeAndValue(index, time, value); });
+}
+Steps getWindowOf(TimeBuffer& buffer, std::optional<PortArgument> port, double tStart, double tEnd, NonZero widen)
+{
+    const std::uint64_t index = PortArgument::in(buffer, port);
+    return steps([&](HostArray*& time, HostArray*& value) {
+        buffer.GetTimeAndValue(index, time, value, tStart, tEnd, widen.value);
+    });
+}
+Steps getWindowOfPort(TimeBuffer& buffer, PortNumber port, double tStart, double tEnd, NonZero widen)
+{
+    return getWindowOf(buffer, port, tStart, tEnd, widen);
+}
+Steps getWindow(TimeBuffer& buffer, double tStart, double tEnd, NonZero widen)
+{
+    return getWindowOf(buffer, {}, tStart, tEnd, widen);
+}
+
+template <auto operation>
+using GetTimeAndValue = Method<"GetTimeAndValue", operation, Output<"time">, Output<"value">>;
+struct TBGetTimeAndValueMethodInfo
+    : Overloaded<GetTimeAndValue<&getAll>, GetTimeAndValue<&getWindow>, GetTimeAndValue<&getWindowOfPort>> {
+    std::string getDescription() const override
     {
-        const auto& number = dataTypeOf<Value<double>>();
-        const auto& any = dataTypeOf<Value<HostArray*>>();
-        return hostobj::COSMethodSignature::createMethodSignature(dataTypeOf<Value<std::shared_ptr<TimeBuffer>>>(),
-                                                                  {number, number, number, dataTypeOf<Value<bool>>()},
-                                                                  {{"time", any}, {"value", any}}, 4);
+        return "port [1]; tStart, tEnd, widen; or port, tStart, tEnd, widen";
     }
+    /// One result at least, the second when it is wanted.
     hostobj::HostOutputs invoke(hostobj::HostInputs inputs, std::size_t wanted) const override
     {
-        return guarded([&] {
-            const std::shared_ptr<TimeBuffer> buffer = payloadOf<TimeBuffer>(inputs.empty() ? nullptr : inputs[0]);
-            const std::size_t count = inputs.size();
-            requireCounts(count, 1, 5, wanted, 2);
-            if (count == 3)
-                throw Error(errors::InvalidNumberOfArguments, "tStart and tEnd come with widen");
-            Port port;
-            if (count == 2 || count == 5)
-                port = PortArgument{inputs[1]};
-            const std::uint64_t index = PortArgument::in(*buffer, port);
-            HostArray* time = nullptr;
-            HostArray* value = nullptr;
-            if (count < 4) {
-                buffer->GetTimeAndValue(index, time, value);
-            } else {
-                const double tStart = Value<double>::read(inputs[count - 3]);
-                const double tEnd = Value<double>::read(inputs[count - 2]);
-                const bool widen = Value<double>::read(inputs[count - 1]) != 0;
-                buffer->GetTimeAndValue(index, time, value, tStart, tEnd, widen);
-            }
-            HostArrayPtr owned[] = {HostArrayPtr(time), HostArrayPtr(value)};
-            hostobj::HostOutputs outputs;
-            for (HostArrayPtr& array : owned)
-                outputs.push_back(array != nullptr ? std::move(array)
-                                                   : HostArrayPtr(createDoubleMatrix(0, 0, HostComplexity::real)));
-            outputs.resize(std::max<std::size_t>(1, std::min<std::size_t>(wanted, 2)));
-            return outputs;
-        });
+        hostobj::HostOutputs outputs = Overloaded::invoke(inputs, wanted);
+        outputs.resize(std::clamp<std::size_t>(wanted, 1, outputs.size()));
+        return outputs;
     }
 };
 

@@ -102,15 +102,21 @@ struct ATDPIsComplexPropInfo : Reacting<LogicalPropInfo<"IsComplex", &Plotter::g
 struct ATDPYExtentsPropInfo : VectorPropInfo<"YExtents", &getYExtents, &setYExtents> {};
 struct ATDPTimeStepWidthPropInfo : ScopePropInfo<"TimeStepWidth", "double vector", kComputed, &Plotter::getTimeStepWidth, nullptr> {};
 
-template <FixedText name>
-using Supplied = AbstractScopeProtectedAbstractMethodInfo<Plotter, name>;
-struct ATDPOnNewTimeSpanMethodInfo : Supplied<"onNewTimeSpan"> {};
+template <FixedText name, FixedText when = "">
+using Supplied = AbstractScopeProtectedAbstractMethodInfo<Plotter, name, when>;
+struct ATDPOnNewTimeSpanMethodInfo : Supplied<"onNewTimeSpan", "called when TimeSpan has changed"> {};
 struct ATDPInitializeTimeAxisMethodInfo : Supplied<"initializeTimeAxis"> {};
 struct ATDPGetDefaultChannelNamesMethodInfo : Supplied<"getDefaultChannelNames"> {};
 struct ATDPUpdateXLabelMethodInfo : Supplied<"updateXLabel"> {};
 struct ATDPUpdateShowTimeAxisLabelsMethodInfo : Supplied<"updateShowTimeAxisLabels"> {};
 struct ATDPUpdateTickListenersMethodInfo : Supplied<"updateTickListeners"> {};
 struct ATDPUpdateTimeUnitsMethodInfo : Supplied<"updateTimeUnits"> {};
+struct ATDPStartTimeSetFcnUpdateLinesMethodInfo : ReactionMethodInfo<Plotter, "startTimeSetFcnUpdateLines", "called when StartTime has changed"> {};
+struct ATDPUpdateTimeOffsetReadoutMethodInfo : ReactionMethodInfo<Plotter, "updateTimeOffsetReadout", "called when StartTime or TimeDisplayOffset has changed"> {};
+struct ATDPReactToSampleTimesMethodInfo : ReactionMethodInfo<Plotter, "reactToSampleTimes", "called when SampleTimes has changed"> {};
+struct ATDPOnSetPlotMagPhaseMethodInfo : ReactionMethodInfo<Plotter, "onSetPlotMagPhase", "called when PlotMagPhase has changed"> {};
+struct ATDPResetLinesMethodInfo : ReactionMethodInfo<Plotter, "resetLines", "called when PlotMagPhase or IsComplex has changed"> {};
+struct ATDPUpdateLinePropertiesMethodInfo : ReactionMethodInfo<Plotter, "updateLineProperties", "called when IsComplex has changed"> {};
 // clang-format on
 
 /// A run starts or stops: the controller is told, when there is one.
@@ -142,11 +148,13 @@ struct AbstractTimeDomainPlotterCOSCI : ClassInfo<Plotter, AbstractFramePlotter,
                       ATDPSettingPropertiesPropInfo, ATDPTimeDisplayOffsetPropInfo, ATDPPlotMagPhasePropInfo,
                       ATDPOriginTimePropInfo, ATDPMaxSiblingTimeStepWidthPropInfo, ATDPEnableOverrunModePropInfo,
                       ATDPIsComplexPropInfo, ATDPYExtentsPropInfo, ATDPTimeStepWidthPropInfo>(c);
-        addMethods<ATDPOnNewTimeSpanMethodInfo, ATDPInitializeTimeAxisMethodInfo, ATDPGetDefaultChannelNamesMethodInfo,
-                   ATDPUpdateXLabelMethodInfo, ATDPUpdateShowTimeAxisLabelsMethodInfo,
-                   ATDPUpdateTickListenersMethodInfo, ATDPUpdateTimeUnitsMethodInfo, ATDPStartMethodInfo,
-                   ATDPStopMethodInfo, ATDPResetYExtentsMethodInfo, ATDPSetStartTimeMethodInfo,
-                   ATDPInitAbstractTimeDomainPlotterMethodInfo>(c);
+        addMethods<
+            ATDPOnNewTimeSpanMethodInfo, ATDPInitializeTimeAxisMethodInfo, ATDPGetDefaultChannelNamesMethodInfo,
+            ATDPUpdateXLabelMethodInfo, ATDPUpdateShowTimeAxisLabelsMethodInfo, ATDPUpdateTickListenersMethodInfo,
+            ATDPUpdateTimeUnitsMethodInfo, ATDPStartTimeSetFcnUpdateLinesMethodInfo,
+            ATDPUpdateTimeOffsetReadoutMethodInfo, ATDPReactToSampleTimesMethodInfo, ATDPOnSetPlotMagPhaseMethodInfo,
+            ATDPResetLinesMethodInfo, ATDPUpdateLinePropertiesMethodInfo, ATDPStartMethodInfo, ATDPStopMethodInfo,
+            ATDPResetYExtentsMethodInfo, ATDPSetStartTimeMethodInfo, ATDPInitAbstractTimeDomainPlotterMethodInfo>(c);
     }
 };
 

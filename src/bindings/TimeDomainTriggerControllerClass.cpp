@@ -7,7 +7,6 @@
 #include <tracery/host/Host.h>
 
 #include <algorithm>
-#include <exception>
 
 namespace tracery::binding {
 
@@ -77,18 +76,12 @@ struct TDTCResetMethodInfo : Method<"reset", &Controller::reset> {};
 struct TimeDomainTriggerControllerCOSConstructor : Constructor<[](Controller&) {}> {
     hostobj::HostOutputs invoke(hostobj::HostInputs inputs, std::size_t wanted) const override
     {
-        if (inputs.size() > 1)
-            complain();
-        return Constructor::invoke(inputs.first(std::min<std::size_t>(inputs.size(), 1)), wanted);
-    }
-
-private:
-    static void complain()
-    {
-        try {
-            Host::require().console().print("Error out here - too many inputs");
-        } catch (const std::exception&) { // a console that does not work changes nothing either
-        }
+        return guarded([&] {
+            Host* host = inputs.size() > 1 ? Host::current() : nullptr;
+            if (host != nullptr)
+                host->console().print("Error out here - too many inputs");
+            return Constructor::invoke(inputs.first(std::min<std::size_t>(inputs.size(), 1)), wanted);
+        });
     }
 };
 

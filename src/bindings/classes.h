@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tracery/host/ObjectSystem.h>
+#include <tracery/host/ClassInfo.h>
 
 #include <memory>
 
@@ -20,11 +20,5 @@ ClassInfoPtr timeBufferClass();
 ClassInfoPtr timeDomainTriggerControllerClass();
 ClassInfoPtr timeScopeLineClass();
 ClassInfoPtr wrappingTimeDomainControllerClass();
-
-/// The package "tracery"; null when there is no memory for it.
-std::unique_ptr<const hostobj::COSPackageInfo> traceryPackage();
-/// Adds the classes of "veltrashared.scopes.visual", all or none; one that there is no memory for is left out.
-/// throws  DuplicateClass
-void addBaseClasses(hostobj::ObjectSystem& objects);
 
 } // namespace tracery::binding

@@ -21,7 +21,7 @@ HostArrayPtr callNeeded(const HostObjectRef& object, const char* method, const H
 {
     hostobj::ObjectSystem& objects = Host::require().objects();
     if (!objects.hasMethod(object, method))
-        throw Error(errors::AbstractMethod, method + (": " + std::string(errors::AbstractMethod.text)));
+        throwNoBody(method);
     const HostArray* inputs[] = {argument};
     hostobj::HostOutputs outputs = objects.callMethod(
         object, method, hostobj::HostInputs(inputs, argument != nullptr ? 1 : 0), argument != nullptr ? 0 : 1);

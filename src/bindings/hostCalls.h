@@ -55,6 +55,10 @@ public:
     hostobj::COSNameID getName() const override { return name.text; }
     hostobj::COSDataTypePtr getDataType() const override { return dataTypeOf<Value<HostArray*>>(); }
     std::uint32_t getAttributes() const override { return kComputed; }
+    std::string getDescription() const override
+    {
+        return std::string("kept by the subclass: ") + getter.text + ", " + setter.text;
+    }
     HostArray* getValue(const HostObjectRef& object) const override
     {
         return guarded([&] {

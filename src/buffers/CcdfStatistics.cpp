@@ -78,7 +78,7 @@ void CcdfStatistics::refreshCCDFBuffers(std::uint64_t channels, int numBins)
     if (numBins < 0 || channels > histogram_.max_size() ||
         __builtin_mul_overflow(channels, static_cast<std::uint64_t>(numBins), &entries) ||
         entries > histogram_.max_size())
-        throwTooLong();
+        throw TooLong();
     if (channels != ccdfChannels_) {
         resetCCDF();
         histogram_.resize(entries);
@@ -89,7 +89,7 @@ void CcdfStatistics::refreshCCDFBuffers(std::uint64_t channels, int numBins)
         ccdfChannels_ = channels;
     }
     if (histogram_.size() != entries)
-        throwInvalidSubscript();
+        throw InvalidSubscript();
 }
 
 void CcdfStatistics::resetCCDF()

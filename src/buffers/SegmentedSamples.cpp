@@ -47,7 +47,7 @@ std::uint64_t SegmentedSamples::sizeAfter(std::uint64_t size, std::uint64_t coun
     std::uint64_t whole = 0; // samples of whole segments, then of the open one
     if (__builtin_mul_overflow(count / step, cut.length, &whole) || whole > kMaxSize ||
         (size += whole + cut.overlap + count % step) > kMaxSize)
-        throwTooLong();
+        throw TooLong();
     return size;
 }
 
@@ -56,7 +56,7 @@ void SegmentedSamples::reserve(std::uint64_t size)
     if (size <= capacity_)
         return;
     if (size > kMaxSize)
-        throwTooLong();
+        throw TooLong();
     const std::uint64_t room = std::max(size, std::min(2 * capacity_, kMaxSize));
     std::unique_ptr<double[]> fresh(new double[room]); // not filled
     if (size_ > 0)

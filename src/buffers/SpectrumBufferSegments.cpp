@@ -18,7 +18,7 @@ void SpectrumBuffer::State::Channels::requireSamples(std::uint64_t count) const
     for (const std::vector<SegmentedSamples>* part : {&real, &imag})
         for (const SegmentedSamples& buffer : *part)
             if (buffer.size() < count)
-                throwInvalidSubscript();
+                throw InvalidSubscript();
 }
 
 SpectrumBuffer::State::Frame SpectrumBuffer::State::frameOf(const HostArray* value) const
@@ -27,9 +27,9 @@ SpectrumBuffer::State::Frame SpectrumBuffer::State::frameOf(const HostArray* val
         throw Error(errors::AddValueDataTypeError);
     const Frame frame{getDimensions(value)[0], getRealData(value), getImagData(value)};
     if (frame.rows > std::numeric_limits<std::uint32_t>::max())
-        throwTooLong();
+        throw TooLong();
     if (frame.rows > 0 && getN(value) < numChannels)
-        throwInvalidSubscript();
+        throw InvalidSubscript();
     if (frame.rows > 0 && numChannels > 0 && frame.real == nullptr)
         throw Error(errors::EmptyInput);
     return frame;
@@ -108,7 +108,7 @@ std::vector<double> SpectrumBuffer::State::newestSamples(std::uint64_t rows) con
     const auto first =
         static_cast<std::int64_t>(lastInputIndex + lastInputFrameLength) - static_cast<std::int64_t>(rows);
     if (first < 0)
-        throwInvalidSubscript();
+        throw InvalidSubscript();
     std::vector<double> result;
     result.reserve(rows * (channels.real.size() + channels.imag.size()));
     for (const std::vector<SegmentedSamples>* part : {&channels.real, &channels.imag})
@@ -119,7 +119,7 @@ std::vector<double> SpectrumBuffer::State::newestSamples(std::uint64_t rows) con
                     from += lastInputCut.overlap;
                 const std::uint64_t count = std::min(left, lastInputCut.length - from % lastInputCut.length);
                 if (from + count > buffer.size())
-                    throwInvalidSubscript();
+                    throw InvalidSubscript();
                 const double* samples = buffer.samples().data() + from;
                 result.insert(result.end(), samples, samples + count);
                 from += count;
@@ -167,7 +167,7 @@ void SpectrumBuffer::addtoBuffer(const double* samples, std::uint32_t count, boo
 {
     std::vector<SegmentedSamples>& part = imaginary ? state_->channels.imag : state_->channels.real;
     if (channel >= part.size())
-        throwInvalidSubscript();
+        throw InvalidSubscript();
     if (samples == nullptr && count > 0)
         throw Error(errors::EmptyInput);
     SegmentedSamples& buffer = part[channel];
@@ -179,7 +179,7 @@ void SpectrumBuffer::addtoBuffer(const std::complex<double>* samples, std::uint3
 {
     State::Channels& channels = state_->channels;
     if (channel >= channels.imag.size())
-        throwInvalidSubscript();
+        throw InvalidSubscript();
     if (samples == nullptr && count > 0)
         throw Error(errors::EmptyInput);
     std::vector<double> real(count), imag(count);

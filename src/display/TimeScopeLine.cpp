@@ -38,7 +38,17 @@ TimeScopeLine::TimeScopeLine()
             animatorClassName_ = animator->getName();
 }
 
-TimeScopeLine::~TimeScopeLine() = default;
+TimeScopeLine::~TimeScopeLine()
+{
+    Host* host = host_.lock().get();
+    const HostObjectRef animated = getSLA();
+    if (animated == nullptr || host == nullptr || !host->isAttached())
+        return;
+    try {
+        host->objects().publicClient().release(animated);
+    } catch (...) { // a destructor cannot pass it on
+    }
+}
 
 void TimeScopeLine::setLine(const HostArray* line)
 {
@@ -46,6 +56,8 @@ void TimeScopeLine::setLine(const HostArray* line)
         return;
     HostArrayPtr copy(duplicateArray(line)); // before the old one goes: it may be the same
     setArrayScope(copy.get(), HostArrayScope::persistent);
+    Host* host = Host::current();
+    host_ = host != nullptr ? host->watch() : std::weak_ptr<Host>();
     line_ = std::shared_ptr<const HostArray>(copy.release(),
                                              [](const HostArray* a) { destroyArray(const_cast<HostArray*>(a)); });
 }

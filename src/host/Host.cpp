@@ -68,6 +68,16 @@ void Host::unlink() noexcept
         }
 }
 
+bool Host::isAttached() const noexcept
+{
+    if (attachments_ > 0)
+        return true;
+    for (const HostScope* scope = innermostScope; scope != nullptr; scope = scope->outer_)
+        if (scope->host_ == this)
+            return true;
+    return false;
+}
+
 Host* Host::current() noexcept
 {
     for (const HostScope* scope = innermostScope; scope != nullptr; scope = scope->outer_)

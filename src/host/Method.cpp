@@ -1,6 +1,7 @@
 #include "host/Method.h"
 
 #include <algorithm>
+#include <typeinfo>
 
 namespace tracery::binding {
 
@@ -9,13 +10,25 @@ const Error noMemory(errors::OutOfMemory);
 } // namespace
 
 const Error& outOfMemory() noexcept { return noMemory; }
-
-void requireCounts(std::size_t inputs, std::size_t fewest, std::size_t most, std::size_t wanted, std::size_t outputs)
+bool isPlain(const std::bad_alloc& error) noexcept
 {
-    if (inputs < fewest || inputs > most)
-        throw Error(errors::InvalidNumberOfArguments,
-                    std::to_string(inputs) + " arguments (the object included), needed: " + std::to_string(fewest) +
-                        (most > fewest ? " to " + std::to_string(most) : ""));
+    return typeid(error) == typeid(std::bad_alloc) || typeid(error) == typeid(std::bad_array_new_length);
+}
+
+void requireInputs(std::size_t inputs, std::span<const ArgumentCounts> taken)
+{
+    if (std::ranges::any_of(taken, [&](const ArgumentCounts& counts) { return counts.include(inputs); }))
+        return;
+    std::string needed;
+    for (const ArgumentCounts& counts : taken)
+        needed += (needed.empty() ? "" : ", or ") + std::to_string(counts.fewest) +
+                  (counts.most > counts.fewest ? " to " + std::to_string(counts.most) : "");
+    throw Error(errors::InvalidNumberOfArguments,
+                std::to_string(inputs) + " arguments (the object included), needed: " + needed);
+}
+
+void requireOutputs(std::size_t wanted, std::size_t outputs)
+{
     // A host that does not know that a method gives nothing may ask for one result.
     if (wanted > std::max(outputs, std::size_t{1}))
         throw Error(errors::InvalidNumberOfArguments,

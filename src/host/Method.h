@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <span>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -49,8 +50,17 @@ struct Results<std::tuple<R...>> {
     }
 };
 
-/// Refuses a number of arguments (the object included) or results. throws  InvalidNumberOfArguments
-void requireCounts(std::size_t inputs, std::size_t fewest, std::size_t most, std::size_t wanted, std::size_t outputs);
+/// How many arguments a signature takes, the object included.
+struct ArgumentCounts {
+    std::size_t fewest;
+    std::size_t most;
+    bool include(std::size_t count) const noexcept { return fewest <= count && count <= most; }
+};
+
+/// Refuses a number of arguments that none of the signatures takes. throws  InvalidNumberOfArguments
+void requireInputs(std::size_t inputs, std::span<const ArgumentCounts> taken);
+/// Refuses a number of results. throws  InvalidNumberOfArguments
+void requireOutputs(std::size_t wanted, std::size_t outputs);
 
 /// A method under `methodName` that calls an operation: a member of the payload, or a function or lambda that takes the
 /// payload first. Types, counts and conversions follow from the operation; arguments that are std::optional may be left
@@ -63,16 +73,18 @@ protected:
     using Result = typename Accessor<decltype(operation)>::Result;
     static constexpr std::size_t kArguments = std::tuple_size_v<Arguments>;
     static constexpr std::size_t kOptional = []<class... A>(std::type_identity<std::tuple<A...>>) {
-        return (std::size_t{0} + ... + (isOptional<A> ? 1 : 0));
+        return (std::size_t{0} + ... + (mayBeLeftOut<A> ? 1 : 0));
     }(std::type_identity<Arguments>());
     static_assert(Results<Result>::count == sizeof...(OutputNames), "each result has a name");
     static_assert(
         []<std::size_t... i>(std::index_sequence<i...>) {
-            return ((isOptional<std::tuple_element_t<i, Arguments>> == (i >= kArguments - kOptional)) && ...);
+            return ((mayBeLeftOut<std::tuple_element_t<i, Arguments>> == (i >= kArguments - kOptional)) && ...);
         }(std::make_index_sequence<kArguments>()),
         "only last arguments can be left out");
 
 public:
+    static constexpr ArgumentCounts kCounts{1 + kArguments - kOptional, 1 + kArguments};
+
     hostobj::COSNameID getName() const override { return methodName.text; }
     hostobj::COSMethodSignaturePtr getSignature() const override
     {
@@ -83,7 +95,8 @@ public:
     {
         return guarded([&] {
             const std::shared_ptr<Class> payload = payloadOf<Class>(inputs.empty() ? nullptr : inputs[0]);
-            requireCounts(inputs.size(), 1 + kArguments - kOptional, 1 + kArguments, wanted, sizeof...(OutputNames));
+            requireInputs(inputs.size(), {&kCounts, 1});
+            requireOutputs(wanted, sizeof...(OutputNames));
             return call(*payload, inputs, std::make_index_sequence<kArguments>());
         });
     }
@@ -107,7 +120,7 @@ private:
     static auto argument(hostobj::HostInputs inputs)
     {
         using T = std::tuple_element_t<i, Arguments>;
-        if constexpr (isOptional<T>)
+        if constexpr (mayBeLeftOut<T>)
             return i + 1 < inputs.size() ? T(Value<T>::read(inputs[i + 1])) : T();
         else
             return Value<T>::read(inputs[i + 1]);
@@ -125,6 +138,36 @@ private:
         else
             Results<Result>::append(std::invoke(operation, payload, std::move(std::get<i>(arguments))...), outputs);
         return outputs;
+    }
+};
+
+/// Methods of one name, each with a signature and a body of its own. The number of arguments says which is meant.
+template <class First, class... Others>
+class Overloaded : public hostobj::COSMethodInfo {
+    static constexpr ArgumentCounts kCounts[] = {First::kCounts, Others::kCounts...};
+
+public:
+    hostobj::COSNameID getName() const override { return First().getName(); }
+    hostobj::COSMethodSignaturePtr getSignature() const override { return First().getSignature(); }
+    std::vector<hostobj::COSMethodSignaturePtr> getSignatures() const override
+    {
+        return {First().getSignature(), Others().getSignature()...};
+    }
+    hostobj::HostOutputs invoke(hostobj::HostInputs inputs, std::size_t wanted) const override
+    {
+        return guarded([&] {
+            if (!inputs.empty()) // without an object that is what is wrong
+                requireInputs(inputs.size(), kCounts);
+            hostobj::HostOutputs outputs;
+            const auto isMeant = [&]<class M>(std::type_identity<M>) {
+                if (M::kCounts.include(inputs.size()))
+                    return outputs = M().invoke(inputs, wanted), true;
+                return false;
+            };
+            if (!(isMeant(std::type_identity<First>()) || ... || isMeant(std::type_identity<Others>())))
+                First().invoke(inputs, wanted); // which refuses them
+            return outputs;
+        });
     }
 };
 

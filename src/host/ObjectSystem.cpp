@@ -9,7 +9,9 @@ ObjectSystem::~ObjectSystem() = default;
 COSClass::~COSClass() = default;
 ClassDefinition::~ClassDefinition() = default;
 COSClient::~COSClient() = default;
+void COSClient::release(const COSInterfacePtr&) {}
 COSPackage::~COSPackage() = default;
+void COSPackage::removeClass(const COSNameID&) {}
 COSPackageInfo::~COSPackageInfo() = default;
 
 COSPropInfo::~COSPropInfo() = default;
@@ -21,8 +23,15 @@ std::string COSPropInfo::getDescription() const { return {}; }
 void COSPropInfo::destroyValue(HostArray* value) const noexcept { destroyArray(value); }
 
 COSMethodInfo::~COSMethodInfo() = default;
+std::vector<COSMethodSignaturePtr> COSMethodInfo::getSignatures() const
+{
+    COSMethodSignaturePtr only = getSignature();
+    return only != nullptr ? std::vector{std::move(only)} : std::vector<COSMethodSignaturePtr>();
+}
 Access COSMethodInfo::getAccess() const { return Access::public_; }
 bool COSMethodInfo::isAbstract() const { return false; }
+bool COSMethodInfo::isOptional() const { return false; }
+std::string COSMethodInfo::getDescription() const { return {}; }
 
 COSClassInfo::~COSClassInfo() = default;
 void COSClassInfo::destroyInstance(std::unique_ptr<InstancePayload> payload) const noexcept { payload.reset(); }

@@ -119,8 +119,8 @@ struct Value<std::optional<T>> : Value<T> {};
 int readEnumeration(const hostobj::COSDataType& type, const HostArray* array);
 
 template <class T>
-inline constexpr bool isOptional = false;
+inline constexpr bool mayBeLeftOut = false;
 template <class T>
-inline constexpr bool isOptional<std::optional<T>> = true;
+inline constexpr bool mayBeLeftOut<std::optional<T>> = true;
 
 } // namespace tracery::binding

@@ -1,9 +1,9 @@
-#include "bindings/classes.h"
 #include "host/guarded.h"
 
 #include <tracery/DrawScheduler.h>
 #include <tracery/host/Host.h>
 #include <tracery/host/Module.h>
+#include <tracery/host/Publish.h>
 
 #include <algorithm>
 #include <list>
@@ -22,8 +22,8 @@ void setUsesSLA(int value, void*) { usesSLA = value != 0; }
 /// What has been done for one host.
 struct Registration {
     std::weak_ptr<Host> host;
-    bool package = false;
-    bool baseClasses = false;
+    bool initializing = false;
+    bool classes = false;
     bool features = false;
     bool terminated = false;
 };
@@ -75,18 +75,16 @@ void registerFeatures()
 void initialize(Host& host)
 {
     Registration& done = registrationOf(host);
-    once(done.package, [&] { hostobj::COSPackage::addPackage(binding::traceryPackage()); });
-    try {
-        once(done.baseClasses, [&] { binding::addBaseClasses(host.objects()); });
-    } catch (...) {
-        if (std::exchange(done.package, false)) // all classes or none
-            giveUpPackage();
-        throw;
-    }
-    once(done.features, [&] {
-        registerFeatures();
-        DrawScheduler::getInstance()->Init();
+    if (done.initializing)
+        return;
+    once(done.initializing, [&] {
+        once(done.classes, [&] { publishClasses(host.objects()); });
+        once(done.features, [&] {
+            registerFeatures();
+            DrawScheduler::getInstance()->Init();
+        });
     });
+    done.initializing = false;
 }
 
 /// The draw scheduler goes on with the host that came last of those that use the module; without one it is shut down.
@@ -110,10 +108,12 @@ void terminate(Host* host)
     if (host == nullptr)
         return releaseScheduler(nullptr);
     Registration& done = registrationOf(*host);
-    if (!done.package || std::exchange(done.terminated, true))
+    if (!done.classes)
         return;
-    releaseScheduler(host);
-    giveUpPackage();
+    once(done.terminated, [&] {
+        releaseScheduler(host);
+        giveUpPackage();
+    });
 }
 
 void attach(Host* host) { Host::attach(*host); }
@@ -154,7 +154,13 @@ void SetScopeRefreshRateImpl(int, HostArray**, int numInputs, const HostArray** 
         const HostArray* rate = numInputs == 1 && inputs != nullptr ? inputs[0] : nullptr;
         const bool usable = rate != nullptr && isDouble(rate) && !isEmpty(rate) && getRealData(rate) != nullptr;
         double seconds = usable ? *getRealData(rate) : DrawScheduler::kDefaultInterval;
+        double before = DrawScheduler::getTimeInterval();
         DrawScheduler::setTimeInterval(seconds);
-        DrawScheduler::getInstance()->Init();
+        try {
+            DrawScheduler::getInstance()->Init();
+        } catch (...) {
+            DrawScheduler::setTimeInterval(before);
+            throw;
+        }
     });
 }

@@ -22,14 +22,23 @@ ScopesVisualInit::ScopesVisualInit()
     if (host == nullptr)
         return;
     if (sSession == nullptr || sSession->isFinished() || sessionHost.lock().get() != host) {
-        sSession = host->tasks().createOrderedSession();
+        const auto session = host->tasks().createOrderedSession();
+        session->setName("ScopesVisualInitializer");
+        sSession = session;
         sessionHost = host->watch();
-        sSession->setName("ScopesVisualInitializer");
     }
-    for (const TaskPtr& task : classTasks_)
-        sSession->addTask(task);
-    sSession->addTask(graphicsPhase2_);
-    sSession->addTask(veltra_);
+    try {
+        for (const TaskPtr& task : classTasks_)
+            sSession->addTask(task);
+        sSession->addTask(graphicsPhase2_);
+        sSession->addTask(veltra_);
+    } catch (...) { // those that are in do nothing
+        for (const TaskPtr& task : classTasks_)
+            task->setEnabled(false);
+        graphicsPhase2_->setEnabled(false);
+        veltra_->setEnabled(false);
+        throw;
+    }
 }
 
 bool ScopesVisualInit::done() const { return sSession == nullptr || sessionHost.expired() || sSession->isFinished(); }

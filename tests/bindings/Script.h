@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -97,27 +98,34 @@ public:
         return array != nullptr ? hostobj::omGetArrayElement(array.get(), 0) : nullptr;
     }
 
-    /// A class of the host's language on top of a published base, with a body for each of its abstract methods that
-    /// only notes the call.
-    std::string subclass(const std::string& base, const std::vector<std::string>& furtherMethods = {})
+    /// Which of the methods that the library may call a subclass has.
+    enum class Supplying { abstractOnes, all };
+    /// A class of the host's language on top of a published base, with bodies that note the call and do what
+    /// `whenCalled` says: for the abstract methods, for the optional ones too, or for these besides.
+    std::string subclass(const std::string& base, const std::vector<std::string>& furtherMethods = {},
+                         Supplying supplying = Supplying::abstractOnes)
     {
         embedded::HostClass display{.name = "demo.Display", .superclass = base};
         std::vector<std::string> names = furtherMethods;
         for (const embedded::ClassListing& listing : host.listClasses())
             for (const embedded::MethodListing& method : listing.methods)
-                if (method.isAbstract)
+                if (method.isAbstract || (method.isOptional && supplying == Supplying::all))
                     names.push_back(method.name);
         for (const std::string& name : names)
             display.methods.push_back({.name = name, .body = [this, name](HostInputs, std::size_t) {
                                            calls.push_back(name);
+                                           if (whenCalled)
+                                               whenCalled();
                                            return HostOutputs();
                                        }});
         host.defineClass(std::move(display));
         return "demo.Display";
     }
+    std::string subclass(const std::string& base, Supplying supplying) { return subclass(base, {}, supplying); }
 
     embedded::EmbeddedHost host;
     std::vector<std::string> calls; ///< of the bodies of subclass()
+    std::function<void()> whenCalled;
 
 private:
     static double numbers(const HostArrayPtr& array)

@@ -50,8 +50,16 @@ protected:
         return y;
     }
 
-    FakeHost host;
-    HostScope scope{host};
+    struct : FakeHost, COSClient {
+        COSClient& publicClient() override { return *this; }
+        void release(const COSInterfacePtr& object) override
+        {
+            released.push_back(object);
+            throw Refused("no"); // which the end of a line does not pass on
+        }
+        std::vector<COSInterfacePtr> released;
+    } host;
+    std::optional<HostScope> scope{host};
     HostObjectRef graphics = std::make_shared<FakeObject<int>>();
     std::vector<std::string> calls;
     HostOutputs drawn;
@@ -83,6 +91,26 @@ TEST_F(TimeScopeLineTest, DrawsWholeOrThinnedOnceThereIsALine)
     line->plotData(matrix(2, 1, {9, 4}).get(), true, 1);
     line->resetLineYExtents(Doubles(4).data(), 0, false, 0, 0);
     EXPECT_EQ(calls, (std::vector<std::string>{"addXY", "addXY", "addXY", "reset", "addXY", "getXY"}));
+}
+
+TEST_F(TimeScopeLineTest, ALineThatEndsReleasesItsObjectAtItsHostIfThatIsAttached)
+{
+    using Objects = std::vector<COSInterfacePtr>;
+    FakeHost other;
+    line.emplace(); // never had a line
+    line->setLine(objectArray({std::make_shared<FakeObject<int>>()}).get());
+    line->setLine(objectArray({graphics, nullptr}).get());
+    EXPECT_EQ(host.released, Objects());
+    {
+        const HostScope inner(other);
+        line.emplace();
+        EXPECT_EQ(std::exchange(host.released, {}), Objects{graphics}) << "also when another host is the current one";
+    }
+    line->setLine(objectArray({graphics}).get());
+    scope.reset();
+    line.reset();
+    EXPECT_EQ(host.released, Objects());
+    EXPECT_EQ(graphics.use_count(), 1);
 }
 
 TEST(TimeScopeLineWithoutHostTest, OnlyDrawingNeedsAHost)

@@ -47,6 +47,18 @@ TEST_F(ObjectsTest, ConstructionMakesTheLibraryObjectAndThenCallsTheConstructor)
     EXPECT_EQ(host->getNumberOfLiveObjects(), 2U);
 }
 
+TEST_F(ObjectsTest, APublishedClassCanBeTakenBack)
+{
+    COSPackage& lab = host->objects().rootPackage().findOrCreatePackage("lab");
+    host->defineClass({.name = "lab.Own"});
+    for (const char* name : {"Gauge", "Own", "Nobody"})
+        lab.removeClass(name);
+    EXPECT_EQ(host->objects().findClass("lab.Gauge"), nullptr);
+    EXPECT_NE(host->objects().findClass("lab.Own"), nullptr) << "the program's";
+    lab.addClass(std::make_unique<GaugeClassInfo>(census, "Gauge"));
+    EXPECT_NE(host->construct("lab.Gauge"), nullptr);
+}
+
 TEST_F(ObjectsTest, ConstructionThatFailsLeavesNothing)
 {
     HostObjectRef kept;

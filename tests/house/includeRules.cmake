@@ -14,8 +14,8 @@ set(recordings "<tracery/recordings/[A-Za-z]+\\.h>")
 set(rows
     "include/tracery/host/.*|${standard}|${boost}|${seam}"
     "include/tracery/.*|${standard}|${boost}|${public}"
-    "src/host/module.cpp|${standard}|${public}|\"(host|bindings)/.*\""
-    "src/host/.*|${standard}|${boost}|${seam}|\"host/.*\""
+    "src/host/module.cpp|${standard}|${public}|\"host/.*\""
+    "src/host/.*|${standard}|${boost}|${seam}|\"(host|support)/.*\""
     "src/bindings/.*|${standard}|${boost}|${public}|\"(bindings|host)/.*\""
     "src/support/.*|${standard}|<[a-z]*intrin\\.h>|${public}|\"support/.*\""
     "src/buffers/.*|${standard}|${boost}|${public}|\"(buffers|support)/.*\""

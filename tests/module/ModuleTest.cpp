@@ -5,9 +5,11 @@
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Publish.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 using namespace tracery;
 using embedded::EmbeddedHost;
@@ -34,6 +36,80 @@ std::string published()
     return listing(host);
 }
 
+/// A host whose every call may fail, in a way of its own. It knows classes by their short names; what it has taken it
+/// takes back, or keeps in spite of all.
+struct FailingHost : test::RecordingHost {
+    struct Failure {};
+    explicit FailingHost(bool keeps) : keepsClasses(keeps) {}
+
+    void step() const
+    {
+        if (callsLeft-- == 0)
+            throw Failure();
+    }
+    COSPackage& rootPackage() override { return step(), *this; }
+    COSPackage& findOrCreatePackage(const hostobj::COSNameID&) override { return step(), *this; }
+    COSPackage* findPackage(const hostobj::COSNameID&) override { return step(), this; }
+    void addPackage(std::unique_ptr<const hostobj::COSPackageInfo> info) override
+    {
+        step();
+        info->addClasses(*this);
+        step();
+    }
+    hostobj::COSClassPtr findClass(const hostobj::COSNameID& name) const override
+    {
+        step();
+        const bool isHere = classes.contains(name.text().substr(name.text().rfind('.') + 1));
+        return isHere ? hostobj::COSClassPtr(hostobj::COSClassPtr(), this) : nullptr;
+    }
+    void addClass(std::unique_ptr<const hostobj::COSClassInfo> info) override
+    {
+        step();
+        if (!classes.insert(info->getName().text()).second)
+            throw Error(errors::DuplicateClass);
+    }
+    void removeClass(const hostobj::COSNameID& name) override
+    {
+        if (!keepsClasses)
+            classes.erase(name.text());
+    }
+    void removeClient(hostobj::COSClient&) override
+    {
+        step();
+        for (const char* name :
+             {"TimeBuffer", "SpectrumBuffer", "TimeDomainTriggerController", "TimeScopeLine", "OneShotTimer"})
+            removeClass(name);
+        ++left;
+    }
+    void registerFeature(const std::string& name, int, FeatureCallback, void*) override
+    {
+        step();
+        known.insert(name);
+    }
+    std::optional<int> getFeature(const std::string&) const override { return step(), std::nullopt; }
+    std::unique_ptr<HookRegistration> addCommitHook(CommitHook hook) override
+    {
+        step();
+        return RecordingHost::addCommitHook(std::move(hook));
+    }
+    /// Whether the call got through.
+    bool succeeds(void (*entry)(), int calls)
+    {
+        callsLeft = calls;
+        try {
+            entry();
+        } catch (const Failure&) {
+            return callsLeft = -1, false;
+        }
+        return callsLeft = -1, true;
+    }
+
+    bool keepsClasses;
+    mutable int callsLeft = -1;
+    std::set<std::string> classes, known;
+    int left = 0;
+};
+
 const bool usesSLAAtFirst = timeScopeBlockUsesSLA();
 
 TEST(ModuleTest, EachStepIsTakenOnceInItsOrder)
@@ -53,6 +129,39 @@ TEST(ModuleTest, EachStepIsTakenOnceInItsOrder)
                               "AbstractTimeDomainPlotter WrappingTimeDomainController ScrollingTimeDomainController "
                               "TimeScopeBlockUsesSLA=1! UseTaskMgrToLaunchScope=0 FlushTaskMgrOnUELoadForTests=0 hook "
                               "tracery? left ");
+}
+
+TEST(ModuleTest, WhatAHostFailsAtArrivesAsItIsAndIsTriedAgain)
+{
+    for (const bool keeps : {false, true}) {
+        int longest = 0;
+        for (int first = 0, second = 0; first <= longest; second = second < longest ? second + 1 : (++first, 0)) {
+            FailingHost host(keeps);
+            const HostScope attached(host);
+            double interval = 0.1;
+            DrawScheduler::setTimeInterval(interval);
+            EXPECT_FALSE(host.succeeds([] { SetScopeRefreshRateImpl(0, nullptr, 0, nullptr); }, 0));
+            EXPECT_EQ(DrawScheduler::getTimeInterval(), 0.1) << "as before";
+            for (const int calls : {first, second}) {
+                if (!host.succeeds(&VTInitialize_tracery, calls))
+                    longest = std::max(longest, calls + 1);
+                if (!keeps && host.known.empty()) {
+                    EXPECT_TRUE(host.classes.empty() || host.classes.size() == 10) << first << ' ' << second;
+                }
+            }
+            for (int i = 0; i < 2; ++i)
+                ASSERT_TRUE(host.succeeds(&VTInitialize_tracery, -1)) << first << ' ' << second;
+            EXPECT_EQ(host.classes.size(), 10U);
+            EXPECT_EQ(host.known.size(), 3U);
+            EXPECT_EQ(DrawScheduler::getInstance()->getCommitHost(), &host);
+            const int before = host.left;
+            host.succeeds(&VTTerminate_tracery, first % 3);
+            for (int i = 0; i < 2; ++i)
+                EXPECT_TRUE(host.succeeds(&VTTerminate_tracery, -1));
+            EXPECT_EQ(host.left, before + 1);
+        }
+        EXPECT_GT(longest, 20);
+    }
 }
 
 TEST(ModuleTest, LoadingPublishesOnceWhatTheLibraryHas)

@@ -51,6 +51,21 @@ struct Fixture : testing::Test {
 };
 using ScopesVisualInitTest = Fixture;
 
+TEST(ScopesVisualInitSessionTest, WhatAHostFailsToQueueLeavesNothingToDo)
+{
+    for (const std::size_t queued : {1U, 2U, 3U, 4U, 5U, 6U}) {
+        test::RecordingHost host;
+        const HostScope attached(host);
+        host.whileQueueing = [&] {
+            if (host.session->tasks.size() == queued)
+                throw 7;
+        };
+        EXPECT_THROW(ScopesVisualInit(), int);
+        for (const auto& task : host.session->tasks)
+            EXPECT_FALSE(task->isEnabled());
+    }
+}
+
 TEST(ScopesVisualInitSessionTest, OneSessionServesAllObjectsUntilItIsFinished)
 {
     const std::string queued = "session ScopesVisualInitializer +ExtMgr +VarnWidgets +ScopeExt +ScopesGfx2Phase1 "

@@ -21,7 +21,11 @@ struct RecordingHost : FakeHost,
         using Task = Performance::CooperativeTaskManager::TaskPtr;
         explicit Session(RecordingHost& own) : host(own) {}
         void setName(const std::string& name) override { host.note("session " + name); }
-        void insertTask(Task task) override { host.note('+' + tasks.emplace_back(task)->getName()); }
+        void insertTask(Task task) override
+        {
+            host.note('+' + tasks.emplace_back(task)->getName());
+            host.whileQueueing();
+        }
         void removeTask(const Task& task) override { host.note('-' + task->getName()); }
         bool isFinished() const override { return finished; }
         std::int64_t getMicrosecondsRemaining() const override { return 0; }
@@ -74,7 +78,7 @@ struct RecordingHost : FakeHost,
     void note(const std::string& what) { log += what + ' '; }
     std::string takeLog() { return std::exchange(log, ""); }
     std::string log;
-    std::function<void()> whileAdding = [] {};
+    std::function<void()> whileAdding = [] {}, whileQueueing = [] {};
     COSClient client;
     boost::shared_ptr<Session> session;
     int knownLook = 0;

@@ -86,7 +86,7 @@ auto ClassRecord::findMethod(const std::string& method) const -> MethodPtr
 {
     return firstOf([&](const ClassRecord& cls) {
         MethodPtr found = cls.methods.find(method);
-        return found != nullptr && !found->isAbstract() ? found : nullptr;
+        return found != nullptr && hasBody(*found) ? found : nullptr;
     });
 }
 
@@ -142,6 +142,8 @@ void ClassRecord::clear() noexcept
     const auto oldMethods = std::exchange(methods, {});
     const auto oldConstructor = std::exchange(constructor, {});
 }
+
+bool hasBody(const COSMethodInfo& method) { return !method.isAbstract() && !method.isOptional(); }
 
 bool isStatic(const COSMethodInfo& method)
 {

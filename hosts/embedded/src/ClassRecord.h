@@ -77,6 +77,8 @@ private:
     auto firstOf(Find find) const -> decltype(find(*this));
 };
 
+/// Whether the method can be called: it is not left to subclasses.
+bool hasBody(const hostobj::COSMethodInfo& method);
 /// Whether the method is called without an object.
 bool isStatic(const hostobj::COSMethodInfo& method);
 

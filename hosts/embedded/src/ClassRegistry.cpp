@@ -33,6 +33,14 @@ const std::string& requireDottedName(const std::string& text)
 
 } // namespace
 
+template <class IsMeant>
+void ClassRegistry::forgetPublished(const IsMeant& isMeant)
+{
+    std::erase_if(classes_, [&](const std::shared_ptr<ClassRecord>& cls) {
+        return cls->info != nullptr && isMeant(cls->name) && byName_.erase(cls->name) > 0;
+    });
+}
+
 class ClassRegistry::Package final : public COSPackage {
 public:
     Package(ClassRegistry& registry, std::string name) : registry_(registry), name_(std::move(name)) {}
@@ -57,11 +65,15 @@ public:
         inner->givenUp_ = false;
         return dot == std::string::npos ? *inner : inner->findOrCreatePackage(text.substr(dot + 1));
     }
+    void removeClass(const COSNameID& shortName) override
+    {
+        registry_.forgetPublished([name = dotted(shortName.text())](const std::string& cls) { return cls == name; });
+    }
     void removeClient(COSClient& client) override
     {
         if (&client != &registry_.publicClient_)
             return;
-        registry_.forgetPublished(dotted(""));
+        registry_.forgetPublished([prefix = dotted("")](const std::string& cls) { return cls.starts_with(prefix); });
         givenUp_ = true;
     }
     Package* find(const std::string& dottedName)
@@ -101,13 +113,6 @@ ClassRegistry::~ClassRegistry() = default;
 COSPackage& ClassRegistry::root() noexcept { return *root_; }
 
 COSPackage* ClassRegistry::findPackage(const std::string& dottedName) { return root_->find(dottedName); }
-
-void ClassRegistry::forgetPublished(const std::string& prefix)
-{
-    std::erase_if(classes_, [&](const std::shared_ptr<ClassRecord>& cls) {
-        return cls->info != nullptr && cls->name.starts_with(prefix) && byName_.erase(cls->name) > 0;
-    });
-}
 
 void ClassRegistry::requireNew(const std::string& dottedName) const
 {

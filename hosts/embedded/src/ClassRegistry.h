@@ -39,8 +39,9 @@ public:
 
 private:
     class Package;
-    /// Forgets the published classes whose names begin so; objects and subclasses keep them.
-    void forgetPublished(const std::string& prefix);
+    /// Forgets the published classes whose names are meant; objects and subclasses keep them.
+    template <class IsMeant>
+    void forgetPublished(const IsMeant& isMeant);
     void requireNew(const std::string& dottedName) const;
     void link(const std::shared_ptr<ClassRecord>& cls);
     std::vector<std::shared_ptr<ClassRecord>> classes_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace tracery::embedded {
 
@@ -57,7 +58,43 @@ std::string accessOf(const PropertyListing& property)
     return "get " + accessName(property.getAccess) + ", set " + accessName(property.setAccess);
 }
 
-Row rowOf(const PropertyListing& property)
+/// "[name type] = method(type, [type])"
+std::string callOf(const std::string& name, const SignatureListing& signature)
+{
+    const std::string outputs = joined(signature.outputs, [](const OutputListing& o) { return o.name + ' ' + o.type; });
+    std::string inputs;
+    for (std::size_t i = 0; i < signature.inputs.size(); ++i) {
+        const bool optional = i + signature.optional >= signature.inputs.size();
+        inputs += (i == 0 ? "" : ", ") + (optional ? '[' + signature.inputs[i] + ']' : signature.inputs[i]);
+    }
+    return (outputs.empty() ? "" : '[' + outputs + "] = ") + name + '(' + inputs + ')';
+}
+
+/// A call for each signature, "method(...)" when the types are not known.
+std::vector<std::string> callsOf(const MethodListing& method)
+{
+    std::vector<std::string> calls;
+    for (const SignatureListing& signature : method.signatures)
+        calls.push_back(callOf(method.name, signature));
+    return calls.empty() ? std::vector{method.name + "(...)"} : calls;
+}
+
+std::vector<Row> rowsOf(const MethodListing& method)
+{
+    std::string kind = accessName(method.access);
+    if (method.isStatic)
+        kind += " static";
+    if (method.isAbstract)
+        kind += " abstract";
+    if (method.isOptional)
+        kind += " optional";
+    std::vector<Row> rows;
+    for (std::string& call : callsOf(method))
+        rows.push_back({kind, std::move(call), rows.empty() ? method.description : ""});
+    return rows;
+}
+
+std::vector<Row> rowsOf(const PropertyListing& property)
 {
     std::string type = property.type;
     if (!property.enumeration.empty())
@@ -65,39 +102,17 @@ Row rowOf(const PropertyListing& property)
                 joined(property.enumeration, [](const auto& e) { return std::to_string(e.first) + ' ' + e.second; }) +
                 '}';
     const std::string label = property.label != property.name ? '"' + property.label + '"' : "";
-    return {property.name, type, accessOf(property), std::to_string(property.attributes), label, property.description};
+    return {
+        {property.name, type, accessOf(property), std::to_string(property.attributes), label, property.description}};
 }
 
-/// "[name type] = method(type, [type])", or "method(...)" when the types are not known.
-std::string callOf(const MethodListing& method)
-{
-    if (!method.hasSignature)
-        return method.name + "(...)";
-    const std::string outputs = joined(method.outputs, [](const OutputListing& o) { return o.name + ' ' + o.type; });
-    std::string inputs;
-    for (std::size_t i = 0; i < method.inputs.size(); ++i) {
-        const bool optional = i + method.optional >= method.inputs.size();
-        inputs += (i == 0 ? "" : ", ") + (optional ? '[' + method.inputs[i] + ']' : method.inputs[i]);
-    }
-    return (outputs.empty() ? "" : '[' + outputs + "] = ") + method.name + '(' + inputs + ')';
-}
-
-Row rowOf(const MethodListing& method)
-{
-    std::string kind = accessName(method.access);
-    if (method.isStatic)
-        kind += " static";
-    if (method.isAbstract)
-        kind += " abstract";
-    return {kind, callOf(method)};
-}
-
-template <class Items>
-std::vector<Row> rowsOf(const Items& items)
+template <class Item>
+std::vector<Row> rowsOf(const std::vector<Item>& items)
 {
     std::vector<Row> rows;
-    for (const auto& item : items)
-        rows.push_back(rowOf(item));
+    for (const Item& item : items)
+        for (Row& row : rowsOf(item))
+            rows.push_back(std::move(row));
     return rows;
 }
 
@@ -111,8 +126,11 @@ std::string formatClass(const ClassListing& listing)
     if (listing.isHidden)
         text += ", hidden";
     text += '\n';
-    if (listing.constructor)
-        text += "  constructor\n    " + callOf(*listing.constructor) + '\n';
+    if (listing.constructor) {
+        text += "  constructor\n";
+        for (const std::string& call : callsOf(*listing.constructor))
+            text += "    " + call + '\n';
+    }
     text += table("properties", rowsOf(listing.properties));
     text += table("methods", rowsOf(listing.methods));
     if (!listing.inheritedMethods.empty())

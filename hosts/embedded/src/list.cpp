@@ -26,22 +26,29 @@ PropertyListing listProperty(const std::string& name, const COSPropInfo& propert
     return listing;
 }
 
+SignatureListing listSignature(const COSMethodSignature& signature)
+{
+    SignatureListing listing;
+    for (const COSDataTypePtr& input : signature.getInputs())
+        listing.inputs.push_back(textOf(input));
+    listing.optional = std::min(signature.getOptional(), listing.inputs.size());
+    for (const COSMethodOutput& output : signature.getOutputs())
+        listing.outputs.push_back({output.name, textOf(output.type)});
+    return listing;
+}
+
 MethodListing listMethod(const std::string& name, const COSMethodInfo& method, bool isPublished)
 {
     MethodListing listing;
     listing.name = name;
     listing.access = method.getAccess();
     listing.isAbstract = method.isAbstract();
+    listing.isOptional = method.isOptional();
     listing.isStatic = isStatic(method);
-    const COSMethodSignaturePtr signature = method.getSignature();
-    listing.hasSignature = isPublished && signature != nullptr;
-    if (!listing.hasSignature)
-        return listing;
-    for (const COSDataTypePtr& input : signature->getInputs())
-        listing.inputs.push_back(textOf(input));
-    listing.optional = std::min(signature->getOptional(), listing.inputs.size());
-    for (const COSMethodOutput& output : signature->getOutputs())
-        listing.outputs.push_back({output.name, textOf(output.type)});
+    listing.description = method.getDescription();
+    if (isPublished)
+        for (const COSMethodSignaturePtr& signature : method.getSignatures())
+            listing.signatures.push_back(listSignature(*signature));
     return listing;
 }
 

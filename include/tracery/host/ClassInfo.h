@@ -60,7 +60,7 @@ struct COSMethodOutput {
 class COSMethodSignature;
 using COSMethodSignaturePtr = std::shared_ptr<const COSMethodSignature>;
 
-/// The types of a method's arguments and results.
+/// The types of a method's arguments and results, for one way of calling it.
 class TRACERY_EXPORT COSMethodSignature {
 public:
     /// object    type of the object, the first argument; null for a static method
@@ -82,17 +82,25 @@ private:
     std::size_t optional_ = 0;
 };
 
-/// A method of a published class.
+/// A method of a published class, or one that its subclasses are to have.
 class TRACERY_EXPORT COSMethodInfo {
 public:
     virtual ~COSMethodInfo();
-    /// The name, and the types; without a signature the method states none.
+    /// The name, and the types; without a signature the method states none. Of several signatures the first.
     virtual COSNameID getName() const = 0;
     virtual COSMethodSignaturePtr getSignature() const = 0;
+    /// All ways of calling the method: their numbers of arguments tell them apart. The one signature, or none, by
+    /// default.
+    virtual std::vector<COSMethodSignaturePtr> getSignatures() const;
     /// Who may call it; public_ by default.
     virtual Access getAccess() const;
     /// Whether subclasses must supply the method.
     virtual bool isAbstract() const;
+    /// Whether subclasses may supply the method: the library calls it when they do, and has no body for it (see
+    /// ObjectSystem::hasMethod). A host may also take invoke for a body that does nothing, or says what is missing.
+    virtual bool isOptional() const;
+    /// A line for people, such as when the library calls the method; empty by default.
+    virtual std::string getDescription() const;
     /// throws  InvalidNumberOfArguments, InvalidObject, InvalidArgumentType, and what the library object reports
     virtual HostOutputs invoke(HostInputs inputs, std::size_t wantedOutputs) const = 0;
 };
@@ -136,6 +144,9 @@ class COSPackageInfo;
 class TRACERY_EXPORT COSClient {
 public:
     virtual ~COSClient();
+    /// Somebody who used an object in the client's name does so no more. Does nothing by default: references to objects
+    /// are counted. What is thrown goes no further.
+    virtual void release(const COSInterfacePtr& object);
 };
 
 /// A package known to the host. The host implements it.
@@ -148,8 +159,12 @@ public:
     virtual void addClass(std::unique_ptr<const COSClassInfo> info) = 0;
     /// The package inside this one; made when there is none. Lives as long as the host.
     virtual COSPackage& findOrCreatePackage(const COSNameID& shortName) = 0;
-    /// The client takes leave of the package. With the public client the host gives the package up: there will be no
-    /// new objects of its published classes; those that live go on.
+    /// Takes back a class that addClass has taken, because one after it failed; other names are ignored. A host that
+    /// cannot do so leaves it, as by default: the next registration will not add it again.
+    virtual void removeClass(const COSNameID& shortName);
+    /// The client takes leave of the package. With the public client the host gives the package up: neither it nor its
+    /// published classes are found any more, and there will be no new objects of them; those that live go on, with
+    /// their classes. It can be added again.
     virtual void removeClient(COSClient& client) = 0;
 
     /// Makes a package known to the attached host. throws  NoHost, DuplicateClass

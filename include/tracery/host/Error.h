@@ -2,36 +2,43 @@
 
 #include <tracery/export.h>
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
 namespace tracery {
 
-/// One kind of failure: the component that reports it, its name, and a line for a person to read.
+/// One kind of failure: the component that reports it, its name, and a line for a person to read. An Error copies the
+/// texts: those of a kind that is made at run time need to live no longer than the call that makes the Error.
 struct ErrorKind {
-    /// The parts of the identifier, and the explanation.
+    /// The parts of the identifier, and the explanation; null counts as empty.
     const char* component;
     const char* name;
     const char* text;
 };
 
-/// The failure of an operation. Hosts show identifier(); what() adds the explanation.
+/// The failure of an operation. Hosts show identifier(); what() adds the explanation. Copies share their texts and
+/// cannot fail.
 class TRACERY_EXPORT Error : public std::runtime_error {
 public:
     /// A failure of a kind, with the kind's own explanation.
     explicit Error(const ErrorKind& kind);
     /// `detail` replaces the kind's own explanation.
     Error(const ErrorKind& kind, const std::string& detail);
+    /// There is no moving: what an Error says, it says to its end.
+    Error(const Error&) noexcept;
+    Error& operator=(const Error&) noexcept;
     ~Error() override;
 
-    /// Of the kind.
-    const char* component() const noexcept { return kind_.component; }
-    const char* name() const noexcept { return kind_.name; }
+    /// Of the kind; valid while the Error or a copy of it lives.
+    const char* component() const noexcept;
+    const char* name() const noexcept;
     /// Component and name joined by a colon, such as "Cindrel:tracery:InvalidPortID".
     std::string identifier() const;
 
 private:
-    ErrorKind kind_;
+    struct Texts;
+    std::shared_ptr<const Texts> texts_;
 };
 
 /// Every failure the library reports, with what it means.
@@ -53,7 +60,6 @@ inline constexpr ErrorKind DuplicateClass{kComponent, "DuplicateClass", "the pac
 inline constexpr ErrorKind EmptyInput{kComponent, "EmptyInput", "an array without elements where values are needed"};
 inline constexpr ErrorKind GetComplexDataError{kComponent, "GetComplexDataError", "the imaginary values of the port are not in step with its times"};
 inline constexpr ErrorKind InitializeError{kComponent, "InitializeError", "the buffer cannot be set up with these arguments"};
-inline constexpr ErrorKind InternalError{kComponent, "InternalError", "something went wrong inside"};
 inline constexpr ErrorKind InvalidArgumentType{kComponent, "InvalidArgumentType", "the value has another class, shape or range than is needed"};
 inline constexpr ErrorKind InvalidArray{kComponent, "InvalidArray", "an array of this class or these extents cannot be made or used here"};
 inline constexpr ErrorKind InvalidBufferType{kComponent, "InvalidBufferType", "the type is \"SingleRate\" or \"MultipleRate\""};

@@ -14,6 +14,9 @@ namespace tracery {
 /// All that the library asks of its surroundings. Main thread only. A change here or in a header beside it that breaks
 /// what was built before takes a new kSeamVersion (Module.h).
 ///
+/// What a host throws, of any type, passes through the library as it is and leaves it in order; a plain std::bad_alloc
+/// alone becomes an OutOfMemory. Only warm-up (ScopesVisualInitTask) and the end of a line drop it.
+///
 /// With no host attached the C++ classes work all the same: look-ups find nothing, features are not registered,
 /// commits do nothing, and what truly needs the host, such as adding a package, throws NoHost.
 class TRACERY_EXPORT Host {
@@ -36,6 +39,9 @@ public:
     /// Expires with the host, and so tells it from a later one at its address. What lock() gives does not keep the
     /// host.
     std::weak_ptr<Host> watch() const noexcept { return self_; }
+
+    /// Whether it is attached, by a HostScope or for longer, also when it is not the current one.
+    bool isAttached() const noexcept;
 
     /// Attaches a host until it is detached as often, or destroyed; for loaders of modules. Programs use a HostScope.
     static void attach(Host& host) noexcept;

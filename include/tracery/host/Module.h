@@ -13,8 +13,8 @@
 ///     void VTTerminate_NAME();     // ends their use
 /// A host asks for the table, compares its seam version with its own, attaches itself through it, makes the table's
 /// functions known to its language, and initialises. In the end it terminates the module and detaches itself. What
-/// goes wrong is thrown as an Error. The host keeps the library's code for as long as the process lives: classes,
-/// objects and threads of the module are made of it.
+/// goes wrong is thrown: the library's own failures as an Error, what the host throws as it is. The host keeps the
+/// library's code for as long as the process lives: classes, objects and threads of the module are made of it.
 
 namespace tracery {
 
@@ -23,7 +23,7 @@ class HostArray;
 
 /// Version of the seam, the headers in tracery/host. A module and a host work together when they were built with the
 /// same one, and with compilers of one ABI.
-inline constexpr std::uint32_t kSeamVersion = 1;
+inline constexpr std::uint32_t kSeamVersion = 2;
 
 /// A function of a module that the host offers to its language.
 /// outputs  one array or null for each result wanted, at least one; filled with arrays that the caller then owns
@@ -58,13 +58,13 @@ TRACERY_EXPORT bool timeScopeBlockUsesSLA() noexcept;
 
 extern "C" {
 
-/// Publishes the classes and registers the features, once a host, and arms the draw scheduler. What failed is tried
-/// again by the next call; the package does not stay without the base classes. Does nothing without a host, and can be
-/// called again when there is one.
+/// Publishes the classes (publishClasses) and registers the features, once a host, and arms the draw scheduler, which
+/// listens to the host's commits: the host has the roles objects, features and graphics. What failed is tried again by
+/// the next call. Does nothing without a host, and can be called again when there is one.
 /// throws  DuplicateClass when the host has the classes from elsewhere, and what the host reports
 TRACERY_EXPORT void VTInitialize_tracery();
 /// Once a host, after VTInitialize_tracery: takes leave of the package "tracery" in the name of the host's public
-/// client. A draw scheduler that listened to this host goes on with another that uses the module, or is shut down.
+/// client; when that fails, the next call tries again. A draw scheduler that listened to this host goes on with another that uses the module, or is shut down.
 /// Without a host attached it is shut down unless one that lives uses it.
 TRACERY_EXPORT void VTTerminate_tracery();
 /// The function of the table is SetScopeRefreshRateImpl.

@@ -33,19 +33,26 @@ struct OutputListing {
     std::string type;
 };
 
+/// One way of calling a method, as a COSMethodSignature tells.
+struct SignatureListing {
+    std::vector<std::string> inputs; ///< types of those after the object
+    std::size_t optional = 0;        ///< how many of the last inputs may be left out
+    /// Results, in their order.
+    std::vector<OutputListing> outputs;
+};
+
 /// A method or a constructor, as its COSMethodInfo tells.
 struct MethodListing {
     /// As COSMethodInfo.
     std::string name;
     hostobj::Access access = hostobj::Access::public_;
     bool isAbstract = false;
+    bool isOptional = false;
     bool isStatic = false;
-    /// False for methods that state no types, as those of classes defined in the host; the lists below are then empty.
-    bool hasSignature = false;
-    std::vector<std::string> inputs; ///< types of those after the object
-    std::size_t optional = 0;        ///< how many of the last inputs may be left out
-    /// Results, in their order.
-    std::vector<OutputListing> outputs;
+    /// None for methods that state no types, as those of classes defined in the host.
+    std::vector<SignatureListing> signatures;
+    /// As COSMethodInfo.
+    std::string description;
 };
 
 /// What a class is made of: its own members, not those of its ancestors, in the order they were added.
