@@ -170,7 +170,7 @@ public:
     HostArray* getCCDFTotalUnbinned() const;
 
 private:
-    struct State;
+    struct TRACERY_NO_EXPORT State;
     std::unique_ptr<State> state_;
 };
 

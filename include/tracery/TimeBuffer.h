@@ -239,8 +239,8 @@ public:
                                     std::span<double> pairs) const;
 
 private:
-    struct State;
-    class Lock;
+    struct TRACERY_NO_EXPORT State;
+    class TRACERY_NO_EXPORT Lock;
     struct ChannelRead {
         std::uint64_t port;
         std::uint64_t channel;
