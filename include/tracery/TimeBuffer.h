@@ -68,7 +68,8 @@ public:
     void ResetBuffer(const Counts& maxNumTimeSteps, const Counts& maxDimensions, const Counts& nDim,
                      std::uint64_t nPorts, BufferType type, const std::vector<HostComplexity>& complexity,
                      bool isThreadSafe);
-    /// Drops all data and goes back to before set-up. The number of ports and the capacities stay readable.
+    /// Drops all data and goes back to before set-up. The number of ports, the capacities and the sample times stay
+    /// readable.
     void resetInitialized();
     /// Whether it was set up.
     bool isInitialized() const;
@@ -113,13 +114,14 @@ public:
     /// A new logical array, ports by 1: true where the port is complex.
     HostArray* GetComplexityFlags() const;
 
-    /// Two entries a port, zero after set-up; kept for the owner. throws  InvalidSampleTimes for fewer
+    /// Two entries a port, zero after set-up; kept for the owner, and readable as the capacities are after
+    /// resetInitialized. throws  InvalidSampleTimes for fewer
     void SetSampleTimes(const std::vector<double>& times);
     void SetSampleTimes(std::uint64_t port, const std::vector<double>& times);
     std::vector<double> GetSampleTimes() const;
     std::vector<double> GetSampleTimes(std::uint64_t port) const;
-    /// Whether a port's data are continuous (non-zero) or hold their value; false after set-up. Kept for the owner.
-    /// Ports past the end of `flags` keep theirs.
+    /// Whether a port's data are continuous (non-zero) or hold their value, a flag a port; false after set-up. Kept for
+    /// the owner. throws  InvalidArgumentType for another number of flags
     void setIsLinearInterpolation(const std::vector<std::uint8_t>& flags);
     std::vector<bool> getIsLinearInterpolation() const;
 
@@ -232,7 +234,10 @@ public:
     /// imaginary parts, and holds the lock no longer than the block takes to fill.
     ///
     /// The next call goes on after the last time of the block, until one returns 0. A block that is full ends before
-    /// the samples at its last time, so that blocks do not part samples of one time, unless all of it is of that time.
+    /// the samples at its last time, so that blocks do not part samples of one time, unless all of it is of that time:
+    /// then there may be more of them, which a call that goes on after that time would pass over. Who needs them asks
+    /// again from the same `after` with a larger block; a block of as many samples as share a time, and one more, is
+    /// always large enough.
     /// The other arguments are those of GetSamplesAfter, and so is what it throws. Only for callers in C++.
     std::uint64_t GetSamplesBetween(double after, double upTo, std::uint64_t port, std::uint64_t channel,
                                     bool isFrameBased, double framePeriod, SamplePart part,

@@ -236,7 +236,7 @@ std::vector<double> TimeBuffer::GetSampleTimes() const
 std::vector<double> TimeBuffer::GetSampleTimes(std::uint64_t port) const
 {
     const Lock lock(*state_);
-    if (!state_->initialized)
+    if (!state_->initialized && port >= state_->numPorts)
         return {};
     state_->requirePort(port);
     return {state_->sampleTimes[2 * port], state_->sampleTimes[2 * port + 1]};
@@ -245,7 +245,11 @@ std::vector<double> TimeBuffer::GetSampleTimes(std::uint64_t port) const
 void TimeBuffer::setIsLinearInterpolation(const std::vector<std::uint8_t>& flags)
 {
     const Lock lock(*state_);
-    for (std::size_t k = 0; k < std::min(flags.size(), state_->ports.size()); ++k)
+    if (!state_->initialized)
+        return;
+    if (flags.size() != state_->numPorts)
+        throw Error(errors::InvalidArgumentType, "one flag a port is needed");
+    for (std::size_t k = 0; k < flags.size(); ++k)
         state_->ports[k].linear = flags[k] != 0;
 }
 
