@@ -21,9 +21,9 @@ enum class BufferType : std::int32_t { SingleRate = 1, MultipleRate = 2 };
 /// of each port, up to a capacity per port, and silently drops the oldest. A step always takes the whole maximum block:
 /// what the input does not cover is NaN. Values lie column-major.
 ///
-/// A port's first write asks for room for the whole capacity, which the system backs with memory page by page as values
-/// come. So a write takes as long as its own values and their pages do. Where so much room is not to be had, or after the
-/// capacity was raised, the write that makes the room copies what is stored.
+/// Memory is taken as values come: a port's room doubles, with a fifth of it to spare, up to the capacity. The write that
+/// makes it grow copies what is stored. Writers that must never wait for that take all room ahead (reserveCapacity).
+/// Clearing gives room back.
 ///
 /// Life: before set-up (by a constructor with arguments or ResetBuffer) writes and clears do nothing whatever their
 /// arguments, and reads return nothing. Afterwards a port out of range is InvalidPortID in every operation that takes
@@ -84,6 +84,12 @@ public:
     void SetToMaximumCapacity();
     /// One a port.
     Counts GetMaxNumTimeSteps() const;
+    /// Takes room for as many steps as the ports keep, and holds it: no later write moves what is stored. The system backs
+    /// the room with memory page by page as values come, or at once when it was told to lock what a process takes.
+    /// Until the next set-up Clear and the other operations that clear keep the room, and changes of capacity or shape
+    /// take the new one at once.
+    /// throws  std::bad_alloc; nothing is held then that was not before
+    void reserveCapacity();
     /// Gives a port other maximum extents, as many as it has. Its rings restart empty (all ports' rings when times are
     /// shared, so that steps stay aligned), and the NaN-pattern detector starts anew. Ports whose extents stay the same
     /// keep the shape of their last array (see AddValue).
@@ -161,7 +167,7 @@ public:
 
     // ---- Clearing
 
-    /// Drops all steps of all ports.
+    /// Drops all steps of all ports, and gives back their room unless it is held (reserveCapacity).
     void Clear();
     /// Drops the steps newer than `time` (within the spacing of doubles there), port by port. With shared times the one
     /// time ring decides for all ports. As +inf and NaN have no spacing, nothing counts as up to them: all steps go.

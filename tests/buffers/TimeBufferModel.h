@@ -56,6 +56,8 @@ public:
             clearUptoLastTime();
         else if (choice < 78)
             changeCapacity();
+        else if (choice == 78)
+            buffer_.reserveCapacity(); // which shows in nothing but memory
         check();
     }
 
