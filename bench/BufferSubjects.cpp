@@ -131,10 +131,12 @@ std::function<void()> windowRead(std::size_t window, std::size_t steps)
     };
 }
 
-std::vector<double> writeTimes(std::uint64_t steps, double (*now)())
+std::vector<double> writeTimes(std::uint64_t steps, bool roomAhead, double (*now)())
 {
     constexpr std::uint64_t kStepsAWrite = 256;
     TimeBuffer buffer({steps}, {1}, 1);
+    if (roomAhead)
+        buffer.reserveCapacity();
     std::vector<double> seconds, times(kStepsAWrite);
     const TimeBuffer::Counts dims{1, kStepsAWrite};
     seconds.reserve(steps / kStepsAWrite + 2);

@@ -84,6 +84,7 @@ public:
         constexpr auto kSteps = static_cast<std::uint64_t>(3 * kSpan / kFramePeriod);
         buffer_.ResetBuffer({kSteps}, TimeBuffer::Counts(kPorts, kFrame), TimeBuffer::Counts(kPorts, 1), kPorts,
                             BufferType::MultipleRate, std::vector<HostComplexity>(kPorts, HostComplexity::real), true);
+        buffer_.reserveCapacity();
         trigger_.setMode(TDTC::ModeEnum::Normal);
         trigger_.setAutoLevel(false);
         trigger_.setHysteresis(0.5);

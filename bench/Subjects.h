@@ -32,8 +32,8 @@ std::function<void()> blockRead(std::size_t channels, std::size_t steps);
 std::function<void()> portWrites(std::size_t ports);
 /// `window` samples read from the middle of a full buffer of single values.
 std::function<void()> windowRead(std::size_t window, std::size_t steps);
-/// Seconds that each write of 256 single values took until the buffer was full.
-std::vector<double> writeTimes(std::uint64_t steps, double (*now)());
+/// Seconds that each write of 256 single values took until the buffer was full, which had all its room at first or grew.
+std::vector<double> writeTimes(std::uint64_t steps, bool roomAhead, double (*now)());
 
 /// `held` new samples cut into segments, and then flushed.
 std::function<void()> segmentation(std::size_t held, std::size_t frame, std::size_t segment, double overlapPercent);

@@ -97,6 +97,7 @@ int soak(const SoakSettings& settings)
     TimeBuffer buffer({kept}, TimeBuffer::Counts(settings.ports, settings.frame), TimeBuffer::Counts(settings.ports, 1),
                       settings.ports, BufferType::SingleRate,
                       std::vector<HostComplexity>(settings.ports, HostComplexity::real), true);
+    buffer.reserveCapacity();
     SoakScope scope(host, buffer, settings);
     SoakSource source(buffer, settings);
 

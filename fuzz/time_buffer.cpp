@@ -55,7 +55,7 @@ private:
                                        bytes_.flag());
         }
         case 1:
-            return buffer_.SetMaxNumTimeSteps(counts());
+            return bytes_.flag() ? buffer_.SetMaxNumTimeSteps(counts()) : buffer_.reserveCapacity();
         case 2:
             return bytes_.flag()
                        ? buffer_.SetMaxDimensions(array().get())

@@ -14,8 +14,8 @@ class TRACERY_EXPORT AbstractFramePlotter : public AbstractLinePlotter {
 public:
     ~AbstractFramePlotter() override;
 
-    /// Keeps the values of a real double array; its further extents count as columns.
-    /// throws  InvalidMaxDimensions for null, an array without elements and one of another class; nothing changes then
+    /// Keeps the values of a real double array, none of an empty one; its further extents count as columns.
+    /// throws  InvalidMaxDimensions for null and an array of another class; nothing changes then
     void setMaxDimensions(const HostArray* dims);
     /// Rows x columns values, column-major, valid until they are set again. At first two zeros in a row.
     std::span<const double> getMaxDimensions() const { return maxDimensions_; }

@@ -146,7 +146,7 @@ public:
     /// that has more. They then begin the first segment, without zeros ahead. The rest is discarded. Does nothing while
     /// the last frame has no rows, as after clear.
     /// throws  invalid subscript when the last frame does not lie where it was written (after samples came in another way
-    ///         than through AddValue, or null did)
+    ///         than through AddValue, or null did, or while a frame that came at a segment length of 0 is the last one)
     void rebuffer();
 
     // ---- Power statistics
@@ -170,7 +170,7 @@ public:
     HostArray* getCCDFTotalUnbinned() const;
 
 private:
-    struct State;
+    struct TRACERY_NO_EXPORT State;
     std::unique_ptr<State> state_;
 };
 

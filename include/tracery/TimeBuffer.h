@@ -21,9 +21,9 @@ enum class BufferType : std::int32_t { SingleRate = 1, MultipleRate = 2 };
 /// of each port, up to a capacity per port, and silently drops the oldest. A step always takes the whole maximum block:
 /// what the input does not cover is NaN. Values lie column-major.
 ///
-/// A port's first write asks for room for the whole capacity, which the system backs with memory page by page as values
-/// come. So a write takes as long as its own values and their pages do. Where so much room is not to be had, or after the
-/// capacity was raised, the write that makes the room copies what is stored.
+/// Memory is taken as values come: a port's room doubles, with a fifth of it to spare, up to the capacity. The write that
+/// makes it grow copies what is stored. Writers that must never wait for that take all room ahead (reserveCapacity).
+/// Clearing gives room back.
 ///
 /// Life: before set-up (by a constructor with arguments or ResetBuffer) writes and clears do nothing whatever their
 /// arguments, and reads return nothing. Afterwards a port out of range is InvalidPortID in every operation that takes
@@ -68,7 +68,8 @@ public:
     void ResetBuffer(const Counts& maxNumTimeSteps, const Counts& maxDimensions, const Counts& nDim,
                      std::uint64_t nPorts, BufferType type, const std::vector<HostComplexity>& complexity,
                      bool isThreadSafe);
-    /// Drops all data and goes back to before set-up. The number of ports and the capacities stay readable.
+    /// Drops all data and goes back to before set-up. The number of ports, the capacities and the sample times stay
+    /// readable.
     void resetInitialized();
     /// Whether it was set up.
     bool isInitialized() const;
@@ -83,6 +84,12 @@ public:
     void SetToMaximumCapacity();
     /// One a port.
     Counts GetMaxNumTimeSteps() const;
+    /// Takes room for as many steps as the ports keep, and holds it: no later write moves what is stored. The system backs
+    /// the room with memory page by page as values come, or at once when it was told to lock what a process takes.
+    /// Until the next set-up Clear and the other operations that clear keep the room, and changes of capacity or shape
+    /// take the new one at once.
+    /// throws  std::bad_alloc; nothing is held then that was not before
+    void reserveCapacity();
     /// Gives a port other maximum extents, as many as it has. Its rings restart empty (all ports' rings when times are
     /// shared, so that steps stay aligned), and the NaN-pattern detector starts anew. Ports whose extents stay the same
     /// keep the shape of their last array (see AddValue).
@@ -113,13 +120,14 @@ public:
     /// A new logical array, ports by 1: true where the port is complex.
     HostArray* GetComplexityFlags() const;
 
-    /// Two entries a port, zero after set-up; kept for the owner. throws  InvalidSampleTimes for fewer
+    /// Two entries a port, zero after set-up; kept for the owner, and readable as the capacities are after
+    /// resetInitialized. throws  InvalidSampleTimes for fewer
     void SetSampleTimes(const std::vector<double>& times);
     void SetSampleTimes(std::uint64_t port, const std::vector<double>& times);
     std::vector<double> GetSampleTimes() const;
     std::vector<double> GetSampleTimes(std::uint64_t port) const;
-    /// Whether a port's data are continuous (non-zero) or hold their value; false after set-up. Kept for the owner.
-    /// Ports past the end of `flags` keep theirs.
+    /// Whether a port's data are continuous (non-zero) or hold their value, a flag a port; false after set-up. Kept for
+    /// the owner. throws  InvalidArgumentType for another number of flags
     void setIsLinearInterpolation(const std::vector<std::uint8_t>& flags);
     std::vector<bool> getIsLinearInterpolation() const;
 
@@ -159,7 +167,7 @@ public:
 
     // ---- Clearing
 
-    /// Drops all steps of all ports.
+    /// Drops all steps of all ports, and gives back their room unless it is held (reserveCapacity).
     void Clear();
     /// Drops the steps newer than `time` (within the spacing of doubles there), port by port. With shared times the one
     /// time ring decides for all ports. As +inf and NaN have no spacing, nothing counts as up to them: all steps go.
@@ -232,15 +240,18 @@ public:
     /// imaginary parts, and holds the lock no longer than the block takes to fill.
     ///
     /// The next call goes on after the last time of the block, until one returns 0. A block that is full ends before
-    /// the samples at its last time, so that blocks do not part samples of one time, unless all of it is of that time.
+    /// the samples at its last time, so that blocks do not part samples of one time, unless all of it is of that time:
+    /// then there may be more of them, which a call that goes on after that time would pass over. Who needs them asks
+    /// again from the same `after` with a larger block; a block of as many samples as share a time, and one more, is
+    /// always large enough.
     /// The other arguments are those of GetSamplesAfter, and so is what it throws. Only for callers in C++.
     std::uint64_t GetSamplesBetween(double after, double upTo, std::uint64_t port, std::uint64_t channel,
                                     bool isFrameBased, double framePeriod, SamplePart part,
                                     std::span<double> pairs) const;
 
 private:
-    struct State;
-    class Lock;
+    struct TRACERY_NO_EXPORT State;
+    class TRACERY_NO_EXPORT Lock;
     struct ChannelRead {
         std::uint64_t port;
         std::uint64_t channel;

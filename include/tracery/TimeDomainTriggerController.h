@@ -8,6 +8,7 @@
 #include <deque>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -28,8 +29,9 @@ class TimeBuffer;
 /// disarmed until setMode, setEnableOnceMode(true) or reset arms it again. Off does nothing.
 ///
 /// Times are seconds. When the current time steps back, everything about the past is dropped and triggering starts
-/// anew. A controller is fed in one form, from a buffer or sample by sample. While position, delay or span are NaN no
-/// window is given and events wait. Main thread only.
+/// anew. A controller is fed in one form, from a buffer or sample by sample; one that goes over from samples to a buffer
+/// takes the buffer's channel, whichever it is, for the same signal. While position, delay or span are NaN no window is
+/// given and events wait. Main thread only.
 class TRACERY_EXPORT TimeDomainTriggerController {
 public:
     /// Event times in seconds, oldest first.
@@ -71,12 +73,13 @@ public:
     double getDelay() const { return delay_; }
 
     /// The source that hosts read and write, counted from 1. A change resets the detector: two channels never make one
-    /// crossing. throws  InvalidPortID, InvalidChannelID for 0
+    /// crossing. Samples of processSample that wait for detection, up to 1023, are dropped with it: they are of the old
+    /// source, and would be taken for the new one's. throws  InvalidPortID, InvalidChannelID for 0
     void setSourcePort(std::uint32_t port);
     std::uint32_t getSourcePort() const { return static_cast<std::uint32_t>(sourcePort_ + 1); }
     void setSourcePortChannel(std::uint32_t channel);
     std::uint32_t getSourcePortChannel() const { return sourcePortChannel_ + 1; }
-    /// Which real quantity of the channel is triggered on; a change resets the detector.
+    /// Which real quantity of the channel is triggered on; a change resets the detector, and drops waiting samples likewise.
     void setComplexity(TDTC::ComplexityEnum complexity);
     TDTC::ComplexityEnum getComplexity() const { return complexity_; }
 
@@ -121,15 +124,16 @@ public:
 
     /// The window to show, from samples of a buffer.
     /// isFrameBased, framePeriod  how the port's steps hold samples (see TimeBuffer::GetSamplesAfter)
-    /// port, channel         the trigger channel, counted from 0; the first samples of another one than before reset the
-    ///                       detector
+    /// port, channel         the trigger channel, counted from 0; the first samples of another one than were read last
+    ///                       reset the detector
     /// firstDisplayableTime  before the first window, Auto runs free only once `span` more than this has passed (with
     ///                       partialWindow, once this has)
     /// currentTime, span     seconds
     /// partialWindow         give a window before it is full of data
     /// start, end            the window, or -inf both
-    /// throws  what the buffer's reads throw. Without memory the samples may have been taken in; the next call then
-    ///         gives the window that this one would have given.
+    /// throws  what the buffer's reads throw, such as InvalidPortID; nothing has changed then, also when the current time
+    ///         steps back. Without memory the samples may have been taken in; the next call then gives the window that
+    ///         this one would have given.
     void getTriggerWindow(const TimeBuffer& buffer, bool isFrameBased, double framePeriod, std::uint64_t port,
                           std::uint64_t channel, double firstDisplayableTime, double currentTime, double span,
                           bool partialWindow, double& start, double& end);
@@ -174,9 +178,8 @@ private:
     void restartDetection();
     double displayTime(double event, double offset, double span) const;
     bool onceAllows() const { return mode_ != TDTC::ModeEnum::Once || enableOnce_; }
+    bool stepsBack(double currentTime) const;
     void resetIfSteppedBack(double currentTime);
-    void updateEventQueue(const TimeBuffer& buffer, bool isFrameBased, double framePeriod, std::uint64_t port,
-                          std::uint64_t channel, double currentTime, double span);
     void updateEventQueue(double currentTime, double span);
     void detect(const std::vector<double>& pairs, double currentTime, double span);
     void updateWindowExtrema(const std::vector<double>& pairs, double extrema[2], double span, double currentTime);
@@ -209,9 +212,9 @@ private:
     std::vector<double> block_;          ///< the buffer's samples of one update; kept for its memory
     EventQueue eventQueue_;
     std::vector<ConsumedEvent> consumedEvents_;
-    std::deque<TimeValue> windowMinima_;                        ///< values never fall from front to back
-    std::deque<TimeValue> windowMaxima_;                        ///< values never rise
-    std::pair<std::uint64_t, std::uint64_t> lastChannel_{0, 0}; ///< port and channel read last
+    std::deque<TimeValue> windowMinima_;                                 ///< values never fall from front to back
+    std::deque<TimeValue> windowMaxima_;                                 ///< values never rise
+    std::optional<std::pair<std::uint64_t, std::uint64_t>> lastChannel_; ///< port and channel read last, since a reset
     double lastTime_ = 0;
     double lastReadTime_ = 0;
     double lastDisplayableEvent_ = 0;

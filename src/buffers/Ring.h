@@ -15,15 +15,15 @@ namespace tracery {
 
 /// The newest values of a stream, up to a capacity. Indexes count from the oldest.
 ///
-/// Memory is taken in reserveFor alone: an append that was reserved for cannot fail, and neither can dropping values,
-/// which keeps the memory. So several rings that belong together change together or not at all.
+/// Room grows as values come: it doubles, with a fifth of it to spare, up to the capacity. A ring that is held has room
+/// for its whole capacity, whatever it stores.
 ///
-/// The first append takes room for the whole capacity, which the system backs with memory page by page as values come:
-/// the ring never moves, and a write costs no more than its own values and their pages. Where so much room is not to be
-/// had, it doubles on demand, and the writes that make it grow copy what there is.
+/// Memory is taken in reserveFor and by changes alone: an append that was reserved for cannot fail, and neither can
+/// dropping values. So several rings that belong together change together or not at all.
 class Ring {
 public:
-    using Storage = boost::circular_buffer<double>;
+    using Storage = boost::circular_buffer_space_optimized<double>;
+    using Control = Storage::capacity_type; ///< the capacity, and the room that there is, of which none is given back
 
     /// Read access by index, through the ring's two contiguous spans. Valid until the ring changes.
     class View {
@@ -70,38 +70,40 @@ public:
         std::span<const double> two_;
     };
 
-    /// A capacity to come. Takes the memory for it, if any; apply() cannot fail.
-    class CapacityChange {
+    /// A capacity to come, of a ring that is then held or not. Takes the memory for it, if any; apply() cannot fail.
+    class Change {
     public:
-        CapacityChange(Ring& ring, std::uint64_t capacity) : ring_(&ring), capacity_(capacity)
+        Change(Ring& ring, std::uint64_t capacity, bool held) : ring_(&ring), control_(capacity), held_(held)
         {
-            // Room above the capacity would let the ring outgrow it. Room below may grow later.
-            if (ring.storage_.capacity() <= capacity)
-                return;
             const std::uint64_t kept = std::min(capacity, ring.size());
-            Storage& fresh = fresh_.emplace(roomFor(kept, 0, capacity));
-            fresh.insert(fresh.end(), ring.storage_.end() - static_cast<std::ptrdiff_t>(kept), ring.storage_.end());
+            const std::uint64_t before = ring.room() <= capacity ? ring.room() : 0; // more would let it outgrow that
+            control_ = {capacity, held ? capacity : roomFor(kept, before, capacity)};
+            if (control_.min_capacity() != ring.room())
+                fresh_ = ring.newestIn(control_, kept);
         }
-        /// Changes the capacity; the newest values stay.
+        /// Makes the change; the newest values stay.
         void apply() noexcept
         {
-            ring_->capacity_ = capacity_;
             if (fresh_)
                 ring_->storage_.swap(*fresh_);
+            else
+                ring_->storage_.rset_capacity(control_); // moves nothing: there is room enough, and some to spare
+            ring_->held_ = held_;
         }
 
     private:
         Ring* ring_;
-        std::uint64_t capacity_;
+        Control control_;
+        bool held_;
         std::optional<Storage> fresh_;
     };
 
-    explicit Ring(std::uint64_t capacity) : capacity_(capacity) {}
+    explicit Ring(std::uint64_t capacity) : storage_(Control(capacity)) {}
 
     static std::uint64_t largestCapacity() { return Storage().max_size(); }
 
     std::uint64_t size() const { return storage_.size(); }
-    std::uint64_t capacity() const { return capacity_; }
+    std::uint64_t capacity() const { return storage_.capacity().capacity(); }
     bool empty() const { return storage_.empty(); }
     View view() const
     {
@@ -113,24 +115,19 @@ public:
     /// Makes room for appending `count` values. throws  std::bad_alloc; the ring is then as before
     void reserveFor(std::uint64_t count)
     {
-        const std::uint64_t room = storage_.capacity();
-        if (room >= capacity_ || count <= room - size())
-            return;
-        const std::uint64_t wanted = size() + std::min(count, capacity_ - size());
-        try {
-            storage_.set_capacity(kPlainKernels ? roomFor(wanted, room, capacity_) : capacity_);
-        } catch (const std::bad_alloc&) {
-            storage_.set_capacity(roomFor(wanted, room, capacity_));
-        }
+        if (room() != capacity())
+            moveInto(roomFor(size() + std::min(count, capacity() - size()), room(), capacity()));
     }
+    /// Makes room for the whole capacity. throws  std::bad_alloc; the ring is then as before
+    void hold() { Change(*this, capacity(), true).apply(); }
     /// Appends `count` values that there is room for; what passes the capacity is dropped from the oldest.
     void append(const double* values, std::uint64_t count) noexcept
     {
-        const std::uint64_t kept = std::min(count, capacity_);
+        const std::uint64_t kept = std::min(count, capacity());
         values += count - kept;
         if (kPlainKernels || kept == 1) {
             for (std::uint64_t i = 0; i < kept; ++i)
-                storage_.push_back(values[i]);
+                plain().push_back(values[i]);
         } else if (kept > 0 && storage_.full()) {
             // Over the oldest values, where they lie; turning a full ring moves nothing.
             const auto one = storage_.array_one();
@@ -141,26 +138,39 @@ public:
             if (kept < storage_.size())
                 storage_.rotate(storage_.begin() + static_cast<std::ptrdiff_t>(kept));
         } else if (kept > 0) {
-            storage_.insert(storage_.end(), values, values + kept);
+            plain().insert(plain().end(), values, values + kept);
         }
     }
     void appendFill(std::uint64_t count, double value) noexcept
     {
-        const std::uint64_t kept = std::min(count, capacity_);
+        const std::uint64_t kept = std::min(count, capacity());
         if (kept > 0)
-            storage_.insert(storage_.end(), kept, value);
+            plain().insert(plain().end(), kept, value);
     }
     /// Overwrites the value `back` places before the end (1 is the newest).
     void setFromEnd(std::uint64_t back, double value) noexcept { storage_[storage_.size() - back] = value; }
 
     /// Drops the newest values, at most all.
-    void dropNewest(std::uint64_t count) noexcept { storage_.erase_end(std::min(count, size())); }
+    void dropNewest(std::uint64_t count) noexcept { plain().erase_end(std::min(count, size())); }
     /// Drops the oldest values until `count` are left.
-    void keepNewest(std::uint64_t count) noexcept { storage_.erase_begin(size() - std::min(count, size())); }
-    /// Drops all values and gives their memory back.
+    void keepNewest(std::uint64_t count) noexcept { plain().erase_begin(size() - std::min(count, size())); }
+    /// Gives the room back that is not needed, when it is two thirds of all, there is memory to move to, and the ring is
+    /// not held.
+    void giveBack() noexcept
+    {
+        if (held_ || room() / 3 < size())
+            return;
+        try {
+            moveInto(roomFor(size(), 0, capacity()));
+        } catch (const std::bad_alloc&) { // it keeps what it has
+        }
+    }
+    /// Drops all values, and gives their room back unless the ring is held.
     void clear() noexcept
     {
-        Storage fresh;
+        if (held_)
+            return plain().clear();
+        Storage fresh{Control(capacity())};
         storage_.swap(fresh);
     }
 
@@ -168,14 +178,38 @@ private:
     /// Room for `size` values, with a fifth of it to spare, doubled from `room`; `capacity` at most.
     static std::uint64_t roomFor(std::uint64_t size, std::uint64_t room, std::uint64_t capacity)
     {
+        if (size == 0)
+            return room;
         room = std::max<std::uint64_t>(room, 1);
-        while (room - room / 5 <= size)
+        while (size + room / 5 >= room)
             room *= 2;
         return std::min(room, capacity);
     }
 
-    std::uint64_t capacity_;
-    Storage storage_; ///< its capacity is the room there is, never above capacity_
+    /// The ring within the container. It never asks for memory, and takes half the time of the container, which looks for
+    /// room in each operation. Casts of this form alone may reach it.
+    boost::circular_buffer<double>& plain() { return (boost::circular_buffer<double>&)storage_; }
+    std::uint64_t room() const { return storage_.capacity().min_capacity(); }
+    /// The newest `count` values in another container.
+    Storage newestIn(Control control, std::uint64_t count) const
+    {
+        const auto one = storage_.array_one(), two = storage_.array_two();
+        const std::uint64_t ofTwo = std::min<std::uint64_t>(count, two.second), ofOne = count - ofTwo;
+        Storage other(control, one.first + (one.second - ofOne), one.first + one.second);
+        other.insert(other.end(), two.first + (two.second - ofTwo), two.first + two.second);
+        return other;
+    }
+    /// Takes other room. throws  std::bad_alloc; the ring is then as before
+    void moveInto(std::uint64_t room)
+    {
+        if (room == this->room())
+            return;
+        Storage other = newestIn({capacity(), room}, size());
+        storage_.swap(other);
+    }
+
+    Storage storage_;
+    bool held_ = false;
 };
 
 } // namespace tracery

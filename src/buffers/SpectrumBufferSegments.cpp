@@ -81,11 +81,13 @@ void SpectrumBuffer::State::recut(SegmentCut under)
         cut = under;
         return;
     }
-    if (channels.size() == 0 || lastInputCut.length == 0) {
+    if (channels.size() == 0) {
         channels.clear();
         cut = under;
         return;
     }
+    if (lastInputCut.length == 0) // of that frame nothing was stored
+        throw InvalidSubscript();
     const auto size = static_cast<std::int64_t>(channels.size());
     const auto inOpenSegment =
         size % static_cast<std::int64_t>(lastInputCut.length) - static_cast<std::int64_t>(lastInputCut.overlap);

@@ -146,6 +146,7 @@ void TimeBuffer::ResetBuffer(const Counts& maxNumTimeSteps, const Counts& maxDim
     state_->times.swap(times);
     state_->pattern = std::move(pattern);
     state_->hasNaNPattern = false;
+    state_->held = false;
     state_->initialized = true;
 }
 
@@ -172,26 +173,35 @@ void TimeBuffer::SetMaxNumTimeSteps(const Counts& steps)
     if (steps.size() != 1 && s.sharedTime &&
         std::adjacent_find(steps.begin(), steps.end(), std::not_equal_to<>()) != steps.end())
         throw Error(errors::InvalidMaxNumTimeStepsChange);
-    const auto stepsOf = [&](std::uint64_t k) { return steps[steps.size() == 1 ? 0 : k]; };
+    s.changeCapacities(steps.size() != 1 ? steps : Counts(s.numPorts, steps[0]), s.held);
+}
 
+void TimeBuffer::reserveCapacity()
+{
+    const Lock lock(*state_);
+    if (state_->initialized)
+        state_->changeCapacities(state_->maxNumTimeSteps, true);
+}
+
+void TimeBuffer::State::changeCapacities(const Counts& stepsOfPorts, bool hold)
+{
     // All rings are made ready before the first one changes, as a ring that stays behind would pair values with the
     // wrong times.
-    std::vector<Ring::CapacityChange> changes;
-    for (std::uint64_t k = 0; k < s.times.size(); ++k)
-        changes.emplace_back(s.times[k].ring, stepsOf(k));
-    for (std::uint64_t k = 0; k < s.numPorts; ++k) {
-        State::Port& port = s.ports[k];
-        const std::uint64_t capacity = ringCapacity(port.elementsPerStep, stepsOf(k));
-        changes.emplace_back(port.real.ring, capacity);
-        if (port.imag)
-            changes.emplace_back(port.imag->ring, capacity);
+    Counts steps(stepsOfPorts);
+    std::vector<Ring::Change> changes;
+    for (std::uint64_t k = 0; k < times.size(); ++k)
+        changes.emplace_back(times[k].ring, steps[k], hold);
+    for (std::uint64_t k = 0; k < numPorts; ++k) {
+        const std::uint64_t capacity = ringCapacity(ports[k].elementsPerStep, steps[k]);
+        ports[k].forEachPart([&](ValueLine& line) { changes.emplace_back(line.ring, capacity, hold); });
     }
-    for (Ring::CapacityChange& change : changes)
+
+    for (Ring::Change& change : changes)
         change.apply();
-    for (std::uint64_t k = 0; k < s.numPorts; ++k) {
-        State::dropValuesWithoutTimes(s.ports[k], s.timesOf(k));
-        s.maxNumTimeSteps[k] = stepsOf(k);
-    }
+    for (std::uint64_t k = 0; k < numPorts; ++k)
+        dropValuesWithoutTimes(ports[k], timesOf(k));
+    maxNumTimeSteps.swap(steps);
+    held = hold;
 }
 
 void TimeBuffer::SetToMaximumCapacity() { SetMaxNumTimeSteps(Counts{kMaximumCapacity}); }
@@ -236,7 +246,7 @@ std::vector<double> TimeBuffer::GetSampleTimes() const
 std::vector<double> TimeBuffer::GetSampleTimes(std::uint64_t port) const
 {
     const Lock lock(*state_);
-    if (!state_->initialized)
+    if (!state_->initialized && port >= state_->numPorts)
         return {};
     state_->requirePort(port);
     return {state_->sampleTimes[2 * port], state_->sampleTimes[2 * port + 1]};
@@ -245,7 +255,11 @@ std::vector<double> TimeBuffer::GetSampleTimes(std::uint64_t port) const
 void TimeBuffer::setIsLinearInterpolation(const std::vector<std::uint8_t>& flags)
 {
     const Lock lock(*state_);
-    for (std::size_t k = 0; k < std::min(flags.size(), state_->ports.size()); ++k)
+    if (!state_->initialized)
+        return;
+    if (flags.size() != state_->numPorts)
+        throw Error(errors::InvalidArgumentType, "one flag a port is needed");
+    for (std::size_t k = 0; k < flags.size(); ++k)
         state_->ports[k].linear = flags[k] != 0;
 }
 

@@ -8,15 +8,6 @@ namespace {
 
 using Steps = std::uint64_t;
 
-/// Calls change(line) for the port's real values and its imaginary ones, if it has them.
-template <class Port, class Change>
-void forEachPart(Port& port, Change&& change)
-{
-    change(port.real);
-    if (port.imag)
-        change(*port.imag);
-}
-
 } // namespace
 
 void TimeBuffer::Clear()
@@ -24,15 +15,11 @@ void TimeBuffer::Clear()
     const Lock lock(*state_);
     if (!state_->initialized)
         return;
-    for (State::TimeLine& line : state_->times) {
-        line.ring.clear();
+    for (State::TimeLine& line : state_->times)
         line.steps = 0;
-    }
     for (State::Port& port : state_->ports)
-        forEachPart(port, [](State::ValueLine& line) {
-            line.ring.clear();
-            line.steps = 0;
-        });
+        port.forEachPart([](State::ValueLine& line) { line.steps = 0; });
+    state_->forEachRing([](Ring& ring) { ring.clear(); });
 }
 
 void TimeBuffer::ClearBackTo(double time)
@@ -53,7 +40,7 @@ void TimeBuffer::ClearBackTo(double time)
             line.steps -= newer;
         }
         State::Port& port = s.ports[k];
-        forEachPart(port, [&](State::ValueLine& line) {
+        port.forEachPart([&](State::ValueLine& line) {
             // The newest times whose values are still to come go first; only the rest takes values along.
             const Steps lag = stepsBefore - line.steps;
             const Steps dropped = newer - std::min(newer, lag);
@@ -62,6 +49,7 @@ void TimeBuffer::ClearBackTo(double time)
         });
         State::dropValuesWithoutTimes(port, s.timesOf(k));
     }
+    s.forEachRing([](Ring& ring) { ring.giveBack(); });
 }
 
 void TimeBuffer::clearUptoLastTime()
@@ -86,12 +74,13 @@ void TimeBuffer::clearUptoLastTime()
         if (skip)
             continue;
         State::Port& port = s.ports[k];
-        forEachPart(port, [&](State::ValueLine& line) {
+        port.forEachPart([&](State::ValueLine& line) {
             const Steps kept = line.steps == stepsBefore ? 1 : 0; // 0: the newest time's value is still to come
             line.ring.keepNewest(kept * port.elementsPerStep);
             line.steps = kept;
         });
     }
+    s.forEachRing([](Ring& ring) { ring.giveBack(); });
 }
 
 bool TimeBuffer::GetIsFull() const

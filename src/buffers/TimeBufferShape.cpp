@@ -26,6 +26,10 @@ void TimeBuffer::State::reshape(const std::map<std::uint64_t, Counts>& extentsOf
             }
             const std::uint64_t line = sharedTime ? 0 : k;
             newTimes[line] = TimeLine{Ring(times[line].ring.capacity())};
+            if (held) {
+                newPorts[k]->forEachPart([](ValueLine& values) { values.ring.hold(); });
+                newTimes[line]->ring.hold();
+            }
         }
         widths.push_back(newPorts[k] ? newPorts[k]->elementsPerStep : old.elementsPerStep);
     }

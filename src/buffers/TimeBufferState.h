@@ -43,6 +43,14 @@ struct TimeBuffer::State {
         bool linear = false;
 
         bool complex() const { return imag.has_value(); }
+        /// Calls use(line) for the real values and the imaginary ones, if there are any.
+        template <class Use>
+        void forEachPart(Use&& use)
+        {
+            use(real);
+            if (imag)
+                use(*imag);
+        }
     };
 
     /// What a write of values comes to: `steps` steps, either whole ones end to end or smaller ones of `extents`.
@@ -82,6 +90,7 @@ struct TimeBuffer::State {
     std::vector<double> sampleTimes;
     std::vector<Port> ports;
     std::vector<TimeLine> times; ///< one when shared, else one a port
+    bool held = false;           ///< all rings are
     bool hasNaNPattern = false;
     DataPattern pattern{0};
 
@@ -89,12 +98,23 @@ struct TimeBuffer::State {
     void requirePort(std::uint64_t port) const;
     TimeLine& timesOf(std::uint64_t port) { return times[sharedTime ? 0 : port]; }
     const TimeLine& timesOf(std::uint64_t port) const { return times[sharedTime ? 0 : port]; }
+    /// Changes the capacities of all rings, and whether they are held.
+    void changeCapacities(const Counts& stepsOfPorts, bool hold);
     /// Gives ports new extents. Their rings restart empty, as do those of all ports that share times with them.
     void reshape(const std::map<std::uint64_t, Counts>& extentsOfPorts);
     /// A port with empty rings.
     static Port makePort(Counts extents, bool complex, std::uint64_t maxNumTimeSteps);
     /// A fresh detector, as wide as the ports' steps together.
     static DataPattern makePattern(const std::vector<std::uint64_t>& elementsPerStep);
+    /// Calls use(ring) with each ring.
+    template <class Use>
+    void forEachRing(Use&& use)
+    {
+        for (TimeLine& line : times)
+            use(line.ring);
+        for (Port& port : ports)
+            port.forEachPart([&](ValueLine& line) { use(line.ring); });
+    }
 
     // Writing (TimeBufferWrite.cpp). Room is made in every ring first, as this alone can fail: either all rings and
     // counters that belong together change, or none.

@@ -189,14 +189,11 @@ void TimeBuffer::State::reserveAndWrite(std::uint64_t port, ValueLine& line, Wri
 
 void TimeBuffer::State::dropValuesWithoutTimes(Port& port, const TimeLine& timeLine) noexcept
 {
-    const auto drop = [&](ValueLine& line) {
+    port.forEachPart([&](ValueLine& line) {
         const std::uint64_t lag = timeLine.steps - line.steps; // the newest times whose values are still to come
         const std::uint64_t kept = timeLine.ring.size() - std::min(lag, timeLine.ring.size());
         line.ring.keepNewest(kept * port.elementsPerStep);
-    };
-    drop(port.real);
-    if (port.imag)
-        drop(*port.imag);
+    });
 }
 
 void TimeBuffer::State::addArray(const HostArray* newTimes, const HostArray* values, std::uint64_t port, bool refresh)

@@ -7,9 +7,11 @@ AbstractFramePlotter::~AbstractFramePlotter() = default;
 
 void AbstractFramePlotter::setMaxDimensions(const HostArray* dims)
 {
-    const double* values = dims != nullptr && !isComplex(dims) && !isEmpty(dims) ? getRealData(dims) : nullptr;
-    if (values == nullptr)
-        throw Error(errors::InvalidMaxDimensions, "maximum extents are a real double array with elements");
+    if (dims == nullptr || !isDouble(dims) || isComplex(dims))
+        throw Error(errors::InvalidMaxDimensions, "maximum extents are a real double array");
+    const double* values = getRealData(dims);
+    if (values == nullptr && !isEmpty(dims))
+        throw Error(errors::InvalidMaxDimensions, "maximum extents need values");
     maxDimensions_ = std::vector<double>(values, values + getNumberOfElements(dims));
     maxDimsRows_ = static_cast<std::size_t>(getDimensions(dims)[0]);
     maxDimsCols_ = static_cast<std::size_t>(getN(dims));

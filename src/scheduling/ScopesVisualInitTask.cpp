@@ -63,11 +63,10 @@ void ScopesVisualInitClassTask::runStep(Host& host, std::size_t index)
 {
     const HostScope attached(host);
     const std::string& name = classNames_[index];
-    const bool loaded = succeeds([&] {
-        const HostArrayPtr array(createClassArray(name.c_str()));
-        return array != nullptr && host.objects().findClass(name) != nullptr;
-    });
-    success_ = success_ && loaded;
+    HostArrayPtr array;
+    const bool made = succeeds([&] { return array.reset(createClassArray(name.c_str())), array != nullptr; });
+    const bool known = succeeds([&] { return host.objects().findClass(name) != nullptr; });
+    success_ = success_ && made && known;
     if (!success_)
         std::cout << name << " failed to load" << std::endl;
 }

@@ -183,13 +183,19 @@ void TimeDomainTriggerController::reset()
     lastTime_ = lastReadTime_ = lastDisplayableEvent_ = lastTriggerTime_ = -kInfinity;
     lastWindowStart_ = lastWindowEnd_ = -kInfinity;
     enableOnce_ = true;
+    lastChannel_.reset();
     restartDetection();
     eventQueue_.clear();
 }
 
+bool TimeDomainTriggerController::stepsBack(double currentTime) const
+{
+    return (lastTime_ - currentTime) / std::abs(lastTime_) > stepBackTolerance_;
+}
+
 void TimeDomainTriggerController::resetIfSteppedBack(double currentTime)
 {
-    if ((lastTime_ - currentTime) / std::abs(lastTime_) > stepBackTolerance_)
+    if (stepsBack(currentTime))
         reset();
     lastTime_ = currentTime;
 }
@@ -234,20 +240,18 @@ void TimeDomainTriggerController::processBuffer(const TimeBuffer& buffer, bool i
                                                 std::uint64_t port, std::uint64_t channel, double currentTime,
                                                 double span)
 {
+    block_.clear();
+    if (mode_ != ModeEnum::Off) { // a read that is refused has reset nothing
+        const double after = stepsBack(currentTime) ? -kInfinity : lastReadTime_;
+        buffer.GetSamplesAfter(after, port, channel, isFrameBased, framePeriod, partFor(complexity_), block_);
+    }
     resetIfSteppedBack(currentTime);
-    if (mode_ != ModeEnum::Off)
-        updateEventQueue(buffer, isFrameBased, framePeriod, port, channel, currentTime, span);
-}
-
-void TimeDomainTriggerController::updateEventQueue(const TimeBuffer& buffer, bool isFrameBased, double framePeriod,
-                                                   std::uint64_t port, std::uint64_t channel, double currentTime,
-                                                   double span)
-{
-    buffer.GetSamplesAfter(lastReadTime_, port, channel, isFrameBased, framePeriod, partFor(complexity_), block_);
     if (block_.empty())
         return;
-    if (std::exchange(lastChannel_, {port, channel}) != std::pair(port, channel))
+    const std::pair source(port, channel);
+    if (lastChannel_ && *lastChannel_ != source)
         restartDetection();
+    lastChannel_ = source;
     detect(block_, currentTime, span);
 }
 

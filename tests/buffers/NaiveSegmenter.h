@@ -103,7 +103,9 @@ struct NaiveSegmenter {
         if (F == 0)
             return;
         Frame frame;
-        if (length() != 0 && lastL != 0) {
+        if (length() != 0) {
+            if (lastL == 0)
+                throw std::out_of_range("the last frame was not stored");
             const auto len = static_cast<std::int64_t>(length());
             const std::int64_t u = len - len / lastL * lastL - lastO, m = std::max<std::int64_t>(F, u);
             for (const Samples& buf : buffers) {

@@ -337,12 +337,18 @@ TEST(TimeBufferTest, PerPortSettingsAreKept)
     buffer.SetSampleTimes(1, {0.5, 0.25});
     EXPECT_EQ(buffer.GetSampleTimes(1), (std::vector<double>{0.5, 0.25}));
     EXPECT_EQ(failure([&] { buffer.SetSampleTimes({1, 2, 3}); }), "InvalidSampleTimes");
-    buffer.setIsLinearInterpolation({0, 7, 1});
+    buffer.setIsLinearInterpolation({0, 7});
+    for (const std::vector<std::uint8_t>& flags : {std::vector<std::uint8_t>{1}, {1, 1, 1}})
+        EXPECT_EQ(failure([&] { buffer.setIsLinearInterpolation(flags); }), "InvalidArgumentType");
     EXPECT_EQ(buffer.getIsLinearInterpolation(), (std::vector<bool>{false, true}));
     const HostArrayPtr flags(buffer.GetComplexityFlags());
     EXPECT_EQ(getLogicals(flags.get())[0], 0);
     EXPECT_EQ(getLogicals(flags.get())[1], 1);
     EXPECT_EQ(buffer.GetBufferType(), BufferType::MultipleRate);
+    buffer.resetInitialized();
+    EXPECT_EQ(buffer.GetSampleTimes(), (std::vector<double>{0, 0, 0.5, 0.25}));
+    EXPECT_EQ(buffer.GetSampleTimes(1), (std::vector<double>{0.5, 0.25}));
+    buffer.setIsLinearInterpolation({1});
 }
 
 TEST(TimeBufferTest, BlocksOfOneChannelGoThroughFramesThatLastWithoutGapsOrRepeats)

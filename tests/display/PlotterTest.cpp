@@ -112,10 +112,14 @@ TEST(PlotterTest, KeepsCopiesOfAxesLinesAndDimensions)
     const auto shape = [&] { return std::vector<std::size_t>{plotter.getMaxDimsRows(), plotter.getMaxDimsCols()}; };
     EXPECT_EQ(shape(), (std::vector<std::size_t>{1, 2}));
     plotter.setMaxDimensions(matrix(3, 2, {1, 2, 3, 4, 5, 6}).get());
-    for (const HostArrayPtr& bad : {HostArrayPtr(), HostArrayPtr(createLogicalScalar(true)), matrix(0, 2, {})})
+    for (const HostArrayPtr& bad :
+         {HostArrayPtr(), HostArrayPtr(createLogicalScalar(true)), HostArrayPtr(createCellMatrix(0, 0))})
         EXPECT_EQ(failure([&] { plotter.setMaxDimensions(bad.get()); }), "InvalidMaxDimensions");
     EXPECT_EQ(shape(), (std::vector<std::size_t>{3, 2}));
     EXPECT_EQ(plotter.getMaxDimensions().back(), 6);
+    plotter.setMaxDimensions(matrix(0, 0, {}).get());
+    EXPECT_EQ(shape(), (std::vector<std::size_t>{0, 0}));
+    EXPECT_TRUE(plotter.getMaxDimensions().empty());
 }
 
 TEST(PlotterTest, LooksUpLinesAndTransformsOnFirstUse)

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <complex>
 #include <functional>
+#include <random>
 
 using namespace tracery;
 using namespace tracery::test;
@@ -113,6 +114,7 @@ TEST(TimeBufferFaultTest, AnOperationThatRunsOutOfMemoryHasNotHappened)
          }},
         {"less room", nothing, [](TimeBuffer& b) { b.SetMaxNumTimeSteps({2}); }},
         {"more room", nothing, [](TimeBuffer& b) { b.SetToMaximumCapacity(); }},
+        {"all room", nothing, [](TimeBuffer& b) { b.reserveCapacity(); }},
         {"less room, values pending", timesOfBoth, [](TimeBuffer& b) { b.SetMaxNumTimeSteps({2}); }},
         {"other extents", nothing, [](TimeBuffer& b) { b.SetMaxDimensions({2}, 1); }},
         {"other extents of all", nothing, [&](TimeBuffer& b) { b.SetMaxDimensions(extents.get()); }},
@@ -130,7 +132,7 @@ TEST(TimeBufferFaultTest, AnOperationThatRunsOutOfMemoryHasNotHappened)
         {"the pattern", nothing, [](TimeBuffer& b) { b.setDataHasNaNPattern(true), b.resetNaNPattern(); }, false},
         {"clear", nothing, [](TimeBuffer& b) { b.Clear(); }, false},
         {"clear back", nothing, [](TimeBuffer& b) { b.ClearBackTo(2); }, false},
-        {"clear up to the last", nothing, [](TimeBuffer& b) { b.clearUptoLastTime(); }, false},
+        {"clear up to the last", nothing, [](TimeBuffer& b) { b.clearUptoLastTime(); }}, // may move, but cannot fail
         {"back to before set-up", nothing, [](TimeBuffer& b) { b.resetInitialized(); }, false},
         {"getters", nothing,
          [](TimeBuffer& b) {
@@ -191,20 +193,89 @@ TEST(TimeBufferFaultTest, AnOperationThatRunsOutOfMemoryHasNotHappened)
             }
 }
 
-TEST(TimeBufferFaultTest, AFullRingTakesNoMoreMemory)
+// Rings at all stages of their growth: what clears must not need memory, nor what is written where there is room.
+TEST(TimeBufferFaultTest, RandomOperationsShortOfMemoryComeOutAsWithEnough)
 {
-    TimeBuffer buffer({100}, {3}, 1);
-    const std::vector<double> times(30, 1), values(90, 2);
-    const Counts dims{3, 30};
+    int failures = 0;
+    for (unsigned seed = 0; seed < 200 && !HasFailure(); ++seed) {
+        std::mt19937 random(seed);
+        const Setting setting{seed % 2 ? BufferType::SingleRate : BufferType::MultipleRate, seed % 3 == 0};
+        TimeBuffer scarce, rich;
+        setting(scarce), setting(rich);
+        for (double last = 0; last < 400 && !HasFailure();) {
+            std::vector<double> times(random() % 12 + 1);
+            for (double& time : times)
+                time = ++last;
+            const HostArrayPtr timeRow = row(times), values = stepsOf(1, 3, times);
+            const double back = last - static_cast<double>(random() % 40);
+            const std::uint64_t capacity = random() % 60 + 1;
+            const auto add = [&](TimeBuffer& b) { b.addTimeAndValue(timeRow.get(), values.get(), 1, true); };
+            const std::function<void(TimeBuffer&)> operations[] = {
+                [&](TimeBuffer& b) { b.ClearBackTo(back); },
+                [](TimeBuffer& b) { b.clearUptoLastTime(); },
+                [](TimeBuffer& b) { b.Clear(); },
+                [](TimeBuffer& b) { b.reserveCapacity(); },
+                [&](TimeBuffer& b) { b.SetMaxNumTimeSteps({capacity}); },
+                [&](TimeBuffer& b) { b.SetMaxDimensions({3}, 1); },
+                add,
+            };
+            const std::size_t choice = std::min<std::size_t>(random() % 20, std::size(operations) - 1);
+            const auto& operation = operations[choice];
+            operation(rich);
+            const Observation before = contents(scarce);
+            try {
+                const MemoryLimit limit(static_cast<long>(random() % 4), Shortage::lasting);
+                operation(scarce);
+            } catch (const std::bad_alloc&) {
+                EXPECT_GT(choice, 2U) << "clearing failed";
+                EXPECT_TRUE(sameBits(contents(scarce), before)) << "half done";
+                operation(scarce);
+                ++failures;
+            }
+            EXPECT_TRUE(sameBits(contents(scarce), contents(rich))) << "seed " << seed << ", operation " << choice;
+        }
+    }
+    EXPECT_GT(failures, 1000);
+}
+
+TEST(TimeBufferFaultTest, MemoryIsTakenAsValuesComeOrAheadWhenItIsAskedFor)
+{
+    constexpr std::uint64_t kSteps = 1 << 20, kAllBytes = kSteps * 4 * sizeof(double);
+    TimeBuffer buffer({kSteps}, {3}, 1);
+    const std::vector<double> times(256, 1), values(768, 2);
+    const Counts dims{3, 256};
     const auto add = [&] {
-        buffer.AddTime(times.data(), 30, 0);
+        buffer.AddTime(times.data(), 256, 0);
         buffer.AddValue(values.data(), dims, 0, kReal);
     };
-    for (int i = 0; i < 4; ++i)
-        add();
-    ASSERT_TRUE(buffer.GetIsFull());
-    const MemoryLimit limit(0, Shortage::lasting);
-    EXPECT_NO_THROW(add());
+    const auto bytesOf = [](auto&& operation) {
+        const std::size_t before = bytesAllocated();
+        operation();
+        return bytesAllocated() - before;
+    };
+    EXPECT_LT(bytesOf([&] {
+                  for (int i = 0; i < 40; ++i)
+                      add();
+              }),
+              std::size_t{10240 * 4 * sizeof(double) * 5}); // the last room and those before it
+    EXPECT_LT(bytesOf([&] { buffer.SetMaxNumTimeSteps({2 * kSteps}), buffer.SetMaxNumTimeSteps({kSteps}); }), 4096U);
+    EXPECT_GE(bytesOf([&] { buffer.reserveCapacity(); }), kAllBytes);
+    const auto addsWithoutMemory = [&] {
+        const MemoryLimit limit(0, Shortage::lasting);
+        for (std::uint64_t written = 0; written < kSteps + 512; written += 256)
+            EXPECT_NO_THROW(add());
+        EXPECT_TRUE(buffer.GetIsFull());
+    };
+    addsWithoutMemory();
+    buffer.Clear();
+    addsWithoutMemory();
+    buffer.clearUptoLastTime();
+    addsWithoutMemory();
+    EXPECT_GE(bytesOf([&] { buffer.SetMaxNumTimeSteps({kSteps + 1}); }), kAllBytes);
+    buffer.ResetBuffer({100}, {3}, {1}, 1, BufferType::SingleRate, {kReal}, false);
+    EXPECT_GT(bytesOf(add), 0U) << "a new set-up holds nothing";
+    add();
+    EXPECT_EQ(bytesOf(add), 0U) << "a full ring needs no more";
 }
 
 } // namespace

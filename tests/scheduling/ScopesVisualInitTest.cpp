@@ -81,6 +81,7 @@ TEST(ScopesVisualInitSessionTest, OneSessionServesAllObjectsUntilItIsFinished)
         host.looks = 0;
         host.knownLook = look;
         EXPECT_TRUE(host.session->tasks[static_cast<std::size_t>(look)]->run(*host.session));
+        EXPECT_EQ(host.looks, 2) << "both are tried";
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "half failed to load\nhalf failed to load\n");
     EXPECT_FALSE(host.session->tasks.at(4)->run(*host.session));

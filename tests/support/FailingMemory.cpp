@@ -15,6 +15,7 @@ using tracery::test::Shortage;
 thread_local long allocationsLeft = -1;
 thread_local Shortage shortageToCome = Shortage::ofOneAllocation;
 thread_local bool ranOut = false;
+thread_local std::size_t bytesSoFar = 0;
 
 /// throws when this allocation is to fail
 void countAllocation()
@@ -41,6 +42,7 @@ void* checked(void* memory)
 void* allocate(std::size_t bytes)
 {
     countAllocation();
+    bytesSoFar += bytes;
     return checked(std::malloc(bytes != 0 ? bytes : 1));
 }
 
@@ -54,6 +56,7 @@ void tracery::test::allowAllocations(long count, Shortage shortage)
         ranOut = false;
 }
 bool tracery::test::memoryRanOut() { return ranOut; }
+std::size_t tracery::test::bytesAllocated() { return bytesSoFar; }
 
 void* tracery::allocateMemory(std::size_t bytes) { return allocate(bytes); }
 void* tracery::allocateZeros(std::size_t bytes)

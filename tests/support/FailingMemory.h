@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 namespace tracery::test {
 
 /// How long memory is short once it has run out.
@@ -10,6 +12,8 @@ enum class Shortage { ofOneAllocation, lasting };
 void allowAllocations(long count, Shortage shortage = Shortage::ofOneAllocation);
 /// Whether an allocation has failed since.
 bool memoryRanOut();
+/// How many bytes this thread has allocated in all, freed or not.
+std::size_t bytesAllocated();
 
 /// Memory for so many allocations, for as long as this lives.
 struct MemoryLimit {

@@ -38,7 +38,7 @@ public:
     /// kind  a number from 0: 12 kinds of run follow each other
     RandomController(Random& random, unsigned kind, Seen& seen)
         : seen_(seen), random_(random), fromBuffer_(kind % 3 > 0), framed_(chance(0.5)), hostile_(kind % 4 == 3),
-          period_(oneOf(random_, {0.5, 0.5, inf}))
+          usualPort_(chance(0.5)), period_(oneOf(random_, {0.5, 0.5, inf}))
     {}
 
     void step()
@@ -47,7 +47,7 @@ public:
         if (choice < 40)
             write();
         else if (choice < 80)
-            ask();
+            ask(!fromBuffer_);
         else
             change();
         EXPECT_TRUE(tracery::test::sameBits(listed(real_.getPendingEvents()), listed(naive_.events)));
@@ -75,12 +75,13 @@ private:
     void write()
     {
         const std::uint64_t port = random_() % 2;
+        const bool byHand = !fromBuffer_ || chance(0.05);
         for (auto n = random_() % (!fromBuffer_ && chance(0.3) ? 900 : 30); n > 0; --n) {
             const double jitter = std::uniform_real_distribution<>(0.01, 0.3)(random_);
             clock_ += framed_ && fromBuffer_ ? oneOf(random_, {0.5, 1, 0.5 + jitter})
                                              : oneOf(random_, {0.25, 0.25, jitter, fromBuffer_ ? 0.0 : 1.0});
             const double re = value(heldReal_), im = value(heldImag_);
-            if (fromBuffer_) {
+            if (fromBuffer_ && !byHand) {
                 addStep(buffer_, port, clock_, {{re, im}, {im, re}});
                 continue;
             }
@@ -88,13 +89,15 @@ private:
             real_.processSample(clock_, re, t, look);
             naive_.takeSample(clock_, re, t, look);
         }
+        if (byHand && fromBuffer_)
+            ask(byHand); // none may wait while later ones are read
     }
 
-    void ask()
+    void ask(bool byHand)
     {
         const double look = span(), first = number({0, 20});
-        const bool partial = chance(0.3), only = fromBuffer_ && chance(0.2);
-        const std::uint64_t port = chance(0.1), channel = framed_ ? 0 : chance(0.1);
+        const bool partial = chance(0.3), only = !byHand && chance(0.2);
+        const std::uint64_t port = usualPort_ != chance(0.1), channel = framed_ ? 0 : chance(0.1);
         double t = now();
         if (!partial && !naive_.events.empty() && chance(0.3)) { // just when a window is full
             const double full = naive_.events.front() + look - look * naive_.position + naive_.delay;
@@ -102,14 +105,20 @@ private:
                 t = clock_ = full;
         }
         std::pair<double, double> got;
+        if (!byHand && naive_.mode != ModeEnum::Off && chance(0.05)) { // refused before it can reset anything
+            const auto wrong = [&] {
+                real_.processBuffer(buffer_, framed_, period_, 2 + port, channel, clock_ - 1, look);
+            };
+            EXPECT_EQ(tracery::test::failure(wrong), "InvalidPortID");
+        }
         if (only)
             real_.processBuffer(buffer_, framed_, period_, port, channel, t, look);
-        else if (fromBuffer_)
+        else if (!byHand)
             real_.getTriggerWindow(buffer_, framed_, period_, port, channel, first, t, look, partial, got.first,
                                    got.second);
         else
             real_.getTriggerWindow(first, t, look, partial, got.first, got.second);
-        if (fromBuffer_)
+        if (!byHand)
             naive_.takeSteps(buffer_, framed_, period_, {port, channel}, t, look);
         else
             naive_.takePending(t, look);
@@ -179,7 +188,7 @@ private:
 
     Seen& seen_;
     Random& random_;
-    bool fromBuffer_, framed_, hostile_;
+    bool fromBuffer_, framed_, hostile_, usualPort_;
     double period_;
     Controller real_;
     naive::Controller naive_;

@@ -6,6 +6,7 @@
 #include <tracery/TimeDomainTriggerController.h>
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 /// The controller's rules over plain lists, written as plainly as they are told. The detectors and
@@ -74,7 +75,7 @@ struct Controller {
     std::deque<double> events;
     std::vector<std::pair<double, Fate>> consumed;
     Signal pending, inWindow;
-    Channel channelRead{0, 0};
+    std::optional<Channel> channelRead;
     double last = -inf, lastRead = -inf, lastReady = -inf, lastTrigger = -inf;
 
     void arm(bool flag)
@@ -92,6 +93,7 @@ struct Controller {
     {
         last = lastRead = lastReady = lastTrigger = -inf;
         arm(true);
+        channelRead.reset();
         newSignal();
     }
     void stepTo(double now)
@@ -126,7 +128,7 @@ struct Controller {
                                parts[static_cast<std::size_t>(complexity)], pairs);
         if (pairs.empty() || mode == ModeEnum::Off)
             return;
-        if (std::exchange(channelRead, channel) != channel)
+        if (std::exchange(channelRead, channel).value_or(channel) != channel)
             newSignal();
         Signal block;
         for (std::size_t i = 0; i < pairs.size(); i += 2)
@@ -171,6 +173,7 @@ struct Controller {
             return;
         double extrema[] = {inf, -inf};
         if (s.autoLevel) {
+            std::erase_if(inWindow, [&](Sample x) { return x.t >= block.front().t; }); // they come again
             inWindow.insert(inWindow.end(), block.begin(), block.end());
             std::erase_if(inWindow,
                           [&](Sample x) { return x.t < now - span || std::isnan(x.t) || !std::isfinite(x.x); });

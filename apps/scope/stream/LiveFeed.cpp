@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace scope {
@@ -38,6 +39,10 @@ LiveFeed::LiveFeed(std::unique_ptr<Recording> recording, const Pace& pace)
     mostSteps_ = std::max(capacity_, pace.mostBytes / stepBytes);
     buffer_.ResetBuffer({capacity_}, {info.channels.size()}, {1}, 1, BufferType::SingleRate,
                         {info.complex ? HostComplexity::complex : HostComplexity::real}, true);
+    try {
+        buffer_.reserveCapacity();    // the source does not wait for a ring to grow
+    } catch (const std::bad_alloc&) { // then it grows as steps come
+    }
     writer_ = std::thread([this] { write(); });
 }
 
@@ -117,8 +122,13 @@ void LiveFeed::makeRoom(const Batch& batch)
     const std::uint64_t before = capacity_;
     while (kept > capacity_ / 2 && capacity_ < mostSteps_)
         capacity_ = std::min(2 * capacity_, mostSteps_);
-    if (capacity_ != before)
+    if (capacity_ == before)
+        return;
+    try {
         buffer_.SetMaxNumTimeSteps({capacity_});
+    } catch (const std::bad_alloc&) { // it is as large as it gets
+        mostSteps_ = capacity_ = before;
+    }
 }
 
 /// Steps written at least before a reading that begins now.
