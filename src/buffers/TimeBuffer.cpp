@@ -146,6 +146,7 @@ void TimeBuffer::ResetBuffer(const Counts& maxNumTimeSteps, const Counts& maxDim
     state_->times.swap(times);
     state_->pattern = std::move(pattern);
     state_->hasNaNPattern = false;
+    state_->clearings += state_->initialized ? 1 : 0;
     state_->initialized = true;
 }
 
@@ -154,6 +155,7 @@ void TimeBuffer::resetInitialized()
     const Lock lock(*state_);
     if (!state_->initialized)
         return;
+    ++state_->clearings;
     state_->initialized = false;
     state_->ports.clear();
     state_->times.clear();

@@ -128,8 +128,13 @@ struct Controller {
             return;
         if (std::exchange(channelRead, channel) != channel)
             newSignal();
+        takeBlock(pairs, now, span);
+    }
+    void takeBlock(const std::vector<double>& pairs, double now, double span)
+    {
+        stepTo(now);
         Signal block;
-        for (std::size_t i = 0; i < pairs.size(); i += 2)
+        for (std::size_t i = 0; mode != ModeEnum::Off && i < pairs.size(); i += 2)
             block.push_back({pairs[i], pairs[i + 1]});
         detect(block, now, span);
     }
