@@ -2,6 +2,8 @@
 
 #include "scope/Program.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <array>
 #include <regex>
@@ -346,6 +348,36 @@ TEST_F(ProgramTest, StandardStreamsStandForFiles)
         EXPECT_EQ(run("info -", interrupted + how).status, status) << how;
     }
     EXPECT_TRUE(fs::is_empty(folder_ / "tmp")) << "nothing stays, whatever ends the program";
+}
+
+TEST_F(ProgramTest, LongRecordingsTakeNoMoreMemoryThanShortOnesNorAskForItAgain)
+{
+    const auto pagesTaken = [&](const std::string& arguments) {
+        rusage before{}, after{};
+        getrusage(RUSAGE_CHILDREN, &before);
+        EXPECT_EQ(run(arguments, "ASAN_OPTIONS=$ASAN_OPTIONS:quarantine_size_mb=1").status, 0) << arguments;
+        getrusage(RUSAGE_CHILDREN, &after);
+        return after.ru_minflt - before.ru_minflt;
+    };
+    // 10 MHz at the time stamps of today, where doubles are more than two steps apart.
+    std::string table = "time,v\n";
+    for (int i = 0; i < 400000; ++i) {
+        const std::string fraction = std::to_string(i);
+        table +=
+            "1760000000." + std::string(7 - fraction.size(), '0') + fraction + (i / 500 % 2 == 0 ? ",0\n" : ",1\n");
+    }
+    write("few.csv", table.substr(0, table.rfind('\n', table.size() / 10) + 1));
+    write("many.csv", table);
+    for (const std::string command : {"events --level 0.5 --span 10u ", "view --span 1 -o o.png "}) {
+        EXPECT_LT(pagesTaken(command + "many.csv") - pagesTaken(command + "few.csv"), 2000) << command;
+    }
+    const std::string header(
+        "RIFF\0\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\0\0\0\0", 44);
+    for (const char* name : {"few.wav", "many.wav"})
+        write(name, header);
+    fs::resize_file(folder_ / "few.wav", 1 << 20);
+    fs::resize_file(folder_ / "many.wav", 80 << 20);
+    EXPECT_LT(pagesTaken("view -o o.png many.wav") - pagesTaken("view -o o.png few.wav"), 4000);
 }
 
 TEST_F(ProgramTest, ThemesDifferInColoursOnly)
