@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <regex>
 #include <set>
 
@@ -348,6 +349,38 @@ TEST_F(ProgramTest, StandardStreamsStandForFiles)
         EXPECT_EQ(run("info -", interrupted + how).status, status) << how;
     }
     EXPECT_TRUE(fs::is_empty(folder_ / "tmp")) << "nothing stays, whatever ends the program";
+}
+
+TEST_F(ProgramTest, SpectraTakeTimesAsEvenThatRoundingMadeUneven)
+{
+    // A tone in a bin, at times rounded to doubles (where they are large) and to decimals.
+    struct Rounded {
+        double first, rate;
+        int decimals;
+        bool even;
+    };
+    for (const Rounded& each :
+         {Rounded{1760000000, 10e6, 7, true}, Rounded{1760000000, 4e6, 9, true}, Rounded{1760000000, 320e3, 9, true},
+          Rounded{0, 3e6, 6, true}, Rounded{5, 700e3, 6, true}, Rounded{5, 700e3, 9, false},
+          Rounded{1760000000, 10e3, 6, false}}) {
+        std::string table = "time,v\n";
+        for (int i = 0; i < 4096; ++i) {
+            char row[80];
+            const auto late = each.even || i % 7 != 3 ? 0.0L : 0.6L; // of a step
+            const auto time = (static_cast<long double>(i) + late) / static_cast<long double>(each.rate);
+            std::snprintf(row, sizeof row, "%.*Lf,%.6f\n", each.decimals, static_cast<long double>(each.first) + time,
+                          std::sin(2 * 3.14159265358979 * i / 16));
+            table += row;
+        }
+        write("rounded.csv", table);
+        const Outcome outcome = run("spectrum rounded.csv --segment 256 --peaks 1 -o o.csv");
+        EXPECT_EQ(outcome.status, each.even ? 0 : 2) << each.rate << outcome.err;
+        const std::size_t at = outcome.out.find("   1 ");
+        if (each.even && at != std::string::npos)
+            EXPECT_NEAR(std::stod(outcome.out.substr(at + 4)), each.rate / 16, each.rate * 1e-3) << outcome.out;
+        else
+            EXPECT_NE(outcome.err.find(" uneven"), std::string::npos) << outcome.out;
+    }
 }
 
 TEST_F(ProgramTest, LongRecordingsTakeNoMoreMemoryThanShortOnesNorAskForItAgain)
