@@ -1,11 +1,13 @@
 #include "StretchReader.h"
 
 #include "UsageError.h"
+#include "input/StandardInput.h"
 #include "quantity.h"
 #include "sources.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <utility>
 
@@ -113,6 +115,12 @@ bool StepLengths::areEven(const Recording& recording) const
 std::string StepLengths::text() const
 {
     return formatQuantity(shortest_.length, "s", 6) + " to " + formatQuantity(longest_.length, "s", 6);
+}
+
+void tellTakenAsEven(const Recording& recording, const std::string& lengths)
+{
+    std::fprintf(stderr, "tracery-scope: %s: the time steps, %s, are taken as even\n",
+                 nameStandardInput(recording.info().path).c_str(), lengths.c_str());
 }
 
 Sampling measureSampling(Recording& recording, const Stretch& stretch)

@@ -71,6 +71,10 @@ private:
     Step longest_{0, 0};
 };
 
+/// Prints that steps which are not quite even are taken as even.
+/// lengths  as StepLengths::requireEven tells them
+void tellTakenAsEven(const Recording& recording, const std::string& lengths);
+
 /// How many steps a stretch has, and how many a second.
 struct Sampling {
     std::uint64_t steps = 0;

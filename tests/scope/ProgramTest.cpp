@@ -106,6 +106,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"ccdf extremes.csv --channels 1 -o o.png", "channel 'huge' has values too large to square"},
         {"ccdf extremes.csv --channels 2,3 -o o.png", "channel 'tiny' has values too small to square"},
         {"spectrum uneven.csv --segment 2 -o o.png", "the time steps are uneven, 1 s to 9 s, the longest after 1 s: "},
+        {"ccdf uneven.csv -o o.png", "the time steps are uneven, 1 s to 9 s, the longest after 1 s: shares of samples"},
         {"spectrum drifting.csv -o o.png", "drifting.csv: the time steps are uneven: at 4.0024 s they are"},
         {"spectrum good.csv -o null.csv", "null.csv: cannot be written: it is no regular file"},
         {"view good.csv -o null.png", "null.png: cannot be written: it is no regular file"},
@@ -313,6 +314,15 @@ TEST_F(ProgramTest, MeasurementsPrintTheirTotalsAndSayWhatTheyLeftOut)
                                "missing or infinite values\n");
         EXPECT_EQ(read("o.csv").find("dead"), std::string::npos);
     }
+
+    // A logic line that is written where it changes, and one that misses a value: the mean goes by time.
+    write("held.csv", "time,v,w\n0,0,\n8,0,2\n8,1,4\n10,1,1\n");
+    const Outcome held = run("info held.csv");
+    for (const char* line : {" minimum      maximum mean by time    missing\n",
+                             "  1 v                           0            1          0.2          0\n",
+                             "  2 w                           1            4      2.16667          1\n"})
+        EXPECT_NE(held.out.find(line), std::string::npos) << held.out;
+    EXPECT_NE(run("info good.csv").out.find(" maximum         mean    missing\n"), std::string::npos);
 
     const Outcome ccdf = run("ccdf good.csv --channels v,w -o o.csv");
     for (const char* line : {"v: 1000 samples\n", "  average power  0.5          V² (-3.0103 dB re 1 V²)\n",
