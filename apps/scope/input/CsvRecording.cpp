@@ -69,11 +69,14 @@ CsvRecording::CsvRecording(File file, const OpenOptions& options) : file_(std::m
     info_.format = "CSV";
     info_.channels = layout_.channels;
     if (!layout_.hasTimes)
-        info_.rate = chooseRate(path, std::nullopt, options);
+        info_.rate = options.rate.value_or(1);
 
+    // Where the file is not what it seems, asking for a rate would mislead.
     first_ = {line.offset, line.number, {}};
     std::vector<double> values;
     firstTime_ = parseRow(line, progress_, values);
+    if (!layout_.hasTimes)
+        info_.rate = chooseRate(path, std::nullopt, options);
     goTo(first_);
 }
 
