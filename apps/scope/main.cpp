@@ -7,6 +7,7 @@
 #include <tracery/basics/Text.h>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -58,18 +59,26 @@ void checkCommand(CLI::App& app, int argc, char** argv)
     throw scope::UsageError("there is no command '" + first + "'" + scope::suggestion(first, known));
 }
 
+/// Standard output could not be written. One that reads it no more, as head does, has what it wanted.
+int complainOfOutput(const std::string& message)
+{
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    const bool readerHasGone = poll(&output, 1, 0) > 0 && (output.revents & POLLERR) != 0;
+    return readerHasGone ? 0 : complain(message);
+}
+
 /// The status, once standard output has taken everything.
 int delivered(int status)
 {
     const bool whole = std::cout.flush().good() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
-    return whole ? status : complain("standard output: cannot be written");
+    return whole ? status : complainOfOutput("standard output: cannot be written");
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    // A reader that has gone, or a file that may not grow, is an error like others, to be told; nothing is left half.
+    // A reader that has gone, or a file that may not grow, fails a write; nothing is left half.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     // Standard streams that are closed must not become files that are opened: text would go into pictures.
@@ -105,6 +114,7 @@ int main(int argc, char** argv)
     } catch (const std::bad_alloc&) {
         return complain("not enough memory");
     } catch (const std::exception& error) {
-        return complain(scope::nameStandardInput(error.what()));
+        const std::string message = scope::nameStandardInput(error.what());
+        return message.starts_with("standard output: ") ? complainOfOutput(message) : complain(message);
     }
 }

@@ -143,6 +143,9 @@ public:
     /// Takes one sample; every 1024 of them go through the detector at once. Nothing in Off.
     /// span  seconds of signal that auto level looks back on
     void processSample(double time, double value, double currentTime, double span);
+    /// Takes a block of samples, (time, value) pairs, at once; the first may be at the time of the last one before.
+    /// Nothing in Off. Only for callers in C++.
+    void processSamples(const std::vector<double>& pairs, double currentTime, double span);
     /// Runs the detector over what is new in a buffer without asking for a window. Nothing in Off.
     void processBuffer(const TimeBuffer& buffer, bool isFrameBased, double framePeriod, std::uint64_t port,
                        std::uint64_t channel, double currentTime, double span);
@@ -181,8 +184,10 @@ private:
     bool stepsBack(double currentTime) const;
     void resetIfSteppedBack(double currentTime);
     void updateEventQueue(double currentTime, double span);
-    void detect(const std::vector<double>& pairs, double currentTime, double span);
-    void updateWindowExtrema(const std::vector<double>& pairs, double extrema[2], double span, double currentTime);
+    enum class Repeated { mayBe, no }; ///< whether samples may be delivered again
+    void detect(const std::vector<double>& pairs, double currentTime, double span, Repeated repeated = Repeated::mayBe);
+    void updateWindowExtrema(const std::vector<double>& pairs, double extrema[2], double span, double currentTime,
+                             Repeated repeated);
     FoundEvent findLastDisplayableEvent(double offset, double currentTime, double span);
     void processEvent(FoundEvent event, double firstDisplayableTime, double currentTime, double span,
                       bool partialWindow, double& start, double& end);

@@ -147,6 +147,7 @@ void TimeBuffer::ResetBuffer(const Counts& maxNumTimeSteps, const Counts& maxDim
     state_->pattern = std::move(pattern);
     state_->hasNaNPattern = false;
     state_->held = false;
+    state_->clearings += state_->initialized ? 1 : 0;
     state_->initialized = true;
 }
 
@@ -155,6 +156,7 @@ void TimeBuffer::resetInitialized()
     const Lock lock(*state_);
     if (!state_->initialized)
         return;
+    ++state_->clearings;
     state_->initialized = false;
     state_->ports.clear();
     state_->times.clear();

@@ -15,6 +15,7 @@ void TimeBuffer::Clear()
     const Lock lock(*state_);
     if (!state_->initialized)
         return;
+    ++state_->clearings;
     for (State::TimeLine& line : state_->times)
         line.steps = 0;
     for (State::Port& port : state_->ports)
@@ -28,6 +29,7 @@ void TimeBuffer::ClearBackTo(double time)
     State& s = *state_;
     if (!s.initialized)
         return;
+    ++s.clearings;
     Steps newer = 0;
     Steps stepsBefore = 0; // of the time line that decides
     for (std::uint64_t k = 0; k < s.numPorts; ++k) {
@@ -58,6 +60,7 @@ void TimeBuffer::clearUptoLastTime()
     State& s = *state_;
     if (!s.initialized)
         return;
+    ++s.clearings;
     bool skip = false;
     Steps stepsBefore = 0;
     for (std::uint64_t k = 0; k < s.numPorts; ++k) {

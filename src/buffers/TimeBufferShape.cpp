@@ -43,6 +43,7 @@ void TimeBuffer::State::reshape(const std::map<std::uint64_t, Counts>& extentsOf
             std::swap(times[k], *newTimes[k]);
     pattern = std::move(newPattern);
     hasNaNPattern = false;
+    ++clearings;
 }
 
 void TimeBuffer::SetMaxDimensions(const std::vector<int>& extents, std::uint64_t port)

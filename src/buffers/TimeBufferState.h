@@ -93,6 +93,7 @@ struct TimeBuffer::State {
     bool held = false;           ///< all rings are
     bool hasNaNPattern = false;
     DataPattern pattern{0};
+    std::uint64_t clearings = 0; ///< how often steps were dropped other than for want of room
 
     // Set-up (TimeBuffer.cpp)
     void requirePort(std::uint64_t port) const;

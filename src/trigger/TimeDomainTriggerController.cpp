@@ -236,6 +236,15 @@ void TimeDomainTriggerController::processSample(double time, double value, doubl
     }
 }
 
+void TimeDomainTriggerController::processSamples(const std::vector<double>& pairs, double currentTime, double span)
+{
+    resetIfSteppedBack(currentTime);
+    if (mode_ == ModeEnum::Off || pairs.empty())
+        return;
+    updateEventQueue(currentTime, span);
+    detect(pairs, currentTime, span, Repeated::no);
+}
+
 void TimeDomainTriggerController::processBuffer(const TimeBuffer& buffer, bool isFrameBased, double framePeriod,
                                                 std::uint64_t port, std::uint64_t channel, double currentTime,
                                                 double span)
@@ -264,11 +273,12 @@ void TimeDomainTriggerController::updateEventQueue(double currentTime, double sp
 }
 
 /// Shows the detector a block that is not empty.
-void TimeDomainTriggerController::detect(const std::vector<double>& pairs, double currentTime, double span)
+void TimeDomainTriggerController::detect(const std::vector<double>& pairs, double currentTime, double span,
+                                         Repeated repeated)
 {
     double extrema[] = {kInfinity, -kInfinity};
     if (autoLevel_)
-        updateWindowExtrema(pairs, extrema, span, currentTime);
+        updateWindowExtrema(pairs, extrema, span, currentTime, repeated);
     detector_->updateEventQueue(pairs.data(), pairs.size() / 2, extrema, span, eventQueue_);
     lastReadTime_ = pairs[pairs.size() - 2];
 }
@@ -276,14 +286,14 @@ void TimeDomainTriggerController::detect(const std::vector<double>& pairs, doubl
 /// Extremes of the channel over the last `span` seconds, kept as two monotone queues: an entry leaves when it is too
 /// old, or when a newer one makes it irrelevant, so each sample is handled once.
 void TimeDomainTriggerController::updateWindowExtrema(const std::vector<double>& pairs, double extrema[2], double span,
-                                                      double currentTime)
+                                                      double currentTime, Repeated repeated)
 {
     const double windowStart = currentTime - span;
     for (auto* queue : {&windowMinima_, &windowMaxima_}) {
         while (!queue->empty() && windowStart > queue->front().time)
             queue->pop_front();
         // Samples that are delivered again replace the old ones.
-        while (!queue->empty() && queue->back().time >= pairs[0])
+        while (repeated == Repeated::mayBe && !queue->empty() && queue->back().time >= pairs[0])
             queue->pop_back();
     }
     for (std::size_t i = 0; i < pairs.size(); i += 2) {

@@ -20,6 +20,9 @@ struct PortModel {
     std::uint64_t capacity = 1;
     std::vector<double> times;
     std::vector<Block> steps;
+    std::uint64_t unread = 0; ///< written since readAfter, dropped again or not
+    bool cleared = false;     ///< since readAfter
+    TimeBuffer::ReadPosition position;
 
     std::uint64_t width() const
     {

@@ -46,6 +46,9 @@ public:
     void step()
     {
         const std::uint64_t choice = below(100);
+        if (choice >= 60 && choice < 73)
+            for (PortModel& port : ports_)
+                port.cleared = true;
         if (choice < 60)
             add();
         else if (choice < 63)
@@ -140,6 +143,7 @@ private:
             }
             ports_[k].times.insert(ports_[k].times.end(), times.begin(), times.end());
             ports_[k].steps.insert(ports_[k].steps.end(), blocks.begin(), blocks.end());
+            ports_[k].unread += n;
             ports_[k].trim();
         }
     }
@@ -219,6 +223,8 @@ private:
         checkSteps(port, HostArrayPtr(time), HostArrayPtr(value), any ? s : 0, any ? e : -1);
         buffer_.GetTimeAndValue(k, time, value);
         checkSteps(port, HostArrayPtr(time), HostArrayPtr(value), 0, static_cast<int>(port.times.size()) - 1);
+        if (chance(0.4))
+            checkReadAfter(k);
         checkInterleaved(k, tStart, tEnd, widen);
         checkSamplesAfter(k, chance(0.1) ? -INFINITY : tStart);
         checkSamplesBetween(k, chance(0.3) ? -INFINITY : tStart, chance(0.3) ? INFINITY : tEnd);
@@ -243,6 +249,32 @@ private:
         if (value) {
             ASSERT_EQ(getDimensions(value.get())[0], port.width());
         }
+    }
+
+    /// What was written since the last reading, or all after a clearing.
+    void checkReadAfter(std::uint64_t k)
+    {
+        PortModel& port = ports_[k];
+        const std::size_t stored = port.times.size();
+        const std::size_t got = port.cleared ? stored : std::min<std::uint64_t>(port.unread, stored);
+        const std::uint64_t lost = port.cleared ? 0 : port.unread - got;
+        std::vector<double> times, real, imag;
+        for (std::size_t i = stored - got; i < stored; ++i) {
+            times.push_back(port.times[i]);
+            for (const std::complex<double> element : port.steps[i]) {
+                real.push_back(element.real());
+                if (port.complex)
+                    imag.push_back(element.imag());
+            }
+        }
+        ASSERT_EQ(buffer_.readAfter(k, port.position, read_), lost);
+        ASSERT_TRUE(sameBits(read_.times, times));
+        ASSERT_TRUE(sameBits(read_.real, real));
+        ASSERT_TRUE(sameBits(read_.imag, imag));
+        if (stored == 0)
+            return; // a port without steps leaves its readers where they are
+        port.unread = 0;
+        port.cleared = false;
     }
 
     void checkInterleaved(std::uint64_t k, double tStart, double tEnd, bool widen)
@@ -374,6 +406,7 @@ private:
     std::vector<double> last_;
     std::vector<PortModel> ports_;
     TimeBuffer buffer_;
+    TimeBuffer::ReadSteps read_;
 };
 
 } // namespace tracery::test

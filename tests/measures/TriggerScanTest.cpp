@@ -103,6 +103,31 @@ TEST(TriggerScanTest, FindsExactlyThePlantedEventsAtAnyBlockSize)
         }
 }
 
+TEST(TriggerScanTest, FindsThemAlsoWhereBlocksPartSamplesOfOneTime)
+{
+    const double first = 1.76e9;
+    for (const std::size_t block : {1UL, 5UL, 1000000UL})
+        for (const bool autoLevel : {false, true}) {
+            Table table = signalOf(kPlants[0], 200000);
+            table.time = [first](std::size_t i) { return first + static_cast<double>(i) * 1e-7; };
+            TriggerScan scan(reader(std::move(table), block), 0, first, 1e-3);
+            TriggerSettings settings = settingsFor(kPlants[0]);
+            if (autoLevel)
+                settings.level.reset();
+            configure(scan.controller(), settings, {0, 1, 1});
+            std::vector<double> events;
+            scan.run([&](const TriggerEvent& event) { return events.push_back(event.time), true; }, [](double) {});
+            std::size_t misplaced = 0, cell = 5;
+            if (!autoLevel)
+                for (const double event : events) {
+                    misplaced += std::abs(event - first - static_cast<double>(cell * kCell + 100) * 1e-7) > 5e-7;
+                    cell += 13;
+                }
+            EXPECT_EQ(misplaced, 0U);
+            EXPECT_GE(events.size(), 15U) << block << autoLevel;
+        }
+}
+
 TEST(TriggerScanTest, TotalsReconcileAndOnceShowsOneWindow)
 {
     const Plant& edge = kPlants[0];

@@ -162,6 +162,49 @@ TEST_F(InputTest, WavFilesWhoseLengthWasNeverFilledInAreReadToTheirEnd)
     }
 }
 
+TEST_F(InputTest, WavFilesLongerThanTheirLengthFieldAreReadToTheEnd)
+{
+    writeSound("head.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 100);
+    const std::string head = content("head.wav").substr(0, 44);
+    const auto length = [](std::uint64_t value) {
+        std::string field;
+        for (int i = 0; i < 4; ++i, value >>= 8)
+            field += static_cast<char>(value & 0xFF);
+        return field;
+    };
+    constexpr std::uint64_t kWrap = std::uint64_t{1} << 32, kBytes = kWrap + 1000;
+    const std::string chunk = "LIST" + length(4) + "INFO";
+    struct Case {
+        std::string head;
+        std::uint64_t bytes; ///< of samples
+        std::string after;
+    };
+    const std::string rf64 = "RF64" + length(~0U) + "WAVEds64" + length(28) + std::string(28, '\0') +
+                             head.substr(12, 24) + "data" + length(~0U);
+    for (const Case& each :
+         {Case{head.substr(0, 40) + length(0), kBytes, ""}, Case{head.substr(0, 40) + length(~0U), kBytes, ""},
+          Case{head.substr(0, 40) + length(kBytes), kBytes, ""},
+          Case{head.substr(0, 40) + length(kBytes), kBytes, chunk},
+          Case{head.substr(0, 40) + length(kBytes), kBytes + kWrap, chunk}, Case{rf64, kBytes, ""},
+          Case{head.substr(0, 40) + length(kBytes), 1000, std::string(5000, '\0')}}) {
+        write("long.wav", each.head);
+        std::filesystem::resize_file(path("long.wav"), each.head.size() + each.bytes - 2); // a hole
+        std::ofstream(path("long.wav"), std::ios::binary | std::ios::app) << std::string("\0\x40", 2) << each.after;
+        const auto recording = openRecording(path("long.wav"), {});
+        const std::uint64_t steps = each.bytes / 2;
+        EXPECT_EQ(recording->info().steps, steps);
+        EXPECT_EQ(recording->range().last, static_cast<double>(steps - 1) / 8000);
+        recording->seek(recording->range().last);
+        const Block tail = rest(*recording);
+        EXPECT_EQ(tail.real, (std::vector<double>{0, 0.5}));
+    }
+    std::string big = head;
+    big.replace(0, 4, "RIFX").replace(16, 4, std::string("\0\0\0\x10", 4)).replace(40, 4, length(0));
+    std::filesystem::resize_file(write("long.wav", big), kBytes);
+    EXPECT_EQ(failure("long.wav"),
+              "long.wav: byte 40: more than 4 GiB of samples follow, which a big-endian WAV file has no length for");
+}
+
 TEST_F(InputTest, BrokenCompressedSoundIsToldWithTheFrame)
 {
     writeSound("whole.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 1, 40000);

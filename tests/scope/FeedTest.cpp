@@ -50,15 +50,12 @@ TEST(FeedThreadTest, HandsOutEveryStepOfEveryPortOnceAndInOrder)
     double behind = 0;
     while (const auto got = feed.next()) {
         const Table& table = tables[got->port];
-        const double* times = getRealData(got->times.get());
-        const double* real = getRealData(got->values.get());
-        const double* imag = getImagData(got->values.get());
         for (std::size_t i = 0; i < got->count(); ++i) {
             const std::size_t step = seen[got->port]++;
-            wrong += times[i] != allTimes[got->port].at(step);
+            wrong += got->times[i] != allTimes[got->port].at(step);
             for (std::size_t c = 0; c < table.channels; ++c) {
-                wrong += real[i * table.channels + c] != valueAt(step, c);
-                wrong += table.complex && imag[i * table.channels + c] != -valueAt(step, c);
+                wrong += got->real[i * table.channels + c] != valueAt(step, c);
+                wrong += table.complex && got->imag[i * table.channels + c] != -valueAt(step, c);
             }
         }
         if (seen[0] > 0 && seen[0] < steps[0] && seen[1] > 0 && seen[1] < steps[1])
@@ -70,13 +67,31 @@ TEST(FeedThreadTest, HandsOutEveryStepOfEveryPortOnceAndInOrder)
     EXPECT_EQ(feed.reached(), std::max({allTimes[0].back(), allTimes[1].back(), allTimes[2].back()}));
 }
 
+TEST(FeedThreadTest, MemoryDoesNotFollowTimesThatDoublesHardlyTellApart)
+{
+    // Ten megasamples a second at the time stamps of today, several steps to a double, and a table of a single time.
+    for (const double step : {1e-7, 0.0}) {
+        const auto time = [step](std::size_t i) { return 1.76e9 + static_cast<double>(i) * step; };
+        Feed feed(open({Table{1, false, 300000, time, valueAt}}), -1e18, 1e18);
+        std::size_t steps = 0, wrong = 0, most = 0;
+        while (const auto got = feed.next()) {
+            most = std::max(most, got->count());
+            for (std::size_t i = 0; i < got->count(); ++i, ++steps)
+                wrong += got->times[i] != time(steps) || got->real[i] != valueAt(steps, 0);
+        }
+        EXPECT_EQ(steps, 300000U);
+        EXPECT_EQ(wrong, 0U);
+        EXPECT_LE(most, 32U * 4096) << "what the buffer keeps";
+    }
+}
+
 TEST(FeedThreadTest, AWindowComesWithTheStepsOnBothSides)
 {
     const Table table{1, false, 1000, [](std::size_t i) { return static_cast<double>(i); }, valueAt};
     Feed feed(open({table}), 100.5, 200.0);
     std::vector<double> times;
     while (const auto got = feed.next())
-        times.insert(times.end(), getRealData(got->times.get()), getRealData(got->times.get()) + got->count());
+        times.insert(times.end(), got->times.begin(), got->times.end());
     ASSERT_EQ(times.size(), 102U);
     EXPECT_EQ(times.front(), 100.0);
     EXPECT_EQ(times.back(), 201.0);

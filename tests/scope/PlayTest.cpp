@@ -99,10 +99,11 @@ TEST_F(PlayTest, EndsWithTotalsOfWhatCameOnCtrlCAndWhenTheSourceFails)
     // Before the header, before the first row, within the third row, whose first two are one step each.
     const std::pair<const char*, unsigned long long> cases[] = {{"", 0}, {"t,v\\n", 0}, {"time,v\\n0,1\\n1,2\\n2,", 1}};
     for (const auto& [sent, steps] : cases) {
-        // exec: the program is what timeout interrupts, and its status is the pipeline's.
-        const Outcome outcome =
-            run("--version >/dev/null && (printf '" + std::string(sent) + "'; sleep 1.2) | exec timeout -s INT " +
-                "--preserve-status 0.6 '" TRACERY_SCOPE "' play -");
+        // exec: the program is what timeout interrupts, and its status is the pipeline's. --foreground: a second interrupt,
+        // to the whole group, would kill it.
+        const Outcome outcome = run("--version >/dev/null && (printf '" + std::string(sent) +
+                                    "'; sleep 1.2) | exec timeout --foreground -s INT " +
+                                    "--preserve-status 0.6 '" TRACERY_SCOPE "' play -");
         EXPECT_EQ(totalsOf(outcome).in, steps) << sent << outcome.err;
         EXPECT_EQ(outcome.err, "");
     }

@@ -71,6 +71,30 @@ TEST(ScopeDisplayTest, ShowsTheSamplesOfItsWindowHoweverTheyCome)
     }
 }
 
+TEST(ScopeDisplayTest, SamplesStayAtTheirTimesWhereADoubleHoldsSeveral)
+{
+    tracery::embedded::EmbeddedHost host;
+    const tracery::HostScope attached(host);
+    tracery::publishClasses(host.objects());
+    for (const double from : {0.0, 1.76e9, -1.76e9}) {
+        std::vector<double> times, numbers;
+        for (int i = 0; i < 100000; ++i) {
+            times.push_back(from + i * 1e-7);
+            numbers.push_back(i);
+        }
+        ScopeDisplay display(host, from, 0.01, 50, 1);
+        for (int round = 0; round < 2; ++round) {
+            display.add(0, times.data(), numbers.data(), times.size(), 1);
+            display.finish();
+            const std::vector<Point> points = display.points(0);
+            ASSERT_GE(points.size(), 50U);
+            for (std::size_t i = 0; i + 1 < points.size(); ++i) // the last one ends the line
+                ASSERT_EQ(points[i].x, times[static_cast<std::size_t>(points[i].y)]) << from;
+            display.restart(from);
+        }
+    }
+}
+
 TEST(PanelSorterTest, ALineWithNothingInTheWindowLeavesItsPanelsLimitsAlone)
 {
     for (const bool silentFirst : {true, false}) {

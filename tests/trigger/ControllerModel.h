@@ -37,8 +37,9 @@ class RandomController {
 public:
     /// kind  a number from 0: 12 kinds of run follow each other
     RandomController(Random& random, unsigned kind, Seen& seen)
-        : seen_(seen), random_(random), fromBuffer_(kind % 3 > 0), framed_(chance(0.5)), hostile_(kind % 4 == 3),
-          usualPort_(chance(0.5)), period_(oneOf(random_, {0.5, 0.5, inf}))
+        : seen_(seen), random_(random), fromBuffer_(kind % 3 > 0), inBlocks_(kind % 3 == 0 && chance(0.5)),
+          framed_(chance(0.5)), hostile_(kind % 4 == 3), usualPort_(chance(0.5)),
+          period_(oneOf(random_, {0.5, 0.5, inf}))
     {}
 
     void step()
@@ -76,18 +77,29 @@ private:
     {
         const std::uint64_t port = random_() % 2;
         const bool byHand = !fromBuffer_ || chance(0.05);
+        std::vector<double> pairs;
         for (auto n = random_() % (!fromBuffer_ && chance(0.3) ? 900 : 30); n > 0; --n) {
             const double jitter = std::uniform_real_distribution<>(0.01, 0.3)(random_);
-            clock_ += framed_ && fromBuffer_ ? oneOf(random_, {0.5, 1, 0.5 + jitter})
-                                             : oneOf(random_, {0.25, 0.25, jitter, fromBuffer_ ? 0.0 : 1.0});
+            clock_ += framed_ && fromBuffer_
+                          ? oneOf(random_, {0.5, 1, 0.5 + jitter})
+                          : oneOf(random_, {0.25, 0.25, jitter, fromBuffer_ || inBlocks_ ? 0.0 : 1.0});
             const double re = value(heldReal_), im = value(heldImag_);
             if (fromBuffer_ && !byHand) {
                 addStep(buffer_, port, clock_, {{re, im}, {im, re}});
                 continue;
             }
+            if (inBlocks_) {
+                pairs.insert(pairs.end(), {clock_, re});
+                continue;
+            }
             const double t = chance(0.001) ? now() : clock_, look = span();
             real_.processSample(clock_, re, t, look);
             naive_.takeSample(clock_, re, t, look);
+        }
+        if (!pairs.empty()) {
+            const double t = now(), look = span();
+            real_.processSamples(pairs, t, look);
+            naive_.takeBlock(pairs, t, look);
         }
         if (byHand && fromBuffer_)
             ask(byHand); // none may wait while later ones are read
@@ -188,7 +200,7 @@ private:
 
     Seen& seen_;
     Random& random_;
-    bool fromBuffer_, framed_, hostile_, usualPort_;
+    bool fromBuffer_, inBlocks_, framed_, hostile_, usualPort_;
     double period_;
     Controller real_;
     naive::Controller naive_;

@@ -130,10 +130,15 @@ struct Controller {
             return;
         if (std::exchange(channelRead, channel).value_or(channel) != channel)
             newSignal();
+        takeBlock(pairs, now, span, true);
+    }
+    void takeBlock(const std::vector<double>& pairs, double now, double span, bool mayRepeat = false)
+    {
+        stepTo(now);
         Signal block;
-        for (std::size_t i = 0; i < pairs.size(); i += 2)
+        for (std::size_t i = 0; mode != ModeEnum::Off && i < pairs.size(); i += 2)
             block.push_back({pairs[i], pairs[i + 1]});
-        detect(block, now, span);
+        detect(block, now, span, mayRepeat);
     }
 
     Window window(double first, double now, double span, bool partial)
@@ -167,13 +172,14 @@ struct Controller {
         return {start, start + span};
     }
 
-    void detect(const Signal& block, double now, double span)
+    void detect(const Signal& block, double now, double span, bool mayRepeat = true)
     {
         if (block.empty())
             return;
         double extrema[] = {inf, -inf};
         if (s.autoLevel) {
-            std::erase_if(inWindow, [&](Sample x) { return x.t >= block.front().t; }); // they come again
+            if (mayRepeat) // samples from before that come again
+                std::erase_if(inWindow, [&](Sample x) { return x.t >= block.front().t; });
             inWindow.insert(inWindow.end(), block.begin(), block.end());
             std::erase_if(inWindow,
                           [&](Sample x) { return x.t < now - span || std::isnan(x.t) || !std::isfinite(x.x); });

@@ -145,9 +145,17 @@ void runCcdf(const CcdfOptions& options)
         numbers.push_back(chosen.channel);
 
     PowerStatistics statistics(recording.info().channels.size(), numbers, options.bins, options.resolutionDecibels);
+    StepLengths lengths;
     Block block;
-    for (StretchReader reader(recording, options.stretch); reader.next(block);)
+    for (StretchReader reader(recording, options.stretch); reader.next(block);) {
         statistics.add(block.real, block.imag);
+        if (!recording.info().rate)
+            lengths.add(block.times);
+    }
+    const std::string uneven = lengths.requireEven(
+        recording, "shares of samples are not shares of the time there; try a stretch of even ones (--from, --span)");
+    if (!uneven.empty())
+        tellTakenAsEven(recording, uneven);
     const std::vector<std::size_t> live = check(statistics, channels);
     for (StretchReader reader(recording, options.stretch); reader.next(block);)
         statistics.countAbove(block.real, block.imag);

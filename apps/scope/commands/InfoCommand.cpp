@@ -2,6 +2,7 @@
 #include "libraries.h"
 #include "stream/Progress.h"
 #include "stream/StandardInput.h"
+#include "stream/StretchReader.h"
 
 #include <tracery/basics/quantity.h>
 #include <tracery/recordings/Recording.h>
@@ -21,6 +22,8 @@ struct ChannelStatistics {
     double sum = 0;
     std::uint64_t finite = 0;
     std::uint64_t missing = 0;
+    double integral = 0; ///< of the finite values, each over the time that is nearest to its own
+    double time = 0;     ///< all of that
 
     void add(double value)
     {
@@ -33,22 +36,56 @@ struct ChannelStatistics {
         sum += value;
         ++finite;
     }
+    void addTime(double value, double seconds)
+    {
+        if (!std::isfinite(value))
+            return;
+        integral += value * seconds;
+        time += seconds;
+    }
+    double mean(bool byTime) const { return byTime && time > 0 ? integral / time : sum / static_cast<double>(finite); }
+};
+
+/// Hands each value the halves of the steps on both sides of it.
+class TimeShares {
+public:
+    void add(const Block& block, std::size_t channels, std::vector<ChannelStatistics>& statistics)
+    {
+        for (std::size_t i = 0; i < block.steps(); ++i) {
+            const double* values = &block.real[i * channels];
+            const double half = last_.empty() ? 0 : (block.times[i] - lastTime_) / 2;
+            for (std::size_t c = 0; c < channels; ++c) {
+                if (!last_.empty())
+                    statistics[c].addTime(last_[c], half);
+                statistics[c].addTime(values[c], half);
+            }
+            last_.assign(values, values + channels);
+            lastTime_ = block.times[i];
+        }
+    }
+
+private:
+    std::vector<double> last_;
+    double lastTime_ = 0;
 };
 
 /// Statistics of every channel; for complex recordings of the in-phase part and then of the quadrature part.
-std::vector<ChannelStatistics> scan(Recording& recording, const TimeRange& range, std::uint64_t& steps)
+std::vector<ChannelStatistics> scan(Recording& recording, const TimeRange& range, StepLengths& lengths)
 {
     const RecordingInfo& info = recording.info();
     const std::size_t channels = info.channels.size();
     std::vector<ChannelStatistics> statistics(channels * (info.complex ? 2 : 1));
     Progress progress;
+    TimeShares shares;
     Block block;
     for (recording.read(block, 8192); block.steps() > 0; recording.read(block, 8192)) {
         for (std::size_t i = 0; i < block.real.size(); ++i)
             statistics[i % channels].add(block.real[i]);
         for (std::size_t i = 0; i < block.imag.size(); ++i)
             statistics[channels + i % channels].add(block.imag[i]);
-        steps += block.steps();
+        lengths.add(block.times);
+        if (!info.rate)
+            shares.add(block, channels, statistics);
         progress.show((block.times.back() - range.first) / (range.last - range.first));
     }
     return statistics;
@@ -58,17 +95,19 @@ void printInfo(Recording& recording)
 {
     const RecordingInfo& info = recording.info();
     const TimeRange range = recording.range();
-    std::uint64_t steps = 0;
-    const std::vector<ChannelStatistics> statistics = scan(recording, range, steps);
+    StepLengths lengths;
+    const std::vector<ChannelStatistics> statistics = scan(recording, range, lengths);
+    const bool byTime = !info.rate && lengths.steps() > 1 && !lengths.areEven(recording);
 
     std::printf("%s\n  format    %s\n", nameStandardInput(info.path).c_str(), info.format.c_str());
     if (info.rate)
         std::printf("  rate      %s\n", formatQuantity(*info.rate, "Hz").c_str());
     if (info.centerFrequency)
         std::printf("  center    %.9g Hz\n", *info.centerFrequency);
-    std::printf("  steps     %llu\n  time      %.15g s to %.15g s (%s)\n", static_cast<unsigned long long>(steps),
-                range.first, range.last, formatQuantity(range.last - range.first, "s").c_str());
-    std::printf("  channel                  minimum      maximum         mean    missing\n");
+    std::printf("  steps     %llu\n  time      %.15g s to %.15g s (%s)\n",
+                static_cast<unsigned long long>(lengths.steps()), range.first, range.last,
+                formatQuantity(range.last - range.first, "s").c_str());
+    std::printf("  channel                  minimum      maximum %12s    missing\n", byTime ? "mean by time" : "mean");
     for (std::size_t i = 0; i < statistics.size(); ++i) {
         const Channel& channel = info.channels[i % info.channels.size()];
         std::string name = std::to_string(i % info.channels.size() + 1) + " " + channel.name;
@@ -79,7 +118,7 @@ void printInfo(Recording& recording)
         const ChannelStatistics& s = statistics[i];
         std::printf("  %-18s", name.c_str());
         if (s.finite > 0)
-            std::printf(" %12.6g %12.6g %12.6g", s.low, s.high, s.sum / static_cast<double>(s.finite));
+            std::printf(" %12.6g %12.6g %12.6g", s.low, s.high, s.mean(byTime));
         else
             std::printf(" %12s %12s %12s", "-", "-", "-");
         std::printf(" %10llu\n", static_cast<unsigned long long>(s.missing));

@@ -251,8 +251,7 @@ void runSpectrum(const SpectrumOptions& options)
     const std::vector<std::size_t> live = check(estimate, channels, recording, options.stretch);
 
     if (!sampling.uneven.empty())
-        std::fprintf(stderr, "tracery-scope: %s: the time steps, %s, are taken as even\n",
-                     nameStandardInput(info.path).c_str(), sampling.uneven.c_str());
+        tellTakenAsEven(recording, sampling.uneven);
 
     const OneSided oneSided{!info.complex, !info.complex && settings.segment % 2 == 0};
     const std::vector<Curve> curves = makeCurves(estimate, channels, live, options, oneSided, info.complex);

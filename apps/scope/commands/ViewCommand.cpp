@@ -63,11 +63,11 @@ Window chooseStretch(Recordings& recordings, const ViewOptions& options)
     return {from, to > from ? to : from + std::max(1e-6, std::abs(from) * 1e-9)};
 }
 
-/// throws  UsageError when doubles cannot tell the window's columns apart
-void requireResolution(const Window& stretch, double span, int columns)
+/// throws  UsageError when doubles cannot tell the window's ends apart
+void requireResolution(const Window& stretch, double span)
 {
     const double latest = std::max(std::abs(stretch.from), std::abs(stretch.to));
-    if (!(latest + span / columns > latest))
+    if (!(latest + span > latest))
         throw UsageError("a span of " + formatQuantity(span, "s") + " is too short to tell times apart at " +
                          formatQuantity(latest, "s"));
 }
@@ -122,7 +122,7 @@ void runView(const ViewOptions& options)
                                              : chooseWindow(recordings, options);
     const double whole = stretch.to - stretch.from;
     const double span = options.overrun ? options.span.value_or(whole / 10) : whole;
-    requireResolution(stretch, span, plotWidth(options.width));
+    requireResolution(stretch, span);
 
     std::vector<Line> lines =
         chooseLines(recordings, options.channels, triggered ? std::optional(triggered->source) : std::nullopt);

@@ -36,20 +36,17 @@ StepsPainter::StepsPainter(const Recordings& recordings, const std::vector<Line>
 void StepsPainter::paint(const FeedSteps& steps)
 {
     const std::size_t stride = channels_[steps.port];
-    const double* times = tracery::getRealData(steps.times.get());
-    const std::span<const double> shown = display_.advance({times, steps.count()});
-    const auto first = static_cast<std::size_t>(shown.data() - times);
+    const std::span<const double> shown = display_.advance(steps.times);
+    const auto first = static_cast<std::size_t>(shown.data() - steps.times.data());
     const std::size_t count = shown.size();
-    times = shown.data();
+    const double* times = shown.data();
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         const LineSource& source = lines_[i].source;
         if (source.port != steps.port)
             continue;
         const std::size_t offset = first * stride + source.channel;
-        const double* real = tracery::getRealData(steps.values.get()) + offset;
-        const double* imag = tracery::getImagData(steps.values.get());
-        if (imag != nullptr)
-            imag += offset;
+        const double* real = steps.real.data() + offset;
+        const double* imag = steps.imag.empty() ? nullptr : steps.imag.data() + offset;
         if (isPolar(source.part)) {
             polar_.resize(count);
             for (std::size_t k = 0; k < count; ++k)

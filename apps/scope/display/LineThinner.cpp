@@ -33,7 +33,7 @@ void LineThinner::add(const double* times, const double* values, std::size_t cou
         if (count_ == kBatchPoints) {
             thin(false);
         } else {
-            lastTime_ = later(times[i++], lastTime_); // not a number
+            lastTime_ = later(times[i++] - origin_, lastTime_); // not a number
             closeRun();
         }
     }
@@ -46,9 +46,10 @@ std::size_t LineThinner::addRun(const double* times, const double* values, std::
     const std::size_t most = std::min(count, kBatchPoints - count_);
     double* pairs = pairs_ + 2 * count_;
     double lastTime = lastTime_;
+    const double origin = origin_;
     std::size_t added = 0;
     for (; added < most && std::isfinite(values[added * stride]); ++added) {
-        lastTime = later(times[added], lastTime);
+        lastTime = later(times[added] - origin, lastTime);
         pairs[2 * added] = lastTime;
         pairs[2 * added + 1] = values[added * stride];
     }

@@ -17,6 +17,9 @@ class LineThinner {
 public:
     LineThinner(std::shared_ptr<tracery::TimeScopeLine> line, double columnsPerSecond);
 
+    /// The line's points are drawn at their distance from `origin`, which leaves room between times that are large beside
+    /// their differences. Counts from the next sample of an empty thinner on.
+    void setOrigin(double origin) { origin_ = origin; }
     /// Adds `count` samples; sample i is values[i * stride] at times[i]. Times must not decrease.
     void add(const double* times, const double* values, std::size_t count, std::size_t stride);
     /// Draws all but the newest column, which may still grow. When and how often makes no difference to the line.
@@ -34,6 +37,7 @@ private:
 
     std::shared_ptr<tracery::TimeScopeLine> line_;
     double columnsPerSecond_;
+    double origin_ = 0;           ///< seconds
     tracery::HostArrayPtr batch_; ///< (time, value) pairs: the column that was open, then what is not thinned yet
     double* pairs_;               ///< the batch's data
     std::size_t count_ = 0;       ///< points in the batch

@@ -3,6 +3,7 @@
 #include <tracery/embedded/LineAnimator.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 namespace scope {
@@ -11,7 +12,19 @@ using namespace tracery;
 
 namespace {
 constexpr std::size_t kMostPoints = 1 << 16;
+constexpr int kOriginBits = 10;
+
+/// A time beside which those of a window from `from` are small. Their differences from it are doubles, as it is a multiple
+/// of a power of two that is no later than they are; 0 where a window is no shorter than a thousandth of its times.
+double originNear(double from, double span)
+{
+    int exponent = 0;
+    std::frexp(span, &exponent);
+    const double unit = std::ldexp(1.0, exponent + kOriginBits);
+    const double units = std::trunc(from / unit);
+    return std::isinf(unit) ? 0 : std::isinf(units) ? from : units * unit;
 }
+} // namespace
 
 ScopeDisplay::ScopeDisplay(embedded::EmbeddedHost& host, double from, double span, int columns, std::size_t lines)
     : host_(host)
@@ -32,6 +45,14 @@ ScopeDisplay::ScopeDisplay(embedded::EmbeddedHost& host, double from, double spa
     setLines(lineObjects.get());
     for (std::size_t i = 0; i < lines; ++i)
         drawn_.push_back({animated[i], LineThinner(getTimeScopeLine(i), columns / span), kMostPoints, {}, from});
+    setOrigin(from);
+}
+
+void ScopeDisplay::setOrigin(double from)
+{
+    origin_ = originNear(from, getTimeSpan());
+    for (DrawnLine& line : drawn_)
+        line.thinner.setOrigin(origin_);
 }
 
 void ScopeDisplay::follow(TimeOverrunModeEnum mode, double until)
@@ -92,6 +113,7 @@ void ScopeDisplay::restart(double from)
     setStartTime(from);
     for (DrawnLine& line : drawn_)
         line.thinner.restart();
+    setOrigin(from);
 }
 
 void ScopeDisplay::drawPending()
@@ -114,7 +136,7 @@ void ScopeDisplay::trim(DrawnLine& line)
         return;
     std::size_t first = 0;
     for (std::size_t i = 0; i < points.size(); i += 2)
-        if (points[i] < getStartTime())
+        if (points[i] + origin_ < getStartTime())
             first = i;
     const std::vector<double> kept(points.begin() + static_cast<std::ptrdiff_t>(first), points.end());
     host_.animator().reset(line.animated);
@@ -128,7 +150,7 @@ std::vector<Point> ScopeDisplay::points(std::size_t line) const
     std::vector<Point> points;
     points.reserve(drawn.size() / 2);
     for (std::size_t i = 0; i + 1 < drawn.size(); i += 2)
-        points.push_back({drawn[i], drawn[i + 1]});
+        points.push_back({drawn[i] + origin_, drawn[i + 1]});
     return points;
 }
 

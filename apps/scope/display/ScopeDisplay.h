@@ -49,11 +49,13 @@ private:
         std::vector<double> edge; ///< the values at the newest time: a sweep may turn out to begin with them
         double edgeTime;
     };
+    void setOrigin(double from);
     void trim(DrawnLine& line);
     void beginSweep(DrawnLine& line);
 
     tracery::embedded::EmbeddedHost& host_;
     bool following_ = false;
+    double origin_ = 0; ///< of the times of the points that are drawn
     double until_ = std::numeric_limits<double>::infinity();
     std::vector<DrawnLine> drawn_;
 };

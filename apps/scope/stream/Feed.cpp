@@ -16,16 +16,28 @@ constexpr std::uint64_t kBlocksTaken =
 
 } // namespace
 
-FeedSteps readSteps(const TimeBuffer& buffer, std::size_t port, double from, double until, bool widen)
+void StepsWriter::write(TimeBuffer& buffer, std::size_t port, const Steps& steps)
 {
-    HostArray* times = nullptr;
-    HostArray* values = nullptr;
-    buffer.GetTimeAndValue(port, times, values, from, until, widen);
-    return {port, HostArrayPtr(times), HostArrayPtr(values)};
+    if (times_ == nullptr || getNumberOfElements(times_.get()) != steps.count()) {
+        times_.reset(createDoubleMatrix(1, steps.count(), HostComplexity::real));
+        values_.reset(createDoubleMatrix(steps.real.size() / steps.count(), steps.count(),
+                                         steps.imag.empty() ? HostComplexity::real : HostComplexity::complex));
+    }
+    std::ranges::copy(steps.times, getRealData(times_.get()));
+    std::ranges::copy(steps.real, getRealData(values_.get()));
+    std::ranges::copy(steps.imag, getImagData(values_.get()));
+    buffer.addTimeAndValue(times_.get(), values_.get(), port, true);
+}
+
+Steps StepsReader::read(const TimeBuffer& buffer, std::size_t port)
+{
+    buffer.readAfter(port, position_, steps_);
+    return {steps_.times, steps_.real, steps_.imag};
 }
 
 struct Feed::Port {
     BatchReader reader;
+    StepsWriter writer;
 
     // Guarded by the mutex.
     std::uint64_t capacity = 0;
@@ -33,6 +45,7 @@ struct Feed::Port {
     std::uint64_t taken = 0;
 
     // The display side's own.
+    StepsReader display{};
     double takenTime = std::numeric_limits<double>::lowest();
 };
 
@@ -48,7 +61,7 @@ Feed::Feed(std::vector<std::unique_ptr<Recording>> recordings, double from, doub
         complexity.push_back(recording->info().complex ? HostComplexity::complex : HostComplexity::real);
         channels.push_back(width);
         capacities.push_back(kBlocksKept * blockSteps);
-        ports_.push_back({BatchReader(std::move(recording), from, to, blockSteps), capacities.back()});
+        ports_.push_back({BatchReader(std::move(recording), from, to, blockSteps), {}, capacities.back()});
     }
     buffer_.ResetBuffer(capacities, channels, TimeBuffer::Counts(ports_.size(), 1), ports_.size(),
                         BufferType::MultipleRate, complexity, true);
@@ -77,8 +90,8 @@ void Feed::write()
             });
             if (behind == ports_.end() || behind->reader.ended())
                 break;
-            const std::optional<Batch> batch = behind->reader.next();
-            if (batch && !writeBatch(static_cast<std::size_t>(behind - ports_.begin()), *batch))
+            const Steps batch = behind->reader.next();
+            if (batch.count() > 0 && !writeBatch(static_cast<std::size_t>(behind - ports_.begin()), batch))
                 break;
         }
     } catch (...) {
@@ -91,19 +104,11 @@ void Feed::write()
 }
 
 /// Returns false when the feed is to stop.
-bool Feed::writeBatch(std::size_t index, const Batch& batch)
+bool Feed::writeBatch(std::size_t index, const Steps& batch)
 {
     Port& port = ports_[index];
     std::unique_lock lock(mutex_);
-    if (batch.count > port.capacity) {
-        // Thousands of steps at one time: the port needs more room.
-        port.capacity = 2 * batch.count;
-        TimeBuffer::Counts capacities;
-        for (const Port& each : ports_)
-            capacities.push_back(each.capacity);
-        buffer_.SetMaxNumTimeSteps(capacities);
-    }
-    const auto hasRoom = [&] { return stop_ || port.written + batch.count <= port.capacity + port.taken; };
+    const auto hasRoom = [&] { return stop_ || port.written + batch.count() <= port.capacity + port.taken; };
     if (!hasRoom()) {
         writerWaits_ = true;
         changed_.notify_all();
@@ -113,9 +118,9 @@ bool Feed::writeBatch(std::size_t index, const Batch& batch)
     if (stop_)
         return false;
     lock.unlock();
-    buffer_.addTimeAndValue(batch.times.get(), batch.values.get(), index, true);
+    port.writer.write(buffer_, index, batch);
     lock.lock();
-    port.written += batch.count;
+    port.written += batch.count();
     if (portWithNewSteps() < ports_.size())
         changed_.notify_all();
     return true;
@@ -149,7 +154,7 @@ std::optional<FeedSteps> Feed::next()
     }
     lock.unlock();
     Port& port = ports_[index];
-    FeedSteps steps = readSteps(buffer_, index, justAfter(port.takenTime), std::numeric_limits<double>::max(), false);
+    const FeedSteps steps{port.display.read(buffer_, index), index};
     port.takenTime = steps.lastTime();
     reached_ = std::max(reached_, port.takenTime);
     lock.lock();

@@ -16,18 +16,32 @@
 
 namespace scope {
 
-/// New steps of one port, as the buffer handed them out.
-struct FeedSteps {
-    std::size_t port = 0;
-    tracery::HostArrayPtr times;  ///< 1-by-n, seconds
-    tracery::HostArrayPtr values; ///< channels-by-n, complex for complex recordings
-    std::size_t count() const { return times != nullptr ? tracery::getNumberOfElements(times.get()) : 0; }
-    double lastTime() const { return tracery::getRealData(times.get())[count() - 1]; }
+/// Writes steps to a port of a buffer, by arrays that it keeps.
+class StepsWriter {
+public:
+    /// steps  at least one
+    void write(tracery::TimeBuffer& buffer, std::size_t port, const Steps& steps);
+
+private:
+    tracery::HostArrayPtr times_;
+    tracery::HostArrayPtr values_;
 };
 
-/// The steps of a port at times in [from, until]; none is null arrays.
-/// widen  with the steps on both sides
-FeedSteps readSteps(const tracery::TimeBuffer& buffer, std::size_t port, double from, double until, bool widen);
+/// Reads what is new of a port of a buffer, step by step, into memory that it keeps.
+class StepsReader {
+public:
+    /// Valid until the next reading; there may be none.
+    Steps read(const tracery::TimeBuffer& buffer, std::size_t port);
+
+private:
+    tracery::TimeBuffer::ReadPosition position_;
+    tracery::TimeBuffer::ReadSteps steps_;
+};
+
+/// New steps of one port.
+struct FeedSteps : Steps {
+    std::size_t port;
+};
 
 /// The simulation side: a thread reads recordings in blocks and writes each into its port of a thread-safe TimeBuffer,
 /// keeping the ports in step by time. The display side takes the steps that are new. The writer waits when the display
@@ -41,7 +55,8 @@ public:
     Feed(const Feed&) = delete;
     Feed& operator=(const Feed&) = delete;
 
-    /// Waits for the next steps; nothing at the end. Rethrows what went wrong on the writer's side.
+    /// Waits for the next steps, which are valid until the next call; nothing at the end. Rethrows what went wrong on the
+    /// writer's side.
     std::optional<FeedSteps> next();
     /// The latest time that has been taken, over all ports; -inf before.
     double reached() const { return reached_; }
@@ -50,7 +65,7 @@ private:
     struct Port;
 
     void write();
-    bool writeBatch(std::size_t port, const Batch& batch);
+    bool writeBatch(std::size_t port, const Steps& batch);
     std::size_t portWithNewSteps() const;
 
     std::vector<Port> ports_;

@@ -31,8 +31,7 @@ BatchReader openReader(std::unique_ptr<Recording> recording, const LiveFeed::Pac
 } // namespace
 
 LiveFeed::LiveFeed(std::unique_ptr<Recording> recording, const Pace& pace)
-    : pace_(pace), reader_(openReader(std::move(recording), pace)), capacity_(kFirstCapacity),
-      takenTime_(std::numeric_limits<double>::lowest())
+    : pace_(pace), reader_(openReader(std::move(recording), pace)), capacity_(kFirstCapacity)
 {
     const RecordingInfo& info = reader_.info();
     const std::uint64_t stepBytes = sizeof(double) * (1 + info.channels.size() * (info.complex ? 2 : 1));
@@ -68,11 +67,8 @@ void LiveFeed::write()
 {
     std::exception_ptr failure;
     try {
-        while (const std::optional<Batch> batch = reader_.next()) {
-            if (!awaitTime(*batch))
-                break;
-            writeBatch(*batch);
-        }
+        for (Steps batch = reader_.next(); batch.count() > 0 && awaitTime(batch); batch = reader_.next())
+            writeBatch(batch);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -84,41 +80,41 @@ void LiveFeed::write()
 }
 
 /// Waits until the last step of the batch is due. Returns false when the feed is to stop.
-bool LiveFeed::awaitTime(const Batch& batch)
+bool LiveFeed::awaitTime(const Steps& batch)
 {
     if (!start_) {
         start_ = Clock::now();
-        firstTime_ = *getRealData(batch.times.get());
+        firstTime_ = batch.times.front();
     }
-    const std::chrono::duration<double> after(std::min((batch.lastTime - firstTime_) / pace_.factor, kLongestWait));
+    const std::chrono::duration<double> after(std::min((batch.lastTime() - firstTime_) / pace_.factor, kLongestWait));
     std::unique_lock lock(mutex_);
     return !changed_.wait_until(lock, *start_ + std::chrono::duration_cast<Clock::duration>(after),
                                 [this] { return stop_; });
 }
 
-void LiveFeed::writeBatch(const Batch& batch)
+void LiveFeed::writeBatch(const Steps& batch)
 {
     const Clock::time_point begin = Clock::now();
     makeRoom(batch);
-    buffer_.addTimeAndValue(batch.times.get(), batch.values.get(), 0, true);
+    bufferWriter_.write(buffer_, 0, batch);
     const std::chrono::nanoseconds spent = Clock::now() - begin;
     const std::lock_guard lock(mutex_);
-    totals_.written += batch.count;
+    totals_.written += batch.count();
     totals_.longestWrite = std::max(totals_.longestWrite, spent);
     changed_.notify_all();
 }
 
 /// Enlarges the buffer when what has to stay in it, steps to be taken and history, fills more than half of it.
-void LiveFeed::makeRoom(const Batch& batch)
+void LiveFeed::makeRoom(const Steps& batch)
 {
     const auto [written, seen] = [this] {
         const std::lock_guard lock(mutex_);
         return std::pair(totals_.written, seen_);
     }();
-    history_.push_back({written + batch.count, batch.lastTime});
-    while (history_.size() > 1 && history_[1].lastTime < batch.lastTime - pace_.history)
+    history_.push_back({written + batch.count(), batch.lastTime()});
+    while (history_.size() > 1 && history_[1].lastTime <= batch.lastTime() - pace_.history)
         history_.pop_front();
-    const std::uint64_t kept = written + batch.count - std::min(seen, history_.front().steps);
+    const std::uint64_t kept = written + batch.count() - std::min(seen, history_.front().steps);
     const std::uint64_t before = capacity_;
     while (kept > capacity_ / 2 && capacity_ < mostSteps_)
         capacity_ = std::min(2 * capacity_, mostSteps_);
@@ -131,43 +127,15 @@ void LiveFeed::makeRoom(const Batch& batch)
     }
 }
 
-/// Steps written at least before a reading that begins now.
-std::uint64_t LiveFeed::noteReading()
+Steps LiveFeed::take()
 {
+    // Steps that are in the buffer but not counted yet may be taken: a reading that finds nothing is noted, too.
+    const std::uint64_t seen = totals().written;
+    const Steps steps = display_.read(buffer_, 0);
     const std::lock_guard lock(mutex_);
-    return totals_.written;
-}
-
-/// Notes a reading, one that found nothing, too: the steps that it was to find may have been taken by the one before,
-/// when they were in the buffer but not yet counted.
-void LiveFeed::count(std::uint64_t taken, std::uint64_t seen)
-{
-    const std::lock_guard lock(mutex_);
-    totals_.taken += taken;
+    totals_.taken += steps.count();
     seen_ = seen;
-}
-
-FeedSteps LiveFeed::take()
-{
-    const std::uint64_t seen = noteReading();
-    FeedSteps steps = readSteps(buffer_, 0, justAfter(takenTime_), std::numeric_limits<double>::max(), false);
-    if (steps.count() > 0)
-        takenTime_ = steps.lastTime();
-    count(steps.count(), seen);
     return steps;
-}
-
-std::optional<double> LiveFeed::pass()
-{
-    const std::uint64_t seen = noteReading();
-    const double last = buffer_.GetLastTime();
-    int first = -1;
-    int end = -1;
-    const bool found = buffer_.GetIndexRange(0, justAfter(takenTime_), last, false, first, end);
-    count(found ? static_cast<std::uint64_t>(end - first) + 1 : 0, seen);
-    if (!found)
-        return std::nullopt;
-    return takenTime_ = last;
 }
 
 void LiveFeed::waitForSteps(std::chrono::milliseconds most)

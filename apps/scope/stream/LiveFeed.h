@@ -36,10 +36,8 @@ public:
     LiveFeed(const LiveFeed&) = delete;
     LiveFeed& operator=(const LiveFeed&) = delete;
 
-    /// The steps that are new, without waiting; there may be none.
-    FeedSteps take();
-    /// Takes what is new without reading it. Returns the time of the last step; nothing when there is none.
-    std::optional<double> pass();
+    /// The steps that are new, without waiting, valid until the next call; there may be none.
+    Steps take();
     /// The buffer, of one port.
     const tracery::TimeBuffer& buffer() const { return buffer_; }
 
@@ -68,24 +66,23 @@ private:
     };
 
     void write();
-    bool awaitTime(const Batch& batch);
-    void writeBatch(const Batch& batch);
-    void makeRoom(const Batch& batch);
-    std::uint64_t noteReading();
-    void count(std::uint64_t taken, std::uint64_t seen);
+    bool awaitTime(const Steps& batch);
+    void writeBatch(const Steps& batch);
+    void makeRoom(const Steps& batch);
 
     Pace pace_;
     BatchReader reader_;
     tracery::TimeBuffer buffer_;
 
     // The writer's own.
+    StepsWriter bufferWriter_;
     std::uint64_t capacity_;
     std::uint64_t mostSteps_;
     std::optional<Clock::time_point> start_; ///< when the first step came, at firstTime_
     double firstTime_ = 0;
     std::deque<Written> history_;
 
-    double takenTime_; ///< the display's own
+    StepsReader display_; ///< the display's own
 
     std::mutex mutex_; ///< guards what follows
     std::condition_variable changed_;

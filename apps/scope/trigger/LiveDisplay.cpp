@@ -12,25 +12,33 @@ LiveDisplay::LiveDisplay(tracery::embedded::EmbeddedHost& host, const Recordings
 
 bool LiveDisplay::update(LiveFeed& feed)
 {
-    FeedSteps steps;
-    if (trigger_ == nullptr) {
-        steps = feed.take();
-    } else {
-        const std::optional<double> now = feed.pass();
-        auto window = now ? trigger_->poll(feed.buffer(), *now) : std::nullopt;
-        if (!window)
-            return false;
-        triggered_ = std::move(window);
-        display_.restart(triggered_->window.from);
-        steps = readSteps(feed.buffer(), 0, triggered_->window.from, triggered_->window.to, true);
-    }
+    const Steps steps = feed.take();
     if (steps.count() == 0)
         return false;
-    painter_.paint(steps);
     if (trigger_ != nullptr)
-        display_.finish(); // the window is full: nothing of it changes any more
-    hasPicture_ = true;
-    return true;
+        return showWindow(feed.buffer(), trigger_->poll(steps));
+    painter_.paint({steps, 0});
+    return hasPicture_ = true;
+}
+
+bool LiveDisplay::showWindow(const tracery::TimeBuffer& buffer, std::optional<TriggeredWindow> window)
+{
+    if (!window)
+        return false;
+    triggered_ = std::move(window);
+    display_.restart(triggered_->window.from);
+    tracery::HostArray *times = nullptr, *values = nullptr;
+    buffer.GetTimeAndValue(0, times, values, triggered_->window.from, triggered_->window.to, true);
+    const tracery::HostArrayPtr ownedTimes(times), ownedValues(values);
+    if (times == nullptr)
+        return false;
+    const auto part = [](const double* data, const tracery::HostArray* array) {
+        return data != nullptr ? std::span(data, getNumberOfElements(array)) : std::span<const double>();
+    };
+    painter_.paint(
+        {{part(getRealData(times), times), part(getRealData(values), values), part(getImagData(values), values)}, 0});
+    display_.finish(); // the window is full: nothing of it changes any more
+    return hasPicture_ = true;
 }
 
 Figure LiveDisplay::figure()

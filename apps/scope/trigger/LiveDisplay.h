@@ -34,6 +34,8 @@ public:
     Figure figure();
 
 private:
+    bool showWindow(const tracery::TimeBuffer& buffer, std::optional<TriggeredWindow> window);
+
     std::vector<Line> lines_;
     ScopeDisplay display_;
     StepsPainter painter_;

@@ -14,12 +14,13 @@ LiveTrigger::LiveTrigger(const TriggerSettings& settings, const LineSource& sour
     configure(controller_, settings, range);
 }
 
-std::optional<TriggeredWindow> LiveTrigger::poll(const tracery::TimeBuffer& buffer, double now)
+std::optional<TriggeredWindow> LiveTrigger::poll(const Steps& steps)
 {
     double start = 0;
     double end = 0;
-    controller_.getTriggerWindow(buffer, false, 0, source_.port, source_.channel, firstTime_, now, span_, false, start,
-                                 end);
+    takePairs(steps, source_.channel, settings_.part, samples_);
+    controller_.processSamples(samples_, steps.lastTime(), span_);
+    controller_.getTriggerWindow(firstTime_, steps.lastTime(), span_, false, start, end);
     if (std::isinf(start))
         return std::nullopt;
     const bool freeRun = std::ranges::none_of(controller_.getConsumedEvents(), [](const auto& event) {

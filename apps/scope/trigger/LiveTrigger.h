@@ -2,23 +2,23 @@
 
 #include "trigger/TriggeredWindow.h"
 
-#include <tracery/TimeBuffer.h>
 #include <tracery/TimeDomainTriggerController.h>
 
 #include <optional>
+#include <vector>
 
 namespace scope {
 
-/// The trigger of a live display: asks the controller for a window whenever new steps have come. Of several events that
-/// are ready by then the last is shown.
+/// The trigger of a live display: hands new steps to the controller and asks it for a window. Of several events that are
+/// ready by then the last is shown.
 class LiveTrigger {
 public:
     /// range  of the signal, for levels that are shares of it
     LiveTrigger(const TriggerSettings& settings, const LineSource& source, const SignalRange& range, double firstTime,
                 double span);
 
-    /// The new window when the steps up to `now` complete one.
-    std::optional<TriggeredWindow> poll(const tracery::TimeBuffer& buffer, double now);
+    /// The new window when these steps, one at least, complete one.
+    std::optional<TriggeredWindow> poll(const Steps& steps);
     const LineSource& source() const { return source_; }
     /// How far back from the newest step a window or its event may reach, seconds.
     double history() const;
@@ -29,6 +29,7 @@ private:
     double firstTime_;
     double span_;
     tracery::TimeDomainTriggerController controller_;
+    std::vector<double> samples_; ///< of the steps, kept for its memory
 };
 
 } // namespace scope

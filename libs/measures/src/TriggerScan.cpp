@@ -7,45 +7,30 @@ namespace tracery::measures {
 
 using namespace tracery;
 
-namespace {
-
-constexpr std::uint64_t kFirstCapacity = 1024;
-
-TimeBuffer::Counts asCounts(std::uint64_t value) { return TimeBuffer::Counts{value}; }
-
-} // namespace
-
 TriggerScan::TriggerScan(BatchReader reader, std::size_t channel, double firstTime, double span)
-    : reader_(std::move(reader)), channel_(channel), firstTime_(firstTime), span_(span), now_(firstTime),
-      capacity_(kFirstCapacity)
-{
-    const HostComplexity complexity = reader_.info().complex ? HostComplexity::complex : HostComplexity::real;
-    buffer_.ResetBuffer(asCounts(capacity_), asCounts(reader_.info().channels.size()), asCounts(1), 1,
-                        BufferType::SingleRate, {complexity}, false);
-}
+    : reader_(std::move(reader)), channel_(channel), firstTime_(firstTime), span_(span), now_(firstTime)
+{}
 
 TriggerTotals TriggerScan::run(const Visitor& visit, const std::function<void(double reached)>& progress)
 {
     bool goOn = true;
     while (goOn) {
-        const std::optional<Batch> batch = reader_.next();
-        if (!batch)
+        const Steps batch = reader_.next();
+        if (batch.count() == 0)
             break;
-        if (batch->count > capacity_) {
-            capacity_ = batch->count;
-            buffer_.SetMaxNumTimeSteps({capacity_});
-        }
-        buffer_.addTimeAndValue(batch->times.get(), batch->values.get(), 0, true);
-        // The first poll hands the detector the new samples without letting time pass; then time moves on to where each
-        // pending event's window is full, and so to the end of the batch.
+        takePairs(batch, channel_, controller_.getComplexity(), samples_);
+        controller_.processSamples(samples_, now_, span_);
+        const double lastTime = batch.lastTime();
+        // The detector has the new samples without time having passed; now time moves on to where each pending event's
+        // window is full, and so to the end of the batch.
         goOn = poll(now_, visit);
-        while (goOn && now_ < batch->lastTime) {
+        while (goOn && now_ < lastTime) {
             const auto& pending = controller_.getPendingEvents();
-            const double due = pending.empty() ? batch->lastTime : controller_.getDisplayTime(pending.front(), span_);
+            const double due = pending.empty() ? lastTime : controller_.getDisplayTime(pending.front(), span_);
             // A span that passes the largest double has no such time, and no window is ever full.
-            goOn = poll(std::isnan(due) ? batch->lastTime : std::min(batch->lastTime, std::max(now_, due)), visit);
+            goOn = poll(std::isnan(due) ? lastTime : std::min(lastTime, std::max(now_, due)), visit);
         }
-        progress(batch->lastTime);
+        progress(lastTime);
     }
     if (goOn)
         for (const double time : controller_.getPendingEvents())
@@ -62,7 +47,7 @@ bool TriggerScan::poll(double currentTime, const Visitor& visit)
     now_ = currentTime;
     double start = 0;
     double end = 0;
-    controller_.getTriggerWindow(buffer_, false, 0, 0, channel_, firstTime_, now_, span_, false, start, end);
+    controller_.getTriggerWindow(firstTime_, now_, span_, false, start, end);
     bool anyShown = false;
     for (const auto& event : controller_.getConsumedEvents()) {
         const Fate fate = event.fate == Consumed::Shown        ? Fate::shown
@@ -94,25 +79,38 @@ double polarPart(double re, double im, bool phase)
     return phase ? std::atan2(im, re) * 57.29577951308232 : std::hypot(re, im);
 }
 
-SignalRange measureRange(BatchReader reader, std::size_t channel, TDTC::ComplexityEnum part)
+void takePairs(const Steps& steps, std::size_t channel, TDTC::ComplexityEnum part, std::vector<double>& pairs)
 {
     using TDTC::ComplexityEnum;
+    const std::size_t count = steps.count();
+    const std::size_t width = count > 0 ? steps.real.size() / count : 0;
+    pairs.resize(2 * count);
+    const auto take = [&](auto&& value) {
+        for (std::size_t i = 0; i < count; ++i) {
+            pairs[2 * i] = steps.times[i];
+            pairs[2 * i + 1] = value(i * width + channel);
+        }
+    };
+    const auto imag = [&](std::size_t at) { return steps.imag.empty() ? 0.0 : steps.imag[at]; };
+    if (part == ComplexityEnum::Magnitude || part == ComplexityEnum::Phase)
+        take([&](std::size_t at) { return polarPart(steps.real[at], imag(at), part == ComplexityEnum::Phase); });
+    else if (part == ComplexityEnum::Imaginary)
+        take(imag);
+    else
+        take([&](std::size_t at) { return steps.real[at]; });
+}
+
+SignalRange measureRange(BatchReader reader, std::size_t channel, TDTC::ComplexityEnum part)
+{
     SignalRange range;
-    const std::size_t channels = reader.info().channels.size();
-    while (const std::optional<Batch> batch = reader.next()) {
-        const double* real = getRealData(batch->values.get());
-        const double* imag = getImagData(batch->values.get());
-        for (std::uint64_t i = 0; i < batch->count; ++i) {
-            const double re = real[i * channels + channel];
-            const double im = imag != nullptr ? imag[i * channels + channel] : 0.0;
-            const bool polar = part == ComplexityEnum::Magnitude || part == ComplexityEnum::Phase;
-            const double value = polar                               ? polarPart(re, im, part == ComplexityEnum::Phase)
-                                 : part == ComplexityEnum::Imaginary ? im
-                                                                     : re;
-            if (!std::isfinite(value))
+    std::vector<double> pairs;
+    for (Steps batch = reader.next(); batch.count() > 0; batch = reader.next()) {
+        takePairs(batch, channel, part, pairs);
+        for (std::size_t i = 1; i < pairs.size(); i += 2) {
+            if (!std::isfinite(pairs[i]))
                 continue;
-            range.low = std::min(range.low, value);
-            range.high = std::max(range.high, value);
+            range.low = std::min(range.low, pairs[i]);
+            range.high = std::max(range.high, pairs[i]);
             ++range.finite;
         }
     }

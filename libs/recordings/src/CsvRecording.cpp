@@ -7,6 +7,7 @@
 #include <fast_float/fast_float.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -17,6 +18,7 @@ using namespace basics;
 namespace {
 
 constexpr std::uint64_t kTailBytes = 65536;
+constexpr std::uint64_t kDigitRows = 64; // the first ones tell how times are written, and now and then another
 constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
 
 struct Field {
@@ -70,12 +72,49 @@ CsvRecording::CsvRecording(File file, const OpenOptions& options) : file_(std::m
     info_.format = "CSV";
     info_.channels = layout_.channels;
     if (!layout_.hasTimes)
-        info_.rate = chooseRate(path, std::nullopt, options);
+        info_.rate = options.rate.value_or(1);
 
+    // Where the file is not what it seems, asking for a rate would mislead.
     first_ = {line.offset, line.number, {}};
     std::vector<double> values;
     firstTime_ = parseRow(line, progress_, values);
+    if (!layout_.hasTimes)
+        info_.rate = chooseRate(path, std::nullopt, options);
     goTo(first_);
+}
+
+void CsvRecording::WrittenDigits::note(std::string_view number)
+{
+    int digits = 0, behindPoint = 0, exponent = 0;
+    bool point = false;
+    for (std::size_t i = 0; i < number.size(); ++i) {
+        const char c = number[i];
+        if (c == 'e' || c == 'E') {
+            number.remove_prefix(i + 1);
+            number.remove_prefix(number.starts_with('+') ? 1 : 0);
+            std::from_chars(number.data(), number.data() + number.size(), exponent);
+            break;
+        }
+        point |= c == '.';
+        if (c < '0' || c > '9')
+            continue;
+        digits += digits > 0 || c != '0' ? 1 : 0;
+        behindPoint += point ? 1 : 0;
+    }
+    significant = std::max(significant, digits);
+    decimals = std::max(decimals, behindPoint - exponent);
+}
+
+double CsvRecording::lastDigit(double time) const
+{
+    const WrittenDigits& digits = progress_.timeDigits;
+    if (!layout_.hasTimes || digits.significant == 0)
+        return 0;
+    // Numbers have as many decimals, or as many digits in all: then the last place of large ones is the greater.
+    const double inFile = std::abs(time) * layout_.timeUnitsPerSecond;
+    const int first = inFile > 0 ? static_cast<int>(std::floor(std::log10(inFile))) : -digits.decimals;
+    const int last = std::max(-digits.decimals, first + 1 - digits.significant);
+    return std::pow(10.0, last) / layout_.timeUnitsPerSecond;
 }
 
 TimeRange CsvRecording::range()
@@ -168,6 +207,8 @@ double CsvRecording::parseRow(const Line& line, Progress& progress, std::vector<
         const std::optional<Field> field = parseField(rest, layout_.separator);
         if (!field)
             fail(line, column, "expected a number");
+        if (column == 0 && layout_.hasTimes && (progress.rows < kDigitRows || progress.rows % kDigitRows == 0))
+            progress.timeDigits.note(rest.substr(0, field->length));
         rest.remove_prefix(field->length);
         if (rest.empty() != (column + 1 == columns))
             fail(line, column, "");

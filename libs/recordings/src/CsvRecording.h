@@ -21,13 +21,21 @@ public:
     void seek(double time) override;
     /// Of standard input the rows that are there, having waited for one.
     void read(Block& block, std::size_t maxSteps) override;
+    double lastDigit(double time) const override;
     void stop() override { file_.stop(); }
 
 private:
+    /// The most digits of any of the numbers seen.
+    struct WrittenDigits {
+        int significant = 0;
+        int decimals = std::numeric_limits<int>::min();
+        void note(std::string_view number);
+    };
     /// What the rows up to some place leave behind for the next one.
     struct Progress {
         std::uint64_t rows = 0;
         double lastTime = -std::numeric_limits<double>::infinity(); ///< in the units of the file
+        WrittenDigits timeDigits;
     };
     /// The beginning of a row.
     struct Place {

@@ -8,13 +8,13 @@
 
 namespace tracery::recordings {
 
-/// Bytes to read in place of those that a file has at `offset`.
+/// A head to read in place of all that a file has before byte `from`.
 struct Mend {
-    std::uint64_t offset = 0;
-    std::string bytes;
+    std::string head;
+    std::uint64_t from = 0;
 };
 
-/// Shows a file to libsndfile with some of its bytes replaced. Outlives the decoders opened on it.
+/// Shows a file to libsndfile with another head. Outlives the decoders opened on it.
 class MendedFile {
 public:
     MendedFile(File file, Mend mend);
@@ -30,7 +30,7 @@ private:
 
     File file_;
     Mend mend_;
-    sf_count_t position_ = 0;
+    std::uint64_t position_ = 0;
 };
 
 } // namespace tracery::recordings

@@ -4,8 +4,13 @@
 
 #include <tracery/basics/Text.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <limits>
+#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -38,6 +43,40 @@ bool seeksExactly(int format)
     }
 }
 
+/// Keeps a decoder from telling people what its return values tell us: one prints to standard error itself.
+class QuietDecoder {
+public:
+    /// needed  otherwise nothing is done
+    explicit QuietDecoder(bool needed)
+    {
+        if (!needed)
+            return;
+        lock_ = std::unique_lock(mutex_);
+        std::fflush(stderr);
+        standardError_ = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (standardError_ >= 0 && nowhere >= 0)
+            dup2(nowhere, STDERR_FILENO);
+        if (nowhere >= 0)
+            close(nowhere);
+    }
+    ~QuietDecoder()
+    {
+        if (standardError_ < 0)
+            return;
+        dup2(standardError_, STDERR_FILENO);
+        close(standardError_);
+    }
+    QuietDecoder(const QuietDecoder&) = delete;
+    QuietDecoder& operator=(const QuietDecoder&) = delete;
+
+private:
+    static std::mutex mutex_; ///< one at a time, or one would restore the silence of another
+    std::unique_lock<std::mutex> lock_;
+    int standardError_ = -1;
+};
+std::mutex QuietDecoder::mutex_;
+
 std::string formatName(int format)
 {
     SF_FORMAT_INFO info{};
@@ -66,7 +105,8 @@ std::string reason(SNDFILE* file)
         text.erase(0, kPrefix.size());
     if (text.ends_with('.'))
         text.pop_back();
-    return "cannot be decoded: " + text;
+    return "cannot be decoded: " +
+           (text == "Unspecified internal error" ? "damaged, or of a kind that is not read" : text);
 }
 
 } // namespace
@@ -90,6 +130,7 @@ SoundRecording::SoundRecording(const std::string& path, const OpenOptions& optio
 
 void SoundRecording::open()
 {
+    const QuietDecoder quiet(true); // of which kind the file is, is not known yet
     format_ = SF_INFO{};
     file_.reset(mended_ ? mended_->open(format_) : sf_open(path_.c_str(), SFM_READ, &format_));
     frame_ = 0;
@@ -133,6 +174,7 @@ void SoundRecording::goTo(std::uint64_t frame)
 
 void SoundRecording::decode(double* into, std::size_t count)
 {
+    const QuietDecoder quiet(!seekIsExact_);
     const sf_count_t got = sf_readf_double(file_.get(), into, static_cast<sf_count_t>(count));
     const bool failed = sf_error(file_.get()) != SF_ERR_NO_ERROR;
     if (failed || got != static_cast<sf_count_t>(count)) {
@@ -150,6 +192,7 @@ void SoundRecording::decode(double* into, std::size_t count)
 std::uint64_t SoundRecording::countFrames()
 {
     std::vector<double> block(kSkipFrames * static_cast<std::size_t>(format_.channels));
+    const QuietDecoder quiet(!seekIsExact_);
     sf_count_t got = 0;
     do {
         got = sf_readf_double(file_.get(), block.data(), kSkipFrames);

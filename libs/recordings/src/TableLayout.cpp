@@ -70,6 +70,9 @@ Channel splitUnit(std::string_view heading)
             std::string(trimmed(heading.substr(at + 1, heading.size() - at - 2)))};
 }
 
+/// Of a byte that no line of text has inside.
+bool isControl(char c) { return (c >= 0 && c < ' ' && c != '\t' && c != '\r') || c == '\x7f'; }
+
 bool isTimeName(const std::string& name)
 {
     constexpr std::array<std::string_view, 4> kNames{"time", "t", "seconds", "sec"};
@@ -104,7 +107,9 @@ TableLayout readLayout(const std::string& path, const Line& first, bool hasRate)
         const Channel& column = layout.channels.front();
         layout.hasTimes = isTimeName(column.name);
         // Where the file is not what it seems, asking for a rate would mislead.
-        const bool binary = first.text.find('\0') != std::string_view::npos;
+        const bool asksForRate = !layout.hasTimes && !hasRate;
+        const bool binary = first.text.find('\0') != std::string_view::npos ||
+                            (asksForRate && std::ranges::any_of(first.text, isControl));
         const bool onlyBlanks = headings.size() == 1 && !hasRate && column.name.find(' ') != std::string::npos;
         if (binary || onlyBlanks)
             throw InputError(path, "line " + std::to_string(first.number),

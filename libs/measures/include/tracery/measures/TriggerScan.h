@@ -1,11 +1,11 @@
 #pragma once
 
-#include <tracery/TimeBuffer.h>
 #include <tracery/TimeDomainTriggerController.h>
 #include <tracery/measures/TriggerSettings.h>
 #include <tracery/recordings/BatchReader.h>
 
 #include <functional>
+#include <vector>
 
 namespace tracery::measures {
 
@@ -34,9 +34,9 @@ struct TriggerTotals {
     std::uint64_t found() const { return shown + superseded + overlap + disarmed + notFull; }
 };
 
-/// Runs a recording through a buffer and the trigger controller, block by block, in one thread: the same recording,
-/// settings and block size give the same events and windows every time. With fixed levels the block size makes no
-/// difference either, because the display asks for a window at the very time each one is full.
+/// Runs a recording through the trigger controller, block by block, in one thread: the same recording, settings and block
+/// size give the same events and windows every time. With fixed levels the block size makes no difference either, because
+/// the display asks for a window at the very time each one is full.
 class TriggerScan {
 public:
     /// Sees each event or free run in the order of its decision; returns false to stop.
@@ -61,14 +61,16 @@ private:
     double firstTime_;
     double span_;
     double now_;
-    tracery::TimeBuffer buffer_;
-    std::uint64_t capacity_;
+    std::vector<double> samples_; ///< of a block, kept for its memory
     tracery::TimeDomainTriggerController controller_;
     TriggerTotals totals_;
 };
 
 /// Magnitude, or phase in degrees, of a complex sample.
 double polarPart(double re, double im, bool phase);
+
+/// The (time, value) pairs of a channel's part; the imaginary part of a real channel is 0.
+void takePairs(const Steps& steps, std::size_t channel, tracery::TDTC::ComplexityEnum part, std::vector<double>& pairs);
 
 /// Reads the whole of a recording for the range of the trigger signal.
 SignalRange measureRange(BatchReader reader, std::size_t channel, tracery::TDTC::ComplexityEnum part);

@@ -68,6 +68,9 @@ public:
     /// maxSteps  1 or more
     /// throws  InputError for whatever is wrong with the data read
     virtual void read(Block& block, std::size_t maxSteps) = 0;
+    /// Place value, in seconds, of the last digit that times near `time` are written with, as far as they have been read;
+    /// 0 for times that are not written.
+    virtual double lastDigit(double /*time*/) const { return 0; }
     /// Ends a reading that waits for more to come; reading on finds the end, or fails. thread  any
     virtual void stop() {}
 };
