@@ -2,7 +2,8 @@
 
 #include "support/SampleScan.h"
 
-#include <algorithm>
+#include <tracery/DetectorSettings.h>
+
 #include <bit>
 #include <cstdint>
 
@@ -137,36 +138,52 @@ struct EitherCrossing {
     }
 };
 
-/// Calls found(before, now) for each sample that crosses.
-template <class Element, class Crossing, class Found>
-void scanCrossings(std::span<const Element> pairs, bool imagPart, TimedSample before, Crossing crosses, Found&& found)
+/// The rules for the flags and the level of a detector.
+template <class Seen>
+RisingCrossing risingCrossing(Seen& seen, const DetectorSettings& settings)
 {
-    const auto plainly = [&](std::size_t i, std::size_t count, TimedSample ahead) {
-        scan(pairs.subspan(2 * i, 2 * count), imagPart, ahead, [&](TimedSample previous, TimedSample now) {
-            if (crosses(now.value))
-                found(previous, now);
-        });
-    };
-    if (kPlainKernels)
-        return plainly(0, pairs.size() / 2, before);
+    return {seen.armedPositive, settings.level, settings.level - settings.hysteresis};
+}
+template <class Seen>
+FallingCrossing fallingCrossing(Seen& seen, const DetectorSettings& settings)
+{
+    return {seen.armedNegative, settings.level, settings.level + settings.hysteresis};
+}
+template <class Seen>
+EitherCrossing eitherCrossing(Seen& seen, const DetectorSettings& settings)
+{
+    return {seen.armedPositive, seen.armedNegative, settings.level, settings.level - settings.hysteresis,
+            settings.level + settings.hysteresis};
+}
+
+/// Calls found(before, now) for each sample that crosses.
+template <class Crossing, class Found>
+void scanCrossings(SampleView pairs, TimedSample before, Crossing crosses, Found&& found)
+{
+    const std::size_t samples = countPairs(pairs);
+    const bool sideBySide = pairs.stride == 1 && !kPlainKernels;
     Patience<kMaskSamples> patience;
-    for (std::size_t i = 0; i < pairs.size() / 2;) {
-        std::size_t count = patience.stretch(pairs.size() / 2 - i);
-        if constexpr (std::is_same_v<Element, double>) {
-            for (; count >= kMaskSamples && crosses.takesStretches(); i += kMaskSamples, count -= kMaskSamples) {
-                for (std::uint64_t hits = crosses.stretch(&pairs[2 * i]); hits != 0; hits &= hits - 1) {
-                    const std::size_t at = i + static_cast<std::size_t>(std::countr_zero(hits));
-                    found(at == i ? before : sampleAt(false, pairs, at - 1), sampleAt(false, pairs, at));
-                }
-                before = sampleAt(false, pairs, i + kMaskSamples - 1);
+    for (std::size_t i = 0; i < samples;) {
+        const std::size_t end = kPlainKernels ? samples : i + patience.stretch(samples - i);
+        for (; sideBySide && end - i >= kMaskSamples && crosses.takesStretches(); i += kMaskSamples) {
+            for (std::uint64_t hits = crosses.stretch(pairs.first + 2 * i); hits != 0; hits &= hits - 1) {
+                const std::size_t at = i + static_cast<std::size_t>(std::countr_zero(hits));
+                found(at == i ? before : sampleAt(pairs, at - 1), sampleAt(pairs, at));
             }
+            before = sampleAt(pairs, i + kMaskSamples - 1);
         }
-        plainly(i, count, before);
-        i += count;
-        const std::size_t passed = countQuiet(pairs.subspan(2 * i), imagPart, crosses.quiet());
+        for (; i < end; ++i) {
+            const TimedSample now = sampleAt(pairs, i);
+            if (crosses(now.value))
+                found(before, now);
+            before = now;
+        }
+        if (kPlainKernels)
+            break;
+        const std::size_t passed = countQuiet(pairsFrom(pairs, i), crosses.quiet());
         patience.tell(passed);
         i += passed;
-        before = sampleAt(imagPart, pairs, i - 1);
+        before = sampleAt(pairs, i - 1);
     }
 }
 
