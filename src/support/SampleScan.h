@@ -15,9 +15,26 @@
 /// differ in their stride alone.
 namespace tracery {
 
+/// A block whose stride the compiler knows.
+template <std::size_t kStride>
+struct TimedSamples {
+    const double* first;
+    std::size_t count; ///< of samples
+
+    TimedSample operator[](std::size_t i) const { return {first[2 * kStride * i], first[(2 * i + 1) * kStride]}; }
+};
+
+/// Calls `use` with the samples of a block.
+template <class Use>
+auto withSamples(SampleView pairs, Use&& use)
+{
+    if (pairs.stride == 1)
+        return use(TimedSamples<1>{pairs.first, pairs.count / 2});
+    return use(TimedSamples<2>{pairs.first, pairs.count / 2});
+}
+
 inline std::size_t countPairs(SampleView pairs) { return pairs.count / 2; }
 inline TimedSample sampleAt(SampleView pairs, std::size_t i) { return {pairs[2 * i], pairs[2 * i + 1]}; }
-inline SampleView pairsFrom(SampleView pairs, std::size_t i) { return pairs.subview(2 * i, pairs.count - 2 * i); }
 
 /// The time at which the straight line from `before` to `now` reaches `level`. Not guarded: NaN without a
 /// sample before, and not finite where the line is level, as it can be when auto level moves the level between samples.
@@ -35,20 +52,21 @@ struct QuietSamples {
 };
 constexpr QuietSamples kNoneQuiet{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
 
-/// The number of samples from the front that are surely quiet.
-inline std::size_t countQuiet(SampleView pairs, const QuietSamples& quiet)
+/// The number of samples from sample `start` on that are surely quiet.
+template <std::size_t kStride>
+std::size_t countQuiet(TimedSamples<kStride> samples, std::size_t start, const QuietSamples& quiet)
 {
     constexpr double kInf = std::numeric_limits<double>::infinity();
-    if (pairs.count == 0)
-        return 0;
     LaneBounds bounds{{-kInf, -kInf, -kInf, -kInf}, {kInf, kInf, kInf, kInf}};
-    const auto stride = static_cast<std::size_t>(pairs.stride);
-    for (std::size_t time = 0; time < 4; time += 2 * stride) {
+    for (std::size_t time = 0; time < 4; time += 2 * kStride) {
         bounds.high[time] = quiet.latest;
-        bounds.low[time + stride] = quiet.low;
-        bounds.high[time + stride] = quiet.high;
+        bounds.low[time + kStride] = quiet.low;
+        bounds.high[time + kStride] = quiet.high;
     }
-    return quietLength(pairs.first, (pairs.count - 1) * stride + 1, bounds) / (2 * stride);
+    constexpr std::size_t kStep = 2 * kStride; // doubles from sample to sample
+    const std::size_t left = kStep * (samples.count - start);
+    const std::size_t readable = left - std::min(left, kStride - 1); // nothing is behind the last value
+    return quietLength(samples.first + kStep * start, readable, bounds) / kStep;
 }
 
 /// How many samples to take one by one before asking again whether what follows is quiet: less and less often where little
@@ -69,21 +87,23 @@ private:
 template <class Rule, class Quiet>
 void scanPassingQuiet(SampleView pairs, TimedSample before, Rule&& rule, Quiet&& quiet)
 {
-    const std::size_t count = countPairs(pairs);
-    Patience<16> patience;
-    for (std::size_t i = 0; i < count;) {
-        for (const std::size_t end = kPlainKernels ? count : i + patience.stretch(count - i); i < end; ++i) {
-            const TimedSample now = sampleAt(pairs, i);
-            rule(before, now);
-            before = now;
+    withSamples(pairs, [&](auto samples) {
+        Patience<16> patience;
+        for (std::size_t i = 0; i < samples.count;) {
+            for (const std::size_t end = kPlainKernels ? samples.count : i + patience.stretch(samples.count - i);
+                 i < end; ++i) {
+                const TimedSample now = samples[i];
+                rule(before, now);
+                before = now;
+            }
+            if (i == samples.count)
+                break;
+            const std::size_t passed = countQuiet(samples, i, quiet(before));
+            patience.tell(passed);
+            i += passed;
+            before = samples[i - 1];
         }
-        if (i == count)
-            break;
-        const std::size_t passed = countQuiet(pairsFrom(pairs, i), quiet(before));
-        patience.tell(passed);
-        i += passed;
-        before = sampleAt(pairs, i - 1);
-    }
+    });
 }
 
 /// Levels that divide values into regions, from the lowest to the highest, and their neighbours among the doubles.

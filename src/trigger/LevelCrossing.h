@@ -6,6 +6,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <type_traits>
 
 /// The crossing rules that the edge and the timeout detector share. Each is called once a sample, in order,
 /// with the sample's value, and tells whether the level is crossed there. The flags belong to the detector
@@ -160,31 +161,34 @@ EitherCrossing eitherCrossing(Seen& seen, const DetectorSettings& settings)
 template <class Crossing, class Found>
 void scanCrossings(SampleView pairs, TimedSample before, Crossing crosses, Found&& found)
 {
-    const std::size_t samples = countPairs(pairs);
-    const bool sideBySide = pairs.stride == 1 && !kPlainKernels;
-    Patience<kMaskSamples> patience;
-    for (std::size_t i = 0; i < samples;) {
-        const std::size_t end = kPlainKernels ? samples : i + patience.stretch(samples - i);
-        for (; sideBySide && end - i >= kMaskSamples && crosses.takesStretches(); i += kMaskSamples) {
-            for (std::uint64_t hits = crosses.stretch(pairs.first + 2 * i); hits != 0; hits &= hits - 1) {
-                const std::size_t at = i + static_cast<std::size_t>(std::countr_zero(hits));
-                found(at == i ? before : sampleAt(pairs, at - 1), sampleAt(pairs, at));
+    withSamples(pairs, [&](auto samples) {
+        constexpr bool kSideBySide = std::is_same_v<decltype(samples), TimedSamples<1>> && !kPlainKernels;
+        Patience<kMaskSamples> patience;
+        for (std::size_t i = 0; i < samples.count;) {
+            const std::size_t end = kPlainKernels ? samples.count : i + patience.stretch(samples.count - i);
+            if constexpr (kSideBySide) {
+                for (; end - i >= kMaskSamples && crosses.takesStretches(); i += kMaskSamples) {
+                    for (std::uint64_t hits = crosses.stretch(samples.first + 2 * i); hits != 0; hits &= hits - 1) {
+                        const std::size_t at = i + static_cast<std::size_t>(std::countr_zero(hits));
+                        found(at == i ? before : samples[at - 1], samples[at]);
+                    }
+                    before = samples[i + kMaskSamples - 1];
+                }
             }
-            before = sampleAt(pairs, i + kMaskSamples - 1);
+            for (; i < end; ++i) {
+                const TimedSample now = samples[i];
+                if (crosses(now.value))
+                    found(before, now);
+                before = now;
+            }
+            if (i == samples.count)
+                break;
+            const std::size_t passed = countQuiet(samples, i, crosses.quiet());
+            patience.tell(passed);
+            i += passed;
+            before = samples[i - 1];
         }
-        for (; i < end; ++i) {
-            const TimedSample now = sampleAt(pairs, i);
-            if (crosses(now.value))
-                found(before, now);
-            before = now;
-        }
-        if (kPlainKernels)
-            break;
-        const std::size_t passed = countQuiet(pairsFrom(pairs, i), crosses.quiet());
-        patience.tell(passed);
-        i += passed;
-        before = sampleAt(pairs, i - 1);
-    }
+    });
 }
 
 } // namespace tracery

@@ -16,7 +16,8 @@ void PulseWidthTimeDomainTrigger::pushNegPulse(EventQueue& queue, double time)
 
 void PulseWidthTimeDomainTrigger::examine(SampleView pairs, EventQueue& queue)
 {
-    const double lower = settings_.lowerLevel, upper = settings_.upperLevel, middle = (upper + lower) / 2;
+    const double lower = settings_.lowerLevel, upper = settings_.upperLevel;
+    const double middle = (upper + lower) / 2;
     scanRegions(pairs, lastSample_, std::array{lower, middle, upper}, [&](TimedSample before, TimedSample now) {
         if (seen_.armedRise && now.value > middle) {
             seen_.armedRise = false;

@@ -34,9 +34,11 @@ void WindowTimeDomainTrigger::end(bool& open, double start, double level, TimedS
     open = false;
 }
 
+// Levels by reference in the rules: as values they would take the registers that the busiest signals need.
+
 void WindowTimeDomainTrigger::updateInsideEventQueue(SampleView pairs, EventQueue& queue)
 {
-    const double lower = settings_.lowerLevel, upper = settings_.upperLevel;
+    const double &lower = settings_.lowerLevel, &upper = settings_.upperLevel;
     scanRegions(pairs, lastSample_, std::array{lower, upper}, [&](TimedSample before, TimedSample now) {
         if (!seen_.inside && lower < now.value && now.value < upper)
             enterBand(before, now);
@@ -49,7 +51,7 @@ void WindowTimeDomainTrigger::updateInsideEventQueue(SampleView pairs, EventQueu
 
 void WindowTimeDomainTrigger::updateOutsideEventQueue(SampleView pairs, EventQueue& queue)
 {
-    const double lower = settings_.lowerLevel, upper = settings_.upperLevel;
+    const double &lower = settings_.lowerLevel, &upper = settings_.upperLevel;
     scanRegions(pairs, lastSample_, std::array{lower, upper}, [&](TimedSample before, TimedSample now) {
         if (!seen_.above && now.value > upper)
             begin(seen_.above, seen_.aboveStart, upper, before, now);
@@ -64,7 +66,7 @@ void WindowTimeDomainTrigger::updateOutsideEventQueue(SampleView pairs, EventQue
 
 void WindowTimeDomainTrigger::updateEitherEventQueue(SampleView pairs, EventQueue& queue)
 {
-    const double lower = settings_.lowerLevel, upper = settings_.upperLevel;
+    const double &lower = settings_.lowerLevel, &upper = settings_.upperLevel;
     scanRegions(pairs, lastSample_, std::array{lower, upper}, [&](TimedSample before, TimedSample now) {
         if (!seen_.inside && lower < now.value && now.value < upper)
             enterBand(before, now);
