@@ -14,14 +14,13 @@ install(
   EXPORT traceryTargets
   NAMESPACE tracery::
   DESTINATION ${package_dir})
+get_property(TRACERY_COMPONENTS GLOBAL PROPERTY TRACERY_COMPONENTS)
 configure_package_config_file(cmake/traceryConfig.cmake.in ${PROJECT_BINARY_DIR}/traceryConfig.cmake
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/traceryConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/traceryConfig.cmake ${PROJECT_BINARY_DIR}/traceryConfigVersion.cmake
         DESTINATION ${package_dir})
 
-# Relative to where the file lies, so that --prefix at install time and moved trees work.
-file(RELATIVE_PATH pc_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 foreach(library tracery tracery_embedded_host)
   configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
@@ -63,5 +62,6 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # What the headers and the package files ask of those who build with them; the font is what pictures are written in.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-dejavu-core")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libboost-dev, libboost-thread-dev, libboost-chrono-dev")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+    "libboost-dev, libboost-thread-dev, libboost-chrono-dev, libsndfile1-dev, libcairo2-dev, pkg-config")
 include(CPack)

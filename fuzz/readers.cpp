@@ -2,9 +2,10 @@
 // file's name, and what is read is as it is promised.
 
 #include "Bytes.h"
-#include "input/CsvRecording.h"
-#include "input/RawRecording.h"
-#include "input/Recording.h"
+#include "CsvRecording.h"
+#include "RawRecording.h"
+
+#include <tracery/recordings/Recording.h>
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -15,7 +16,7 @@
 #include <fstream>
 #include <string>
 
-using namespace scope;
+using namespace tracery::recordings;
 using tracery::fuzz::Bytes;
 
 namespace {

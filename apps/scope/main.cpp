@@ -1,8 +1,10 @@
 #include "UsageError.h"
 #include "cli/commandLine.h"
 #include "cli/manual.h"
-#include "input/StandardInput.h"
-#include "input/Text.h"
+#include "libraries.h"
+#include "stream/StandardInput.h"
+
+#include <tracery/basics/Text.h>
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
-#include "Feed.h"
+#include "stream/Feed.h"
 
-#include "scope/TableRecording.h"
+#include "recordings/TableRecording.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,6 @@
 #include <random>
 
 using namespace scope;
-using namespace scope::test;
 using namespace tracery;
 
 namespace {

@@ -1,7 +1,7 @@
-#include "LineThinner.h"
+#include "display/LineThinner.h"
 
-#include "ScopeDisplay.h"
 #include "display/NaiveThinner.h"
+#include "display/ScopeDisplay.h"
 
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Publish.h>

@@ -1,10 +1,10 @@
 // Playing, through the program, and what it reads and shows.
 
-#include "input/CsvRecording.h"
-#include "input/RawRecording.h"
-#include "play/TextFrame.h"
+#include "CsvRecording.h"
+#include "RawRecording.h"
+#include "display/TextFrame.h"
+#include "recordings/RecordingFiles.h"
 #include "scope/Program.h"
-#include "scope/RecordingFiles.h"
 
 #include <unistd.h>
 

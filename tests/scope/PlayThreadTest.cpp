@@ -1,6 +1,6 @@
-#include "play/FrameWriter.h"
-#include "play/LiveFeed.h"
-#include "scope/TableRecording.h"
+#include "display/FrameWriter.h"
+#include "recordings/TableRecording.h"
+#include "stream/LiveFeed.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,6 @@
 #include <random>
 
 using namespace scope;
-using namespace scope::test;
 using namespace tracery;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;

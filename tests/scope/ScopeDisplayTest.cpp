@@ -1,6 +1,6 @@
-#include "ScopeDisplay.h"
+#include "display/ScopeDisplay.h"
 
-#include "PanelSorter.h"
+#include "display/PanelSorter.h"
 
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Publish.h>

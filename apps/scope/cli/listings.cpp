@@ -2,7 +2,7 @@
 
 #include "cli/commandLine.h"
 #include "cli/options.h"
-#include "commands.h"
+#include "commands/commands.h"
 
 #include <memory>
 

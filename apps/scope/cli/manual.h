@@ -1,6 +1,6 @@
 #pragma once
 
-#include "suggestion.h"
+#include "cli/suggestion.h"
 
 #include <CLI/CLI.hpp>
 

@@ -2,7 +2,7 @@
 
 #include "cli/commandLine.h"
 #include "cli/options.h"
-#include "spectrum/commands.h"
+#include "commands/measureCommands.h"
 
 #include <cmath>
 #include <memory>

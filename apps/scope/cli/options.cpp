@@ -1,7 +1,9 @@
 #include "cli/options.h"
 
-#include "input/Text.h"
-#include "quantity.h"
+#include "libraries.h"
+
+#include <tracery/basics/Text.h>
+#include <tracery/basics/quantity.h>
 
 #include <cstdio>
 #include <sstream>

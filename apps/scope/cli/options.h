@@ -1,8 +1,8 @@
 #pragma once
 
-#include "PictureOptions.h"
 #include "UsageError.h"
-#include "suggestion.h"
+#include "cli/suggestion.h"
+#include "commands/PictureOptions.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
 #include "cli/commandLine.h"
 #include "cli/options.h"
 #include "cli/triggerOptions.h"
-#include "play/PlayCommand.h"
+#include "commands/PlayCommand.h"
 
 #include <memory>
 

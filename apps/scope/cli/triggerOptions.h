@@ -1,6 +1,8 @@
 #pragma once
 
-#include "trigger/TriggerSettings.h"
+#include "libraries.h"
+
+#include <tracery/measures/TriggerSettings.h>
 
 #include <CLI/CLI.hpp>
 

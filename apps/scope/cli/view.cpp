@@ -1,7 +1,7 @@
 #include "cli/commandLine.h"
 #include "cli/options.h"
 #include "cli/triggerOptions.h"
-#include "commands.h"
+#include "commands/commands.h"
 
 #include <memory>
 

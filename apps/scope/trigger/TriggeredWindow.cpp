@@ -1,6 +1,8 @@
 #include "trigger/TriggeredWindow.h"
 
-#include "quantity.h"
+#include "libraries.h"
+
+#include <tracery/basics/quantity.h>
 
 namespace scope {
 

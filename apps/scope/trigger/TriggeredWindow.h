@@ -1,8 +1,10 @@
 #pragma once
 
-#include "DisplayLines.h"
-#include "picture/Figure.h"
-#include "trigger/TriggerSettings.h"
+#include "display/DisplayLines.h"
+#include "libraries.h"
+
+#include <tracery/figures/Figure.h>
+#include <tracery/measures/TriggerSettings.h>
 
 #include <vector>
 

@@ -1,0 +1,119 @@
+#include "display/DisplayLines.h"
+
+#include "display/PanelSorter.h"
+#include "stream/Progress.h"
+
+#include <utility>
+
+namespace scope {
+
+std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<std::string>& wanted,
+                              const std::optional<LineSource>& trigger)
+{
+    std::vector<Line> lines;
+    for (const ChosenChannel& chosen : chooseChannels(recordings, wanted)) {
+        const auto add = [&](SamplePart part, const char* suffix, const std::string& unit) {
+            lines.push_back({{chosen.port, chosen.channel, part}, chosen.label + suffix, unit});
+        };
+        const bool complex = recordings[chosen.port]->info().complex;
+        add(SamplePart::real, complex ? " I" : "", chosen.unit);
+        if (complex)
+            add(SamplePart::imaginary, " Q", chosen.unit);
+        if (trigger && isPolar(trigger->part) && trigger->sameChannel({chosen.port, chosen.channel, trigger->part}))
+            trigger->part == SamplePart::magnitude ? add(SamplePart::magnitude, " magnitude", chosen.unit)
+                                                   : add(SamplePart::phase, " phase", "°");
+    }
+    return lines;
+}
+
+StepsPainter::StepsPainter(const Recordings& recordings, const std::vector<Line>& lines, ScopeDisplay& display)
+    : lines_(lines), display_(display)
+{
+    for (const auto& recording : recordings)
+        channels_.push_back(recording->info().channels.size());
+}
+
+void StepsPainter::paint(const FeedSteps& steps)
+{
+    const std::size_t stride = channels_[steps.port];
+    const double* times = tracery::getRealData(steps.times.get());
+    const std::span<const double> shown = display_.advance({times, steps.count()});
+    const auto first = static_cast<std::size_t>(shown.data() - times);
+    const std::size_t count = shown.size();
+    times = shown.data();
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+        const LineSource& source = lines_[i].source;
+        if (source.port != steps.port)
+            continue;
+        const std::size_t offset = first * stride + source.channel;
+        const double* real = tracery::getRealData(steps.values.get()) + offset;
+        const double* imag = tracery::getImagData(steps.values.get());
+        if (imag != nullptr)
+            imag += offset;
+        if (isPolar(source.part)) {
+            polar_.resize(count);
+            for (std::size_t k = 0; k < count; ++k)
+                polar_[k] = polarPart(real[k * stride], imag != nullptr ? imag[k * stride] : 0.0,
+                                      source.part == SamplePart::phase);
+            display_.add(i, times, polar_.data(), count, 1);
+        } else {
+            display_.add(i, times, source.part == SamplePart::imaginary ? imag : real, count, stride);
+        }
+    }
+}
+
+void streamLines(Recordings recordings, const Window& stretch, const std::vector<Line>& lines, ScopeDisplay& display)
+{
+    Progress progress;
+    StepsPainter painter(recordings, lines, display);
+    Feed feed(std::move(recordings), stretch.from, stretch.to);
+    while (const std::optional<FeedSteps> steps = feed.next()) {
+        painter.paint(*steps);
+        progress.show((feed.reached() - stretch.from) / (stretch.to - stretch.from));
+    }
+    display.finish();
+}
+
+namespace {
+
+/// What of the line is seen in the window: points inside, or a segment that crosses all of it.
+Limits limitsIn(const std::vector<Point>& points, const Window& window)
+{
+    Limits limits = noLimits();
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const Point& point = points[i];
+        if (point.x >= window.from && point.x <= window.to)
+            extend(limits, point.y);
+        else if (i + 1 < points.size() && point.x < window.from && points[i + 1].x > window.to) {
+            extend(limits, point.y);
+            extend(limits, points[i + 1].y);
+        }
+    }
+    return limits;
+}
+
+} // namespace
+
+std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack,
+                              bool& anything)
+{
+    PanelSorter sorter;
+    anything = false;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        Line& line = lines[i];
+        const LineSource& source = line.source;
+        const std::string key =
+            (stack ? std::to_string(source.port) + '.' + std::to_string(source.channel) : line.unit) +
+            (isPolar(source.part) ? " polar" : "");
+        Trace trace{line.label, display.points(i)};
+        const Limits seen = limitsIn(trace.points, window);
+        anything |= seen.low <= seen.high;
+        line.panel = sorter.add(key, line.unit, std::move(trace), seen);
+    }
+    std::vector<Panel> panels = sorter.finish();
+    for (Panel& panel : panels)
+        panel.yLabel = panel.traces.size() == 1 ? panel.traces[0].label : "Amplitude";
+    return panels;
+}
+
+} // namespace scope

@@ -1,0 +1,118 @@
+#include "Canvas.h"
+#include "drawFigure.h"
+
+#include <tracery/basics/WholeFile.h>
+#include <tracery/figures/Figure.h>
+
+#include <cairo-svg.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string_view>
+
+namespace tracery::figures {
+
+using namespace basics;
+
+namespace {
+
+struct DestroySurface {
+    void operator()(cairo_surface_t* surface) const noexcept { cairo_surface_destroy(surface); }
+};
+using Surface = std::unique_ptr<cairo_surface_t, DestroySurface>;
+
+cairo_status_t writeTo(void* file, const unsigned char* data, unsigned size)
+{
+    return static_cast<WholeFile*>(file)->write(data, size) ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
+}
+
+cairo_status_t writePng(const Figure& figure, WholeFile& file)
+{
+    const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, figure.width, figure.height));
+    Canvas canvas(*surface, true, themeOf(figure.theme));
+    drawFigure(canvas, figure);
+    return canvas.failed() ? canvas.status() : cairo_surface_write_to_png_stream(surface.get(), writeTo, &file);
+}
+
+cairo_status_t appendTo(void* text, const unsigned char* data, unsigned size) noexcept
+{
+    try {
+        static_cast<std::string*>(text)->append(reinterpret_cast<const char*>(data), size);
+        return CAIRO_STATUS_SUCCESS;
+    } catch (const std::exception&) {
+        return CAIRO_STATUS_NO_MEMORY;
+    }
+}
+
+/// Cairo names the page after the number of surfaces the process has made before, and nothing refers to that
+/// name.
+void dropPageName(std::string& svg)
+{
+    constexpr std::string_view kNamed = "<g id=\"surface";
+    const std::size_t start = svg.find(kNamed);
+    if (start != std::string::npos)
+        svg.replace(start, svg.find('>', start) - start, "<g");
+}
+
+cairo_status_t writeSvg(const Figure& figure, WholeFile& file)
+{
+    std::string svg;
+    const Surface surface(cairo_svg_surface_create_for_stream(appendTo, &svg, figure.width, figure.height));
+    cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
+    Canvas canvas(*surface, false, themeOf(figure.theme));
+    drawFigure(canvas, figure);
+    if (canvas.failed())
+        return canvas.status();
+    cairo_surface_finish(surface.get());
+    dropPageName(svg);
+    file.write(svg.data(), svg.size());
+    return cairo_surface_status(surface.get());
+}
+
+struct Format {
+    std::string_view ending;
+    cairo_status_t (*write)(const Figure&, WholeFile&);
+};
+constexpr Format kFormats[] = {{".png", writePng}, {".svg", writeSvg}};
+
+bool endsWith(std::string_view path, std::string_view ending)
+{
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return path.size() >= ending.size() &&
+           std::equal(ending.rbegin(), ending.rend(), path.rbegin(), [&](char a, char b) { return a == lower(b); });
+}
+
+const Format& formatFor(const std::string& path, int width, int height)
+{
+    const auto format = std::find_if(std::begin(kFormats), std::end(kFormats),
+                                     [&](const Format& each) { return endsWith(path, each.ending); });
+    if (format == std::end(kFormats))
+        throw std::runtime_error(path + ": the name of a picture must end in .png or .svg");
+    const auto fits = [](int pixels) { return pixels >= kMinPixels && pixels <= kMaxPixels; };
+    if (!fits(width) || !fits(height))
+        throw std::runtime_error(path + ": a picture is " + std::to_string(kMinPixels) + " to " +
+                                 std::to_string(kMaxPixels) + " pixels wide and high, not " + std::to_string(width) +
+                                 " × " + std::to_string(height));
+    return *format;
+}
+
+} // namespace
+
+void requireWritablePicture(const std::string& path, int width, int height)
+{
+    formatFor(path, width, height);
+    const WholeFile probe(path);
+}
+
+void writeFigure(const Figure& figure, const std::string& path)
+{
+    const Format& format = formatFor(path, figure.width, figure.height);
+    WholeFile file(path);
+    const cairo_status_t status = format.write(figure, file);
+    // What went wrong in writing, the file itself tells better.
+    if (status != CAIRO_STATUS_SUCCESS && status != CAIRO_STATUS_WRITE_ERROR)
+        throw std::runtime_error(path + ": cannot be drawn: " + cairo_status_to_string(status));
+    file.keep();
+}
+
+} // namespace tracery::figures

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "MendedFile.h"
+
+#include <optional>
+
+namespace tracery::recordings {
+
+/// Compares the length that a WAV file (RIFF, RIFX or RF64) gives for its samples with the file itself.
+/// Decoders quietly take what there is of a file that was cut short, and disagree on one whose writer never
+/// came back to fill in the length, which is then 0 or has all bits set. Returns the length to read in that
+/// case; none for all other files. throws  InputError for a file cut short, saying where it ends and where it
+/// should
+std::optional<Mend> mendWavLength(const File& file);
+
+} // namespace tracery::recordings
