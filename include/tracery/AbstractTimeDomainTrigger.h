@@ -51,17 +51,7 @@ public:
 
     /// Every setter resets the detector, so that nothing half seen is completed under another setting. What each setting
     /// means, DetectorSettings says.
-    void setSettings(const DetectorSettings& settings)
-    {
-        settings_ = settings;
-        reset();
-    }
-    template <class Value>
-    void set(Value DetectorSettings::*setting, std::type_identity_t<Value> value)
-    {
-        settings_.*setting = value;
-        reset();
-    }
+    void setSettings(const DetectorSettings& settings) { settings_ = settings, reset(); }
     void setPolarity(TDTC::PolarityEnum polarity) { set(&DetectorSettings::polarity, polarity); }
     void setAutoLevel(bool autoLevel) { set(&DetectorSettings::autoLevel, autoLevel); }
     void setLevel(double level) { set(&DetectorSettings::level, level); }
@@ -72,6 +62,14 @@ public:
     void setMaxTime(double seconds) { set(&DetectorSettings::maxTime, seconds); }
     void setTimeout(double seconds) { set(&DetectorSettings::timeout, seconds); }
     void setHoldoff(double seconds) { set(&DetectorSettings::holdoff, seconds); }
+
+    /// Changes one setting, named by its member.
+    template <class Value>
+    void set(Value DetectorSettings::*setting, std::type_identity_t<Value> value)
+    {
+        settings_.*setting = value;
+        reset();
+    }
 
     /// Whether complex blocks are read through their imaginary parts. The one setting that does not reset.
     void shouldProcessImagPart(bool imagPart) { processImagPart_ = imagPart; }
@@ -106,6 +104,7 @@ protected:
     static constexpr double kNoEvent = -std::numeric_limits<double>::infinity();
 
     AbstractTimeDomainTrigger() = default;
+    /// Starts with these settings.
     explicit AbstractTimeDomainTrigger(const DetectorSettings& settings) : settings_(settings) {}
 
     /// Copied as part of a detector only, so that none is sliced.

@@ -15,8 +15,10 @@ namespace tracery {
 template <class Detector>
 class TRACERY_EXPORT DetectorOf : public AbstractTimeDomainTrigger {
 public:
-    /// A detector with these settings; and one that has two levels, with its settings alone.
+    /// A detector with these settings.
     explicit DetectorOf(const DetectorSettings& settings) : AbstractTimeDomainTrigger(settings) {}
+
+    /// A detector of two levels, with the settings that such ones read.
     DetectorOf(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel, double minTime,
                double maxTime, double holdoff)
         : AbstractTimeDomainTrigger({.polarity = polarity,
@@ -28,11 +30,14 @@ public:
                                      .holdoff = holdoff})
     {}
 
+    /// Takes a complex block, through the part that is chosen.
     void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema, double time,
                           EventQueue& queue) override;
+    /// The same of a real block.
     void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
                           EventQueue& queue) override;
 
+    /// Forgets what the rule remembers, too.
     void reset() override;
 
 private:
