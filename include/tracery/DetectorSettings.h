@@ -19,9 +19,6 @@ struct DetectorSettings {
     double maxTime = std::numeric_limits<double>::infinity(); ///< the other one
     double timeout = 0;                                       ///< how long without a crossing is one, seconds
     double holdoff = 0;                                       ///< least distance of two accepted events, seconds
-
-    /// Member by member.
-    bool operator==(const DetectorSettings&) const = default;
 };
 
 } // namespace tracery

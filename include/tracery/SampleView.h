@@ -14,11 +14,6 @@ struct SampleView {
 
     /// Sample i of count; nothing is checked.
     double operator[](std::size_t i) const { return first[static_cast<std::ptrdiff_t>(i) * stride]; }
-    /// `size` samples from sample `start` on; start + size <= count.
-    SampleView subview(std::size_t start, std::size_t size) const
-    {
-        return {first + static_cast<std::ptrdiff_t>(start) * stride, size, stride};
-    }
 };
 
 /// The real parts of complex samples.

@@ -111,8 +111,7 @@ SignalRange measureRange(BatchReader reader, std::size_t channel, TDTC::Complexi
                                                                      : re;
             if (!std::isfinite(value))
                 continue;
-            range.low = std::min(range.low, value);
-            range.high = std::max(range.high, value);
+            range.extend(value);
             ++range.finite;
         }
     }

@@ -2,9 +2,9 @@
 
 #include <tracery/TDTC.h>
 #include <tracery/TimeDomainTriggerController.h>
+#include <tracery/basics/Interval.h>
 
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -41,9 +41,7 @@ struct TriggerSettings {
 };
 
 /// Lowest and highest finite value of the trigger signal, and how many there are.
-struct SignalRange {
-    double low = std::numeric_limits<double>::infinity();
-    double high = -std::numeric_limits<double>::infinity();
+struct SignalRange : basics::Interval {
     std::uint64_t finite = 0;
 };
 
