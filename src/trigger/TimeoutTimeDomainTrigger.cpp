@@ -36,10 +36,11 @@ double TimeoutTimeDomainTrigger::latestInTime() const
 template <class Crossing>
 void TimeoutTimeDomainTrigger::pushTimeouts(SampleView pairs, Crossing crosses, EventQueue& queue)
 {
+    const double level = settings_.level, timeout = settings_.timeout;
     const auto rule = [&](TimedSample before, TimedSample now) {
         if (crosses(now.value))
-            seen_.lastCrossingTime = crossingTime(before, now, settings_.level);
-        if (now.time - settings_.timeout > seen_.lastCrossingTime) {
+            seen_.lastCrossingTime = crossingTime(before, now, level);
+        if (now.time - timeout > seen_.lastCrossingTime) {
             push(queue, now.time);
             seen_.lastCrossingTime = kWaitForCrossing; // even when holdoff refused the event
         }
