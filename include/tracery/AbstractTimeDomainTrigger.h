@@ -1,16 +1,16 @@
 #pragma once
 
-#include <tracery/TDTC.h>
+#include <tracery/DetectorSettings.h>
+#include <tracery/SampleView.h>
 #include <tracery/export.h>
 
 #include <complex>
 #include <cstdint>
 #include <deque>
 #include <limits>
+#include <type_traits>
 
 namespace tracery {
-
-struct TimedSample;
 
 /// Finds trigger events in one channel. A detector is shown consecutive blocks of samples and appends the
 /// times of the events it finds to a queue of the caller's. It remembers the last sample, so that, with fixed
@@ -43,26 +43,33 @@ public:
     /// The levels, in signal units. At every block auto level replaces those that the detector works on: the level of
     /// edge, the two levels of the others, none of timeout. A crossing armed under one level may then be found at
     /// another, at a time outside its segment; the formula is kept literal on purpose.
-    double getLevel() const { return level_; }
-    double getUpperLevel() const { return upperLevel_; }
-    double getLowerLevel() const { return lowerLevel_; }
+    double getLevel() const { return settings_.level; }
+    double getUpperLevel() const { return settings_.upperLevel; }
+    double getLowerLevel() const { return settings_.lowerLevel; }
+    /// All of the settings, with the levels as they are now.
+    const DetectorSettings& getSettings() const { return settings_; }
 
-    /// Every setter resets the detector, so that nothing half seen is completed under another setting.
-    void setPolarity(TDTC::PolarityEnum polarity) { set(polarity_, polarity); }
-    void setAutoLevel(bool autoLevel) { set(autoLevel_, autoLevel); }
-    void setLevel(double level) { set(level_, level); }
-    /// Distance from the level at which a crossing is armed, signal units.
-    void setHysteresis(double hysteresis) { set(hysteresis_, hysteresis); }
-    /// Levels of the detectors that have two, signal units.
-    void setUpperLevel(double level) { set(upperLevel_, level); }
-    void setLowerLevel(double level) { set(lowerLevel_, level); }
-    /// Bounds of a measured duration, both inclusive, seconds.
-    void setMinTime(double seconds) { set(minTime_, seconds); }
-    void setMaxTime(double seconds) { set(maxTime_, seconds); }
-    /// How long without a crossing is a timeout, seconds.
-    void setTimeout(double seconds) { set(timeout_, seconds); }
-    /// Smallest distance between two accepted events, seconds.
-    void setHoldoff(double seconds) { set(holdoff_, seconds); }
+    /// Every setter resets the detector, so that nothing half seen is completed under another setting. What each setting
+    /// means, DetectorSettings says.
+    void setSettings(const DetectorSettings& settings) { settings_ = settings, reset(); }
+    void setPolarity(TDTC::PolarityEnum polarity) { set(&DetectorSettings::polarity, polarity); }
+    void setAutoLevel(bool autoLevel) { set(&DetectorSettings::autoLevel, autoLevel); }
+    void setLevel(double level) { set(&DetectorSettings::level, level); }
+    void setHysteresis(double hysteresis) { set(&DetectorSettings::hysteresis, hysteresis); }
+    void setUpperLevel(double level) { set(&DetectorSettings::upperLevel, level); }
+    void setLowerLevel(double level) { set(&DetectorSettings::lowerLevel, level); }
+    void setMinTime(double seconds) { set(&DetectorSettings::minTime, seconds); }
+    void setMaxTime(double seconds) { set(&DetectorSettings::maxTime, seconds); }
+    void setTimeout(double seconds) { set(&DetectorSettings::timeout, seconds); }
+    void setHoldoff(double seconds) { set(&DetectorSettings::holdoff, seconds); }
+
+    /// Changes one setting, named by its member.
+    template <class Value>
+    void set(Value DetectorSettings::*setting, std::type_identity_t<Value> value)
+    {
+        settings_.*setting = value;
+        reset();
+    }
 
     /// Whether complex blocks are read through their imaginary parts. The one setting that does not reset.
     void shouldProcessImagPart(bool imagPart) { processImagPart_ = imagPart; }
@@ -97,11 +104,8 @@ protected:
     static constexpr double kNoEvent = -std::numeric_limits<double>::infinity();
 
     AbstractTimeDomainTrigger() = default;
-    /// The settings of detectors of one level, and of two. The others keep their initial values.
-    AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level, double hysteresis,
-                              double holdoff);
-    AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel, double lowerLevel,
-                              double minTime, double maxTime, double holdoff);
+    /// Starts with these settings.
+    explicit AbstractTimeDomainTrigger(const DetectorSettings& settings) : settings_(settings) {}
 
     /// Copied as part of a detector only, so that none is sliced.
     AbstractTimeDomainTrigger(const AbstractTimeDomainTrigger&) = default;
@@ -115,38 +119,30 @@ protected:
     void followTwoLevels(const double* extrema);
 
     /// Whether rules for positive pulses and rising edges apply, and those for negative and falling ones.
-    bool watchesPositive() const { return polarity_ != TDTC::PolarityEnum::Negative; }
-    bool watchesNegative() const { return polarity_ != TDTC::PolarityEnum::Positive; }
+    bool watchesPositive() const { return settings_.polarity != TDTC::PolarityEnum::Negative; }
+    bool watchesNegative() const { return settings_.polarity != TDTC::PolarityEnum::Positive; }
+
+    /// What to do, of three things, with this polarity.
+    template <class Choice>
+    Choice byPolarity(Choice positive, Choice negative, Choice either) const
+    {
+        return !watchesNegative() ? positive : !watchesPositive() ? negative : either;
+    }
+
+    /// The n pairs of a block as numbers: times and values by turns, of the part that is read.
+    SampleView partOf(const double* samples, std::uint64_t n) const;
+    SampleView partOf(const std::complex<double>* samples, std::uint64_t n) const;
 
     /// Hands the event to push when minTime <= duration <= maxTime.
     void pushInTimeBounds(EventQueue& queue, double duration, double time);
 
     /// The settings, and what is remembered of the signal: the last sample and the last accepted event.
-    TDTC::PolarityEnum polarity_ = TDTC::PolarityEnum::Positive;
-    bool autoLevel_ = false;
-    double level_ = 0;
-    double hysteresis_ = 0;
-    double upperLevel_ = 0;
-    double lowerLevel_ = 0;
-    double minTime_ = 0;
-    double maxTime_ = std::numeric_limits<double>::infinity();
-    double timeout_ = 0;
-    double holdoff_ = 0;
-    double lastSampleTime_ = kNoTime;
-    double lastSampleValue_ = kNoTime;
+    DetectorSettings settings_;
+    TimedSample lastSample_{kNoTime, kNoTime};
     double lastEventTime_ = kNoEvent;
     bool processImagPart_ = false;
 
 private:
-    void cache(const TimedSample& sample);
-
-    template <class Setting>
-    void set(Setting& field, Setting value)
-    {
-        field = value;
-        reset();
-    }
-
     std::uint64_t numAcceptedEvents_ = 0;
     std::uint64_t numHoldoffRefusals_ = 0;
     std::uint64_t numOutOfTimeBounds_ = 0;

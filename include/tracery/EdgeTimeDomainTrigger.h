@@ -1,41 +1,37 @@
 #pragma once
 
-#include <tracery/AbstractTimeDomainTrigger.h>
-
-#include <span>
+#include <tracery/DetectorOf.h>
 
 namespace tracery {
 
 /// Reports each crossing of the level in the chosen direction, at the interpolated time. A rising crossing is
 /// armed below level - hysteresis and fires above the level; a falling one is armed above level + hysteresis
 /// and fires below the level. All strict: a sample on the level neither arms nor crosses.
-class TRACERY_EXPORT EdgeTimeDomainTrigger : public AbstractTimeDomainTrigger {
+class TRACERY_EXPORT EdgeTimeDomainTrigger : public DetectorOf<EdgeTimeDomainTrigger> {
 public:
-    /// A detector with these settings (see the setters of its base).
+    /// A detector with these settings.
+    explicit EdgeTimeDomainTrigger(const DetectorSettings& settings);
     EdgeTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level, double hysteresis, double holdoff);
-
-    void updateEventQueue(const std::complex<double>* samples, std::uint64_t n, const double* extrema, double time,
-                          EventQueue& queue) override;
-    void updateEventQueue(const double* samples, std::uint64_t n, const double* extrema, double time,
-                          EventQueue& queue) override;
 
     /// Also goes back to the real part of complex blocks.
     void reset() override;
 
 private:
-    template <class Element>
-    void update(std::span<const Element> pairs, const double* extrema, EventQueue& queue);
-    template <class Element>
-    void updatePosEventQueue(std::span<const Element> pairs, EventQueue& queue);
-    template <class Element>
-    void updateNegEventQueue(std::span<const Element> pairs, EventQueue& queue);
-    template <class Element>
-    void updateAnyEventQueue(std::span<const Element> pairs, EventQueue& queue);
-    template <class Element, class Crossing>
-    void pushCrossings(std::span<const Element> pairs, Crossing crosses, EventQueue& queue);
+    friend DetectorOf;
+    static constexpr int kAutoLevels = 1;
+    void examine(SampleView pairs, EventQueue& queue);
+    void updatePosEventQueue(SampleView pairs, EventQueue& queue);
+    void updateNegEventQueue(SampleView pairs, EventQueue& queue);
+    void updateAnyEventQueue(SampleView pairs, EventQueue& queue);
+    template <class Crossing>
+    void pushCrossings(SampleView pairs, Crossing crosses, EventQueue& queue);
 
-    bool armedPositive_ = false; // below level - hysteresis since the last rising crossing
-    bool armedNegative_ = false; // above level + hysteresis since the last falling crossing
+    struct Seen {
+        bool armedPositive = false; // below level - hysteresis since the last rising crossing
+        bool armedNegative = false; // above level + hysteresis since the last falling crossing
+    } seen_;
 };
+
+extern template class DetectorOf<EdgeTimeDomainTrigger>;
 
 } // namespace tracery

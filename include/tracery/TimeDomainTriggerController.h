@@ -86,30 +86,33 @@ public:
     /// Replaces the detector by a new one with all of the controller's settings; pending events stay.
     void setType(TDTC::TypeEnum type);
     TDTC::TypeEnum getType() const { return type_; }
-    /// Which direction counts; a change resets the detector.
-    void setPolarity(TDTC::PolarityEnum polarity);
-    TDTC::PolarityEnum getPolarity() const { return polarity_; }
+    /// All settings of the detector at once, as they were set: auto level moves the detector's own.
+    void setDetectorSettings(const DetectorSettings& settings);
+    const DetectorSettings& getDetectorSettings() const { return settings_; }
+    /// Which direction counts.
+    void setPolarity(TDTC::PolarityEnum polarity) { set(&DetectorSettings::polarity, polarity); }
+    TDTC::PolarityEnum getPolarity() const { return settings_.polarity; }
     /// Levels follow the extremes of the channel over the last span, at every block.
-    void setAutoLevel(bool autoLevel);
-    bool getAutoLevel() const { return autoLevel_; }
+    void setAutoLevel(bool autoLevel) { set(&DetectorSettings::autoLevel, autoLevel); }
+    bool getAutoLevel() const { return settings_.autoLevel; }
     /// Levels and hysteresis in signal units. The getters of levels tell the detector's, which auto level may have set.
-    void setLevel(double level);
+    void setLevel(double level) { set(&DetectorSettings::level, level); }
     double getLevel() const { return detector_->getLevel(); }
-    void setHysteresis(double hysteresis);
-    double getHysteresis() const { return hysteresis_; }
-    void setUpperLevel(double level);
+    void setHysteresis(double hysteresis) { set(&DetectorSettings::hysteresis, hysteresis); }
+    double getHysteresis() const { return settings_.hysteresis; }
+    void setUpperLevel(double level) { set(&DetectorSettings::upperLevel, level); }
     double getUpperLevel() const { return detector_->getUpperLevel(); }
-    void setLowerLevel(double level);
+    void setLowerLevel(double level) { set(&DetectorSettings::lowerLevel, level); }
     double getLowerLevel() const { return detector_->getLowerLevel(); }
     /// Bounds of measured durations, timeout, and the least distance between events, in seconds.
-    void setMinTime(double seconds);
-    double getMinTime() const { return minTime_; }
-    void setMaxTime(double seconds);
-    double getMaxTime() const { return maxTime_; }
-    void setTimeout(double seconds);
-    double getTimeout() const { return timeout_; }
-    void setHoldoff(double seconds);
-    double getHoldoff() const { return holdoff_; }
+    void setMinTime(double seconds) { set(&DetectorSettings::minTime, seconds); }
+    double getMinTime() const { return settings_.minTime; }
+    void setMaxTime(double seconds) { set(&DetectorSettings::maxTime, seconds); }
+    double getMaxTime() const { return settings_.maxTime; }
+    void setTimeout(double seconds) { set(&DetectorSettings::timeout, seconds); }
+    double getTimeout() const { return settings_.timeout; }
+    void setHoldoff(double seconds) { set(&DetectorSettings::holdoff, seconds); }
+    double getHoldoff() const { return settings_.holdoff; }
     /// Backward step of the current time, relative to it, that restarts triggering.
     void setStepBackTolerance(double relative) { stepBackTolerance_ = relative; }
     double getStepBackTolerance() const { return stepBackTolerance_; }
@@ -177,7 +180,11 @@ private:
     };
 
     template <class Value>
-    void set(Value& field, Value value, void (AbstractTimeDomainTrigger::*setter)(Value));
+    void set(Value DetectorSettings::*setting, Value value)
+    {
+        settings_.*setting = value;
+        detector_->set(setting, value);
+    }
     void restartDetection();
     double displayTime(double event, double offset, double span) const;
     bool onceAllows() const { return mode_ != TDTC::ModeEnum::Once || enableOnce_; }
@@ -200,16 +207,7 @@ private:
     std::uint32_t sourcePortChannel_ = 0;
     TDTC::ComplexityEnum complexity_ = TDTC::ComplexityEnum::Scalar;
     TDTC::TypeEnum type_ = TDTC::TypeEnum::Edge;
-    TDTC::PolarityEnum polarity_ = TDTC::PolarityEnum::Positive;
-    bool autoLevel_ = true;
-    double level_ = 0;
-    double hysteresis_ = 0;
-    double upperLevel_ = 2.1;
-    double lowerLevel_ = 0.2;
-    double minTime_ = 0;
-    double maxTime_ = std::numeric_limits<double>::infinity();
-    double timeout_ = 0;
-    double holdoff_ = 0;
+    DetectorSettings settings_{.autoLevel = true, .upperLevel = 2.1, .lowerLevel = 0.2};
     bool timeBufferEnabled_ = true;
     double stepBackTolerance_ = std::numeric_limits<double>::epsilon();
     std::unique_ptr<AbstractTimeDomainTrigger> detector_;

@@ -22,9 +22,10 @@ auto modeEnum()
 }
 auto typeEnum()
 {
-    return TypedEnumStringType::createCaseInsensitiveInstance(
-        "TimeDomainTriggerControllerTypeEnum",
-        {{0, "Edge"}, {1, "PulseWidth"}, {2, "Transition"}, {3, "Runt"}, {4, "Window"}, {5, "Timeout"}});
+    std::vector<std::pair<std::int32_t, std::string>> kinds;
+    for (const char* name : TDTC::kTypeNames)
+        kinds.emplace_back(static_cast<std::int32_t>(kinds.size()), name);
+    return TypedEnumStringType::createCaseInsensitiveInstance("TimeDomainTriggerControllerTypeEnum", std::move(kinds));
 }
 auto polarityEnum()
 {

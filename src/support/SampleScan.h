@@ -3,75 +3,44 @@
 #include "support/sampleKernels.h"
 #include "support/vectorUnit.h"
 
+#include <tracery/SampleView.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <complex>
 #include <cstddef>
 #include <limits>
-#include <span>
-#include <type_traits>
 
-/// How detectors read interleaved blocks of (time, value) pairs: one loop for real and complex elements.
+/// How detectors read blocks of samples: numbers that are times and values by turns. Real blocks and parts of complex ones
+/// differ in their stride alone.
 namespace tracery {
 
-struct TimedSample {
-    double time;
-    double value;
+/// A block whose stride the compiler knows.
+template <std::size_t kStride>
+struct TimedSamples {
+    const double* first;
+    std::size_t count; ///< of samples
+
+    TimedSample operator[](std::size_t i) const { return {first[2 * kStride * i], first[(2 * i + 1) * kStride]}; }
 };
+
+/// Calls `use` with the samples of a block.
+template <class Use>
+auto withSamples(SampleView pairs, Use&& use)
+{
+    if (pairs.stride == 1)
+        return use(TimedSamples<1>{pairs.first, pairs.count / 2});
+    return use(TimedSamples<2>{pairs.first, pairs.count / 2});
+}
+
+inline std::size_t countPairs(SampleView pairs) { return pairs.count / 2; }
+inline TimedSample sampleAt(SampleView pairs, std::size_t i) { return {pairs[2 * i], pairs[2 * i + 1]}; }
 
 /// The time at which the straight line from `before` to `now` reaches `level`. Not guarded: NaN without a
 /// sample before, and not finite where the line is level, as it can be when auto level moves the level between samples.
 inline double crossingTime(TimedSample before, TimedSample now, double level)
 {
     return (now.time - before.time) / (now.value - before.value) * (level - before.value) + before.time;
-}
-
-/// Part selectors: what a detector sees of an element.
-struct RealPart {
-    static double of(double x) { return x; }
-    static double of(const std::complex<double>& z) { return z.real(); }
-};
-struct ImagPart {
-    static double of(const std::complex<double>& z) { return z.imag(); }
-};
-
-/// Calls `use` with the part selector to read `Element`s through; real elements leave no choice.
-template <class Element, class Use>
-auto withPart([[maybe_unused]] bool imagPart, Use&& use)
-{
-    if constexpr (!std::is_floating_point_v<Element>) {
-        if (imagPart)
-            return use(ImagPart{});
-    }
-    return use(RealPart{});
-}
-
-/// Sample i of a block, read through a part selector, and through the part chosen by a flag.
-template <class Part, class Element>
-TimedSample sampleThrough(Part, std::span<const Element> pairs, std::size_t i)
-{
-    return {Part::of(pairs[2 * i]), Part::of(pairs[2 * i + 1])};
-}
-template <class Element>
-TimedSample sampleAt(bool imagPart, std::span<const Element> pairs, std::size_t i)
-{
-    return withPart<Element>(imagPart, [&](auto part) { return sampleThrough(part, pairs, i); });
-}
-
-/// Shows `rule` each sample of a block together with its predecessor; `before` is that of the first one.
-/// Returns the last sample.
-template <class Element, class Rule>
-TimedSample scan(std::span<const Element> pairs, bool imagPart, TimedSample before, Rule&& rule)
-{
-    withPart<Element>(imagPart, [&](auto part) {
-        for (std::size_t i = 0; i < pairs.size() / 2; ++i) {
-            const TimedSample now = sampleThrough(part, pairs, i);
-            rule(before, now);
-            before = now;
-        }
-    });
-    return before;
 }
 
 /// Samples that a rule has no use for in its present state: those of a value in [low, high] that are not after
@@ -83,20 +52,21 @@ struct QuietSamples {
 };
 constexpr QuietSamples kNoneQuiet{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
 
-/// The number of samples from the front that are surely quiet.
-template <class Element>
-std::size_t countQuiet(std::span<const Element> pairs, bool imagPart, const QuietSamples& quiet)
+/// The number of samples from sample `start` on that are surely quiet.
+template <std::size_t kStride>
+std::size_t countQuiet(TimedSamples<kStride> samples, std::size_t start, const QuietSamples& quiet)
 {
     constexpr double kInf = std::numeric_limits<double>::infinity();
-    constexpr std::size_t kParts = sizeof(Element) / sizeof(double);
     LaneBounds bounds{{-kInf, -kInf, -kInf, -kInf}, {kInf, kInf, kInf, kInf}};
-    for (std::size_t time = imagPart ? kParts - 1 : 0; time < 4; time += 2 * kParts) {
+    for (std::size_t time = 0; time < 4; time += 2 * kStride) {
         bounds.high[time] = quiet.latest;
-        bounds.low[time + kParts] = quiet.low;
-        bounds.high[time + kParts] = quiet.high;
+        bounds.low[time + kStride] = quiet.low;
+        bounds.high[time + kStride] = quiet.high;
     }
-    const auto* doubles = reinterpret_cast<const double*>(pairs.data()); // as complex numbers may be read
-    return quietLength(doubles, pairs.size() * kParts, bounds) / (2 * kParts);
+    constexpr std::size_t kStep = 2 * kStride; // doubles from sample to sample
+    const std::size_t left = kStep * (samples.count - start);
+    const std::size_t readable = left - std::min(left, kStride - 1); // nothing is behind the last value
+    return quietLength(samples.first + kStep * start, readable, bounds) / kStep;
 }
 
 /// How many samples to take one by one before asking again whether what follows is quiet: less and less often where little
@@ -111,26 +81,27 @@ private:
     std::size_t stretch_ = kShortest;
 };
 
-/// scan for rules that have no use for samples that are `quiet(last)` after the last one they saw. The first sample of a
-/// block is always shown: levels may have moved since the one before it.
-template <class Element, class Rule, class Quiet>
-void scanPassingQuiet(std::span<const Element> pairs, bool imagPart, TimedSample before, Rule&& rule, Quiet&& quiet)
+/// Shows `rule` each sample together with its predecessor, but for those that it has no use for: samples that are
+/// `quiet(last)` after the last one it saw. The first sample of a block is always shown: levels may have moved since
+/// `before`, the one before it.
+template <class Rule, class Quiet>
+void scanPassingQuiet(SampleView pairs, TimedSample before, Rule&& rule, Quiet&& quiet)
 {
-    withPart<Element>(imagPart, [&](auto part) {
-        const std::size_t count = pairs.size() / 2;
+    withSamples(pairs, [&](auto samples) {
         Patience<16> patience;
-        for (std::size_t i = 0; i < count;) {
-            for (const std::size_t end = kPlainKernels ? count : i + patience.stretch(count - i); i < end; ++i) {
-                const TimedSample now = sampleThrough(part, pairs, i);
+        for (std::size_t i = 0; i < samples.count;) {
+            for (const std::size_t end = kPlainKernels ? samples.count : i + patience.stretch(samples.count - i);
+                 i < end; ++i) {
+                const TimedSample now = samples[i];
                 rule(before, now);
                 before = now;
             }
-            if (i == count)
+            if (i == samples.count)
                 break;
-            const std::size_t passed = countQuiet(pairs.subspan(2 * i), imagPart, quiet(before));
+            const std::size_t passed = countQuiet(samples, i, quiet(before));
             patience.tell(passed);
             i += passed;
-            before = sampleThrough(part, pairs, i - 1);
+            before = samples[i - 1];
         }
     });
 }
@@ -170,14 +141,13 @@ private:
     bool ordered_ = true;
 };
 
-/// scan for rules that look at a sample's relation to levels only and do nothing with one that has the same as the
+/// The same for rules that look at a sample's relation to levels only and do nothing with one that has the same as the
 /// sample before, as long as the levels, from lowest to highest, are in order.
-template <class Element, std::size_t kCount, class Rule>
-void scanRegions(std::span<const Element> pairs, bool imagPart, TimedSample before,
-                 const std::array<double, kCount>& levels, Rule&& rule)
+template <std::size_t kCount, class Rule>
+void scanRegions(SampleView pairs, TimedSample before, const std::array<double, kCount>& levels, Rule&& rule)
 {
     const Regions regions(levels);
-    scanPassingQuiet(pairs, imagPart, before, rule, [&](TimedSample last) { return regions.around(last.value); });
+    scanPassingQuiet(pairs, before, rule, [&](TimedSample last) { return regions.around(last.value); });
 }
 
 } // namespace tracery

@@ -8,33 +8,14 @@ namespace tracery {
 
 namespace {
 
-/// Sample i of a block whose length is not known here.
-template <class Element>
-TimedSample sampleOf(const Element* samples, bool imagPart, std::uint64_t i)
+/// The crossing at the last sample of `pairs`; `previous` is the last sample of the block before.
+double crossingAtEnd(SampleView pairs, TimedSample previous, double level)
 {
-    return sampleAt(imagPart, std::span(samples + 2 * i, 2), 0);
-}
-
-/// The crossing at sample i; `previous` is the last sample of the block before.
-template <class Element>
-double crossingAt(const Element* samples, bool imagPart, std::uint64_t i, const TimedSample& previous, double level)
-{
-    const TimedSample before = i > 0 ? sampleOf(samples, imagPart, i - 1) : previous;
-    return crossingTime(before, sampleOf(samples, imagPart, i), level);
+    const std::size_t i = countPairs(pairs) - 1;
+    return crossingTime(i > 0 ? sampleAt(pairs, i - 1) : previous, sampleAt(pairs, i), level);
 }
 
 } // namespace
-
-AbstractTimeDomainTrigger::AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double level,
-                                                     double hysteresis, double holdoff)
-    : polarity_(polarity), autoLevel_(autoLevel), level_(level), hysteresis_(hysteresis), holdoff_(holdoff)
-{}
-
-AbstractTimeDomainTrigger::AbstractTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
-                                                     double lowerLevel, double minTime, double maxTime, double holdoff)
-    : polarity_(polarity), autoLevel_(autoLevel), upperLevel_(upperLevel), lowerLevel_(lowerLevel), minTime_(minTime),
-      maxTime_(maxTime), holdoff_(holdoff)
-{}
 
 AbstractTimeDomainTrigger::~AbstractTimeDomainTrigger() = default;
 
@@ -43,8 +24,7 @@ void AbstractTimeDomainTrigger::reset() { resetEvents(); }
 void AbstractTimeDomainTrigger::resetEvents()
 {
     lastEventTime_ = kNoEvent;
-    lastSampleTime_ = kNoTime;
-    lastSampleValue_ = kNoTime;
+    lastSample_ = {kNoTime, kNoTime};
     numAcceptedEvents_ = 0;
     numHoldoffRefusals_ = 0;
     numOutOfTimeBounds_ = 0;
@@ -52,24 +32,24 @@ void AbstractTimeDomainTrigger::resetEvents()
 
 void AbstractTimeDomainTrigger::followLevel(const double* extrema)
 {
-    if (autoLevel_)
-        level_ = (extrema[0] + extrema[1]) * 0.5;
+    if (settings_.autoLevel)
+        settings_.level = (extrema[0] + extrema[1]) * 0.5;
 }
 
 void AbstractTimeDomainTrigger::followTwoLevels(const double* extrema)
 {
-    if (!autoLevel_)
+    if (!settings_.autoLevel)
         return;
     const double range = extrema[1] - extrema[0];
-    upperLevel_ = extrema[0] + range * 0.9;
-    lowerLevel_ = extrema[0] + range * 0.1;
+    settings_.upperLevel = extrema[0] + range * 0.9;
+    settings_.lowerLevel = extrema[0] + range * 0.1;
 }
 
 void AbstractTimeDomainTrigger::push(EventQueue& queue, double time)
 {
     if (!std::isfinite(time))
         return;
-    if (time - holdoff_ >= lastEventTime_) {
+    if (time - settings_.holdoff >= lastEventTime_) {
         queue.push_back(time);
         lastEventTime_ = time;
         ++numAcceptedEvents_;
@@ -80,35 +60,36 @@ void AbstractTimeDomainTrigger::push(EventQueue& queue, double time)
 
 void AbstractTimeDomainTrigger::pushInTimeBounds(EventQueue& queue, double duration, double time)
 {
-    if (minTime_ <= duration && duration <= maxTime_)
+    if (settings_.minTime <= duration && duration <= settings_.maxTime)
         push(queue, time);
     else if (!std::isnan(duration))
         ++numOutOfTimeBounds_;
 }
 
+SampleView AbstractTimeDomainTrigger::partOf(const double* samples, std::uint64_t n) const { return {samples, 2 * n}; }
+SampleView AbstractTimeDomainTrigger::partOf(const std::complex<double>* samples, std::uint64_t n) const
+{
+    return processImagPart_ ? imagPartOf({samples, 2 * n}) : realPartOf({samples, 2 * n});
+}
+
 double AbstractTimeDomainTrigger::interpTime(const double* samples, std::uint64_t i, double level) const
 {
-    return crossingAt(samples, processImagPart_, i, {lastSampleTime_, lastSampleValue_}, level);
+    return crossingAtEnd(partOf(samples, i + 1), lastSample_, level);
 }
 double AbstractTimeDomainTrigger::interpTime(const std::complex<double>* samples, std::uint64_t i, double level) const
 {
-    return crossingAt(samples, processImagPart_, i, {lastSampleTime_, lastSampleValue_}, level);
+    return crossingAtEnd(partOf(samples, i + 1), lastSample_, level);
 }
 
 void AbstractTimeDomainTrigger::cacheLastSample(const double* samples, std::uint64_t n)
 {
     if (n > 0)
-        cache(sampleOf(samples, processImagPart_, n - 1));
+        lastSample_ = sampleAt(partOf(samples, n), n - 1);
 }
 void AbstractTimeDomainTrigger::cacheLastSample(const std::complex<double>* samples, std::uint64_t n)
 {
     if (n > 0)
-        cache(sampleOf(samples, processImagPart_, n - 1));
-}
-void AbstractTimeDomainTrigger::cache(const TimedSample& sample)
-{
-    lastSampleTime_ = sample.time;
-    lastSampleValue_ = sample.value;
+        lastSample_ = sampleAt(partOf(samples, n), n - 1);
 }
 
 } // namespace tracery

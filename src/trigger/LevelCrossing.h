@@ -2,9 +2,11 @@
 
 #include "support/SampleScan.h"
 
-#include <algorithm>
+#include <tracery/DetectorSettings.h>
+
 #include <bit>
 #include <cstdint>
+#include <type_traits>
 
 /// The crossing rules that the edge and the timeout detector share. Each is called once a sample, in order,
 /// with the sample's value, and tells whether the level is crossed there. The flags belong to the detector
@@ -137,37 +139,56 @@ struct EitherCrossing {
     }
 };
 
-/// Calls found(before, now) for each sample that crosses.
-template <class Element, class Crossing, class Found>
-void scanCrossings(std::span<const Element> pairs, bool imagPart, TimedSample before, Crossing crosses, Found&& found)
+/// The rules for the flags and the level of a detector.
+template <class Seen>
+RisingCrossing risingCrossing(Seen& seen, const DetectorSettings& settings)
 {
-    const auto plainly = [&](std::size_t i, std::size_t count, TimedSample ahead) {
-        scan(pairs.subspan(2 * i, 2 * count), imagPart, ahead, [&](TimedSample previous, TimedSample now) {
-            if (crosses(now.value))
-                found(previous, now);
-        });
-    };
-    if (kPlainKernels)
-        return plainly(0, pairs.size() / 2, before);
-    Patience<kMaskSamples> patience;
-    for (std::size_t i = 0; i < pairs.size() / 2;) {
-        std::size_t count = patience.stretch(pairs.size() / 2 - i);
-        if constexpr (std::is_same_v<Element, double>) {
-            for (; count >= kMaskSamples && crosses.takesStretches(); i += kMaskSamples, count -= kMaskSamples) {
-                for (std::uint64_t hits = crosses.stretch(&pairs[2 * i]); hits != 0; hits &= hits - 1) {
-                    const std::size_t at = i + static_cast<std::size_t>(std::countr_zero(hits));
-                    found(at == i ? before : sampleAt(false, pairs, at - 1), sampleAt(false, pairs, at));
+    return {seen.armedPositive, settings.level, settings.level - settings.hysteresis};
+}
+template <class Seen>
+FallingCrossing fallingCrossing(Seen& seen, const DetectorSettings& settings)
+{
+    return {seen.armedNegative, settings.level, settings.level + settings.hysteresis};
+}
+template <class Seen>
+EitherCrossing eitherCrossing(Seen& seen, const DetectorSettings& settings)
+{
+    return {seen.armedPositive, seen.armedNegative, settings.level, settings.level - settings.hysteresis,
+            settings.level + settings.hysteresis};
+}
+
+/// Calls found(before, now) for each sample that crosses.
+template <class Crossing, class Found>
+void scanCrossings(SampleView pairs, TimedSample before, Crossing crosses, Found&& found)
+{
+    withSamples(pairs, [&](auto samples) {
+        constexpr bool kSideBySide = std::is_same_v<decltype(samples), TimedSamples<1>> && !kPlainKernels;
+        Patience<kMaskSamples> patience;
+        for (std::size_t i = 0; i < samples.count;) {
+            const std::size_t end = kPlainKernels ? samples.count : i + patience.stretch(samples.count - i);
+            if constexpr (kSideBySide) {
+                for (; end - i >= kMaskSamples && crosses.takesStretches(); i += kMaskSamples) {
+                    for (std::uint64_t hits = crosses.stretch(samples.first + 2 * i); hits != 0; hits &= hits - 1) {
+                        const std::size_t at = i + static_cast<std::size_t>(std::countr_zero(hits));
+                        found(at == i ? before : samples[at - 1], samples[at]);
+                    }
+                    before = samples[i + kMaskSamples - 1];
                 }
-                before = sampleAt(false, pairs, i + kMaskSamples - 1);
             }
+            for (; i < end; ++i) {
+                const TimedSample now = samples[i];
+                if (crosses(now.value))
+                    found(before, now);
+                before = now;
+            }
+            if (i == samples.count)
+                break;
+            const std::size_t passed = countQuiet(samples, i, crosses.quiet());
+            patience.tell(passed);
+            i += passed;
+            before = samples[i - 1];
         }
-        plainly(i, count, before);
-        i += count;
-        const std::size_t passed = countQuiet(pairs.subspan(2 * i), imagPart, crosses.quiet());
-        patience.tell(passed);
-        i += passed;
-        before = sampleAt(imagPart, pairs, i - 1);
-    }
+    });
 }
 
 } // namespace tracery

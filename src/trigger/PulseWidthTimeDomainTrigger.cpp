@@ -1,79 +1,49 @@
-#include "support/SampleScan.h"
-#include "trigger/allOrNothing.h"
+#include "trigger/takeBlock.h"
 
 #include <tracery/PulseWidthTimeDomainTrigger.h>
 
 namespace tracery {
 
-PulseWidthTimeDomainTrigger::PulseWidthTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
-                                                         double lowerLevel, double minTime, double maxTime,
-                                                         double holdoff)
-    : AbstractTimeDomainTrigger(polarity, autoLevel, upperLevel, lowerLevel, minTime, maxTime, holdoff)
-{}
-
-void PulseWidthTimeDomainTrigger::reset()
-{
-    resetEvents();
-    armedRise_ = armedFall_ = highSeen_ = lowSeen_ = false;
-    riseTime_ = fallTime_ = kNoTime;
-}
-
 void PulseWidthTimeDomainTrigger::pushPosPulse(EventQueue& queue, double time)
 {
-    pushInTimeBounds(queue, fallTime_ - riseTime_, time);
+    pushInTimeBounds(queue, seen_.fallTime - seen_.riseTime, time);
 }
 
 void PulseWidthTimeDomainTrigger::pushNegPulse(EventQueue& queue, double time)
 {
-    pushInTimeBounds(queue, riseTime_ - fallTime_, time);
+    pushInTimeBounds(queue, seen_.riseTime - seen_.fallTime, time);
 }
 
-template <class Element>
-void PulseWidthTimeDomainTrigger::update(std::span<const Element> pairs, const double* extrema, EventQueue& queue)
+void PulseWidthTimeDomainTrigger::examine(SampleView pairs, EventQueue& queue)
 {
-    if (pairs.empty())
-        return;
-    followTwoLevels(extrema);
-    const double middle = (upperLevel_ + lowerLevel_) / 2;
-    const std::array levels{lowerLevel_, middle, upperLevel_};
-    const auto rule = [&](TimedSample before, TimedSample now) {
-        if (armedRise_ && now.value > middle) {
-            armedRise_ = false;
-            riseTime_ = crossingTime(before, now, middle);
+    const double lower = settings_.lowerLevel, upper = settings_.upperLevel;
+    const double middle = (upper + lower) / 2;
+    scanRegions(pairs, lastSample_, std::array{lower, middle, upper}, [&](TimedSample before, TimedSample now) {
+        if (seen_.armedRise && now.value > middle) {
+            seen_.armedRise = false;
+            seen_.riseTime = crossingTime(before, now, middle);
         }
-        if (armedFall_ && now.value < middle) {
-            armedFall_ = false;
-            fallTime_ = crossingTime(before, now, middle);
+        if (seen_.armedFall && now.value < middle) {
+            seen_.armedFall = false;
+            seen_.fallTime = crossingTime(before, now, middle);
         }
-        if (now.value < lowerLevel_) {
-            if (watchesPositive() && highSeen_) {
-                pushPosPulse(queue, crossingTime(before, now, lowerLevel_));
-                highSeen_ = false;
+        if (now.value < lower) {
+            if (watchesPositive() && seen_.high) {
+                pushPosPulse(queue, crossingTime(before, now, lower));
+                seen_.high = false;
             }
-            armedRise_ = lowSeen_ = true;
+            seen_.armedRise = seen_.low = true;
         }
-        if (now.value > upperLevel_) {
-            if (watchesNegative() && lowSeen_) {
-                pushNegPulse(queue, crossingTime(before, now, upperLevel_));
-                lowSeen_ = false;
+        if (now.value > upper) {
+            if (watchesNegative() && seen_.low) {
+                pushNegPulse(queue, crossingTime(before, now, upper));
+                seen_.low = false;
             }
-            armedFall_ = highSeen_ = true;
+            seen_.armedFall = seen_.high = true;
         }
-    };
-    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
-    cacheLastSample(pairs.data(), pairs.size() / 2);
+    });
 }
 
-void PulseWidthTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
-                                                   const double* extrema, double /*time*/, EventQueue& queue)
-{
-    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
-}
-
-void PulseWidthTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
-                                                   double /*time*/, EventQueue& queue)
-{
-    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
-}
+template class DetectorOf<PulseWidthTimeDomainTrigger>;
 
 } // namespace tracery

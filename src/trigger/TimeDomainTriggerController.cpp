@@ -1,11 +1,7 @@
-#include <tracery/EdgeTimeDomainTrigger.h>
-#include <tracery/PulseWidthTimeDomainTrigger.h>
-#include <tracery/RuntTimeDomainTrigger.h>
+#include "trigger/makeDetector.h"
+
 #include <tracery/TimeBuffer.h>
 #include <tracery/TimeDomainTriggerController.h>
-#include <tracery/TimeoutTimeDomainTrigger.h>
-#include <tracery/TransitionTimeDomainTrigger.h>
-#include <tracery/WindowTimeDomainTrigger.h>
 #include <tracery/host/Error.h>
 
 #include <cmath>
@@ -18,26 +14,6 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr std::size_t kPendingDoubles = 2048;
-
-std::unique_ptr<AbstractTimeDomainTrigger> makeDetector(TypeEnum type)
-{
-    constexpr auto positive = PolarityEnum::Positive;
-    switch (type) {
-    case TypeEnum::PulseWidth:
-        return std::make_unique<PulseWidthTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Transition:
-        return std::make_unique<TransitionTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Runt:
-        return std::make_unique<RuntTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Window:
-        return std::make_unique<WindowTimeDomainTrigger>(positive, false, 0, 0, 0, 0, 0);
-    case TypeEnum::Timeout:
-        return std::make_unique<TimeoutTimeDomainTrigger>(positive, 0, 0, 0, 0);
-    case TypeEnum::Edge:
-        break;
-    }
-    return std::make_unique<EdgeTimeDomainTrigger>(positive, false, 0, 0, 0);
-}
 
 TimeBuffer::SamplePart partFor(ComplexityEnum complexity)
 {
@@ -67,66 +43,16 @@ TimeDomainTriggerController::~TimeDomainTriggerController() = default;
 
 // ---- Settings
 
-template <class Value>
-void TimeDomainTriggerController::set(Value& field, Value value, void (AbstractTimeDomainTrigger::*setter)(Value))
+void TimeDomainTriggerController::setDetectorSettings(const DetectorSettings& settings)
 {
-    field = value;
-    (detector_.get()->*setter)(value);
-}
-
-void TimeDomainTriggerController::setPolarity(PolarityEnum polarity)
-{
-    set(polarity_, polarity, &AbstractTimeDomainTrigger::setPolarity);
-}
-void TimeDomainTriggerController::setAutoLevel(bool autoLevel)
-{
-    set(autoLevel_, autoLevel, &AbstractTimeDomainTrigger::setAutoLevel);
-}
-void TimeDomainTriggerController::setLevel(double level) { set(level_, level, &AbstractTimeDomainTrigger::setLevel); }
-void TimeDomainTriggerController::setHysteresis(double hysteresis)
-{
-    set(hysteresis_, hysteresis, &AbstractTimeDomainTrigger::setHysteresis);
-}
-void TimeDomainTriggerController::setUpperLevel(double level)
-{
-    set(upperLevel_, level, &AbstractTimeDomainTrigger::setUpperLevel);
-}
-void TimeDomainTriggerController::setLowerLevel(double level)
-{
-    set(lowerLevel_, level, &AbstractTimeDomainTrigger::setLowerLevel);
-}
-void TimeDomainTriggerController::setMinTime(double seconds)
-{
-    set(minTime_, seconds, &AbstractTimeDomainTrigger::setMinTime);
-}
-void TimeDomainTriggerController::setMaxTime(double seconds)
-{
-    set(maxTime_, seconds, &AbstractTimeDomainTrigger::setMaxTime);
-}
-void TimeDomainTriggerController::setTimeout(double seconds)
-{
-    set(timeout_, seconds, &AbstractTimeDomainTrigger::setTimeout);
-}
-void TimeDomainTriggerController::setHoldoff(double seconds)
-{
-    set(holdoff_, seconds, &AbstractTimeDomainTrigger::setHoldoff);
+    settings_ = settings;
+    detector_->setSettings(settings);
 }
 
 void TimeDomainTriggerController::setType(TypeEnum type)
 {
-    detector_ = makeDetector(type);
+    detector_ = makeDetector(type, settings_);
     type_ = type;
-    // Every setting, whether this kind uses it or not, so that the getters of levels never tell a default.
-    setPolarity(polarity_);
-    setAutoLevel(autoLevel_);
-    setLevel(level_);
-    setHysteresis(hysteresis_);
-    setUpperLevel(upperLevel_);
-    setLowerLevel(lowerLevel_);
-    setMinTime(minTime_);
-    setMaxTime(maxTime_);
-    setTimeout(timeout_);
-    setHoldoff(holdoff_);
 }
 
 void TimeDomainTriggerController::setMode(ModeEnum mode)
@@ -277,7 +203,7 @@ void TimeDomainTriggerController::detect(const std::vector<double>& pairs, doubl
                                          Repeated repeated)
 {
     double extrema[] = {kInfinity, -kInfinity};
-    if (autoLevel_)
+    if (settings_.autoLevel)
         updateWindowExtrema(pairs, extrema, span, currentTime, repeated);
     detector_->updateEventQueue(pairs.data(), pairs.size() / 2, extrema, span, eventQueue_);
     lastReadTime_ = pairs[pairs.size() - 2];

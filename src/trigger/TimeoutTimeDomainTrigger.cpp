@@ -1,5 +1,5 @@
 #include "trigger/LevelCrossing.h"
-#include "trigger/allOrNothing.h"
+#include "trigger/takeBlock.h"
 
 #include <tracery/TimeoutTimeDomainTrigger.h>
 
@@ -7,42 +7,42 @@
 
 namespace tracery {
 
+TimeoutTimeDomainTrigger::TimeoutTimeDomainTrigger(const DetectorSettings& settings) : DetectorOf(settings) {}
+
 TimeoutTimeDomainTrigger::TimeoutTimeDomainTrigger(TDTC::PolarityEnum polarity, double level, double hysteresis,
                                                    double holdoff, double timeout)
-    : AbstractTimeDomainTrigger(polarity, false, level, hysteresis, holdoff)
-{
-    timeout_ = timeout;
-}
+    : DetectorOf(
+          {.polarity = polarity, .level = level, .hysteresis = hysteresis, .timeout = timeout, .holdoff = holdoff})
+{}
 
 void TimeoutTimeDomainTrigger::reset()
 {
-    resetEvents();
-    armedPositive_ = armedNegative_ = false;
+    DetectorOf::reset();
     processImagPart_ = false;
-    lastCrossingTime_ = kTimerNotStarted;
 }
 
 double TimeoutTimeDomainTrigger::latestInTime() const
 {
     constexpr double kInf = std::numeric_limits<double>::infinity();
-    const auto late = [this](double time) { return time - timeout_ > lastCrossingTime_; };
+    const auto late = [this](double time) { return time - settings_.timeout > seen_.lastCrossingTime; };
     if (!late(kInf))
         return kInf;
-    double latest = lastCrossingTime_ + timeout_;
+    double latest = seen_.lastCrossingTime + settings_.timeout;
     if (late(latest)) // rounded up
         latest = std::nextafter(latest, -kInf);
     return late(latest) || std::isnan(latest) ? -kInf : latest;
 }
 
-template <class Element, class Crossing>
-void TimeoutTimeDomainTrigger::pushTimeouts(std::span<const Element> pairs, Crossing crosses, EventQueue& queue)
+template <class Crossing>
+void TimeoutTimeDomainTrigger::pushTimeouts(SampleView pairs, Crossing crosses, EventQueue& queue)
 {
+    const double level = settings_.level, timeout = settings_.timeout;
     const auto rule = [&](TimedSample before, TimedSample now) {
         if (crosses(now.value))
-            lastCrossingTime_ = crossingTime(before, now, level_);
-        if (now.time - timeout_ > lastCrossingTime_) {
+            seen_.lastCrossingTime = crossingTime(before, now, level);
+        if (now.time - timeout > seen_.lastCrossingTime) {
             push(queue, now.time);
-            lastCrossingTime_ = kWaitForCrossing; // even when holdoff refused the event
+            seen_.lastCrossingTime = kWaitForCrossing; // even when holdoff refused the event
         }
     };
     const auto quiet = [&](TimedSample) {
@@ -50,55 +50,33 @@ void TimeoutTimeDomainTrigger::pushTimeouts(std::span<const Element> pairs, Cros
         samples.latest = latestInTime();
         return samples;
     };
-    scanPassingQuiet(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, rule, quiet);
+    scanPassingQuiet(pairs, lastSample_, rule, quiet);
 }
 
-template <class Element>
-void TimeoutTimeDomainTrigger::updatePosEventQueue(std::span<const Element> pairs, EventQueue& queue)
+void TimeoutTimeDomainTrigger::updatePosEventQueue(SampleView pairs, EventQueue& queue)
 {
-    pushTimeouts(pairs, RisingCrossing{armedPositive_, level_, level_ - hysteresis_}, queue);
+    pushTimeouts(pairs, risingCrossing(seen_, settings_), queue);
 }
 
-template <class Element>
-void TimeoutTimeDomainTrigger::updateNegEventQueue(std::span<const Element> pairs, EventQueue& queue)
+void TimeoutTimeDomainTrigger::updateNegEventQueue(SampleView pairs, EventQueue& queue)
 {
-    pushTimeouts(pairs, FallingCrossing{armedNegative_, level_, level_ + hysteresis_}, queue);
+    pushTimeouts(pairs, fallingCrossing(seen_, settings_), queue);
 }
 
-template <class Element>
-void TimeoutTimeDomainTrigger::updateAnyEventQueue(std::span<const Element> pairs, EventQueue& queue)
+void TimeoutTimeDomainTrigger::updateAnyEventQueue(SampleView pairs, EventQueue& queue)
 {
-    pushTimeouts(pairs,
-                 EitherCrossing{armedPositive_, armedNegative_, level_, level_ - hysteresis_, level_ + hysteresis_},
-                 queue);
+    pushTimeouts(pairs, eitherCrossing(seen_, settings_), queue);
 }
 
-template <class Element>
-void TimeoutTimeDomainTrigger::update(std::span<const Element> pairs, EventQueue& queue)
+void TimeoutTimeDomainTrigger::examine(SampleView pairs, EventQueue& queue)
 {
-    if (pairs.empty())
-        return;
-    if (lastCrossingTime_ == kTimerNotStarted)
-        lastCrossingTime_ = sampleAt(processImagPart_, pairs, 0).time;
-    if (polarity_ == TDTC::PolarityEnum::Positive)
-        updatePosEventQueue(pairs, queue);
-    else if (polarity_ == TDTC::PolarityEnum::Negative)
-        updateNegEventQueue(pairs, queue);
-    else
-        updateAnyEventQueue(pairs, queue);
-    cacheLastSample(pairs.data(), pairs.size() / 2);
+    if (seen_.lastCrossingTime == kTimerNotStarted)
+        seen_.lastCrossingTime = sampleAt(pairs, 0).time;
+    using Timeout = TimeoutTimeDomainTrigger;
+    (this->*byPolarity(&Timeout::updatePosEventQueue, &Timeout::updateNegEventQueue, &Timeout::updateAnyEventQueue))(
+        pairs, queue);
 }
 
-void TimeoutTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
-                                                const double* /*extrema*/, double /*time*/, EventQueue& queue)
-{
-    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), queue); });
-}
-
-void TimeoutTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* /*extrema*/,
-                                                double /*time*/, EventQueue& queue)
-{
-    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), queue); });
-}
+template class DetectorOf<TimeoutTimeDomainTrigger>;
 
 } // namespace tracery

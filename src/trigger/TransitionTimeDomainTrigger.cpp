@@ -1,70 +1,40 @@
-#include "support/SampleScan.h"
-#include "trigger/allOrNothing.h"
+#include "trigger/takeBlock.h"
 
 #include <tracery/TransitionTimeDomainTrigger.h>
 
 namespace tracery {
 
-TransitionTimeDomainTrigger::TransitionTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
-                                                         double lowerLevel, double minTime, double maxTime,
-                                                         double holdoff)
-    : AbstractTimeDomainTrigger(polarity, autoLevel, upperLevel, lowerLevel, minTime, maxTime, holdoff)
-{}
-
-void TransitionTimeDomainTrigger::reset()
+void TransitionTimeDomainTrigger::examine(SampleView pairs, EventQueue& queue)
 {
-    resetEvents();
-    aboveUpper_ = belowLower_ = fallStarted_ = riseStarted_ = false;
-    fallStart_ = riseStart_ = kNoTime;
-}
-
-template <class Element>
-void TransitionTimeDomainTrigger::update(std::span<const Element> pairs, const double* extrema, EventQueue& queue)
-{
-    if (pairs.empty())
-        return;
-    followTwoLevels(extrema);
-    const auto rule = [&](TimedSample before, TimedSample now) {
-        if (belowLower_ && now.value > lowerLevel_) {
-            riseStarted_ = true;
-            riseStart_ = crossingTime(before, now, lowerLevel_);
+    const double lower = settings_.lowerLevel, upper = settings_.upperLevel;
+    scanRegions(pairs, lastSample_, std::array{lower, upper}, [&](TimedSample before, TimedSample now) {
+        if (seen_.belowLower && now.value > lower) {
+            seen_.riseStarted = true;
+            seen_.riseStart = crossingTime(before, now, lower);
         }
-        if (aboveUpper_ && now.value < upperLevel_) {
-            fallStarted_ = true;
-            fallStart_ = crossingTime(before, now, upperLevel_);
+        if (seen_.aboveUpper && now.value < upper) {
+            seen_.fallStarted = true;
+            seen_.fallStart = crossingTime(before, now, upper);
         }
-        aboveUpper_ = now.value >= upperLevel_;
-        if (aboveUpper_) {
-            if (watchesPositive() && riseStarted_) {
-                const double end = crossingTime(before, now, upperLevel_);
-                pushInTimeBounds(queue, end - riseStart_, end);
+        seen_.aboveUpper = now.value >= upper;
+        if (seen_.aboveUpper) {
+            if (watchesPositive() && seen_.riseStarted) {
+                const double end = crossingTime(before, now, upper);
+                pushInTimeBounds(queue, end - seen_.riseStart, end);
             }
-            riseStarted_ = fallStarted_ = false;
+            seen_.riseStarted = seen_.fallStarted = false;
         }
-        belowLower_ = now.value <= lowerLevel_;
-        if (belowLower_) {
-            if (watchesNegative() && fallStarted_) {
-                const double end = crossingTime(before, now, lowerLevel_);
-                pushInTimeBounds(queue, end - fallStart_, end);
+        seen_.belowLower = now.value <= lower;
+        if (seen_.belowLower) {
+            if (watchesNegative() && seen_.fallStarted) {
+                const double end = crossingTime(before, now, lower);
+                pushInTimeBounds(queue, end - seen_.fallStart, end);
             }
-            riseStarted_ = fallStarted_ = false;
+            seen_.riseStarted = seen_.fallStarted = false;
         }
-    };
-    const std::array levels{lowerLevel_, upperLevel_};
-    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
-    cacheLastSample(pairs.data(), pairs.size() / 2);
+    });
 }
 
-void TransitionTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
-                                                   const double* extrema, double /*time*/, EventQueue& queue)
-{
-    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
-}
-
-void TransitionTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
-                                                   double /*time*/, EventQueue& queue)
-{
-    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
-}
+template class DetectorOf<TransitionTimeDomainTrigger>;
 
 } // namespace tracery

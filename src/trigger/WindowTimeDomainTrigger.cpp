@@ -1,21 +1,8 @@
-#include "support/SampleScan.h"
-#include "trigger/allOrNothing.h"
+#include "trigger/takeBlock.h"
 
 #include <tracery/WindowTimeDomainTrigger.h>
 
 namespace tracery {
-
-WindowTimeDomainTrigger::WindowTimeDomainTrigger(TDTC::PolarityEnum polarity, bool autoLevel, double upperLevel,
-                                                 double lowerLevel, double minTime, double maxTime, double holdoff)
-    : AbstractTimeDomainTrigger(polarity, autoLevel, upperLevel, lowerLevel, minTime, maxTime, holdoff)
-{}
-
-void WindowTimeDomainTrigger::reset()
-{
-    resetEvents();
-    above_ = below_ = inside_ = false;
-    aboveStart_ = entryTime_ = belowStart_ = kNoTime;
-}
 
 void WindowTimeDomainTrigger::pushWindow(EventQueue& queue, double duration, double time)
 {
@@ -24,13 +11,13 @@ void WindowTimeDomainTrigger::pushWindow(EventQueue& queue, double duration, dou
 
 void WindowTimeDomainTrigger::enterBand(TimedSample before, TimedSample now)
 {
-    if (above_)
-        entryTime_ = crossingTime(before, now, upperLevel_);
-    else if (below_)
-        entryTime_ = crossingTime(before, now, lowerLevel_);
+    if (seen_.above)
+        seen_.entryTime = crossingTime(before, now, settings_.upperLevel);
+    else if (seen_.below)
+        seen_.entryTime = crossingTime(before, now, settings_.lowerLevel);
     else
-        entryTime_ = now.value; // kept on purpose: without a crossing, the value stands in for the time
-    inside_ = true;
+        seen_.entryTime = now.value; // kept on purpose: without a crossing, the value stands in for the time
+    seen_.inside = true;
 }
 
 void WindowTimeDomainTrigger::begin(bool& open, double& start, double level, TimedSample before, TimedSample now)
@@ -47,85 +34,62 @@ void WindowTimeDomainTrigger::end(bool& open, double start, double level, TimedS
     open = false;
 }
 
-template <class Element, class Rule>
-void WindowTimeDomainTrigger::scanBand(std::span<const Element> pairs, Rule&& rule)
-{
-    const std::array levels{lowerLevel_, upperLevel_};
-    scanRegions(pairs, processImagPart_, {lastSampleTime_, lastSampleValue_}, levels, rule);
-}
+// Levels by reference in the rules: as values they would take the registers that the busiest signals need.
 
-template <class Element>
-void WindowTimeDomainTrigger::updateInsideEventQueue(std::span<const Element> pairs, EventQueue& queue)
+void WindowTimeDomainTrigger::updateInsideEventQueue(SampleView pairs, EventQueue& queue)
 {
-    scanBand(pairs, [&](TimedSample before, TimedSample now) {
-        if (!inside_ && lowerLevel_ < now.value && now.value < upperLevel_)
+    const double &lower = settings_.lowerLevel, &upper = settings_.upperLevel;
+    scanRegions(pairs, lastSample_, std::array{lower, upper}, [&](TimedSample before, TimedSample now) {
+        if (!seen_.inside && lower < now.value && now.value < upper)
             enterBand(before, now);
-        above_ = now.value >= upperLevel_;
-        below_ = now.value <= lowerLevel_;
-        if (inside_ && (above_ || below_))
-            end(inside_, entryTime_, above_ ? upperLevel_ : lowerLevel_, before, now, queue);
+        seen_.above = now.value >= upper;
+        seen_.below = now.value <= lower;
+        if (seen_.inside && (seen_.above || seen_.below))
+            end(seen_.inside, seen_.entryTime, seen_.above ? upper : lower, before, now, queue);
     });
 }
 
-template <class Element>
-void WindowTimeDomainTrigger::updateOutsideEventQueue(std::span<const Element> pairs, EventQueue& queue)
+void WindowTimeDomainTrigger::updateOutsideEventQueue(SampleView pairs, EventQueue& queue)
 {
-    scanBand(pairs, [&](TimedSample before, TimedSample now) {
-        if (!above_ && now.value > upperLevel_)
-            begin(above_, aboveStart_, upperLevel_, before, now);
-        if (!below_ && now.value < lowerLevel_)
-            begin(below_, belowStart_, lowerLevel_, before, now);
-        if (above_ && now.value <= upperLevel_)
-            end(above_, aboveStart_, upperLevel_, before, now, queue);
-        if (below_ && now.value >= lowerLevel_)
-            end(below_, belowStart_, lowerLevel_, before, now, queue);
+    const double &lower = settings_.lowerLevel, &upper = settings_.upperLevel;
+    scanRegions(pairs, lastSample_, std::array{lower, upper}, [&](TimedSample before, TimedSample now) {
+        if (!seen_.above && now.value > upper)
+            begin(seen_.above, seen_.aboveStart, upper, before, now);
+        if (!seen_.below && now.value < lower)
+            begin(seen_.below, seen_.belowStart, lower, before, now);
+        if (seen_.above && now.value <= upper)
+            end(seen_.above, seen_.aboveStart, upper, before, now, queue);
+        if (seen_.below && now.value >= lower)
+            end(seen_.below, seen_.belowStart, lower, before, now, queue);
     });
 }
 
-template <class Element>
-void WindowTimeDomainTrigger::updateEitherEventQueue(std::span<const Element> pairs, EventQueue& queue)
+void WindowTimeDomainTrigger::updateEitherEventQueue(SampleView pairs, EventQueue& queue)
 {
-    scanBand(pairs, [&](TimedSample before, TimedSample now) {
-        if (!inside_ && lowerLevel_ < now.value && now.value < upperLevel_)
+    const double &lower = settings_.lowerLevel, &upper = settings_.upperLevel;
+    scanRegions(pairs, lastSample_, std::array{lower, upper}, [&](TimedSample before, TimedSample now) {
+        if (!seen_.inside && lower < now.value && now.value < upper)
             enterBand(before, now);
-        if (!above_ && now.value >= upperLevel_)
-            begin(above_, aboveStart_, upperLevel_, before, now);
-        if (!below_ && now.value <= lowerLevel_)
-            begin(below_, belowStart_, lowerLevel_, before, now);
-        if (inside_ && (now.value >= upperLevel_ || now.value <= lowerLevel_))
-            end(inside_, entryTime_, above_ ? upperLevel_ : lowerLevel_, before, now, queue);
-        if (above_ && now.value < upperLevel_)
-            end(above_, aboveStart_, upperLevel_, before, now, queue);
-        if (below_ && now.value > lowerLevel_)
-            end(below_, belowStart_, lowerLevel_, before, now, queue);
+        if (!seen_.above && now.value >= upper)
+            begin(seen_.above, seen_.aboveStart, upper, before, now);
+        if (!seen_.below && now.value <= lower)
+            begin(seen_.below, seen_.belowStart, lower, before, now);
+        if (seen_.inside && (now.value >= upper || now.value <= lower))
+            end(seen_.inside, seen_.entryTime, seen_.above ? upper : lower, before, now, queue);
+        if (seen_.above && now.value < upper)
+            end(seen_.above, seen_.aboveStart, upper, before, now, queue);
+        if (seen_.below && now.value > lower)
+            end(seen_.below, seen_.belowStart, lower, before, now, queue);
     });
 }
 
-template <class Element>
-void WindowTimeDomainTrigger::update(std::span<const Element> pairs, const double* extrema, EventQueue& queue)
+void WindowTimeDomainTrigger::examine(SampleView pairs, EventQueue& queue)
 {
-    if (pairs.empty())
-        return;
-    followTwoLevels(extrema);
-    if (polarity_ == TDTC::PolarityEnum::Positive)
-        updateInsideEventQueue(pairs, queue);
-    else if (polarity_ == TDTC::PolarityEnum::Negative)
-        updateOutsideEventQueue(pairs, queue);
-    else
-        updateEitherEventQueue(pairs, queue);
-    cacheLastSample(pairs.data(), pairs.size() / 2);
+    using Window = WindowTimeDomainTrigger;
+    (this->*byPolarity(&Window::updateInsideEventQueue, &Window::updateOutsideEventQueue,
+                       &Window::updateEitherEventQueue))(pairs, queue);
 }
 
-void WindowTimeDomainTrigger::updateEventQueue(const std::complex<double>* samples, std::uint64_t n,
-                                               const double* extrema, double /*time*/, EventQueue& queue)
-{
-    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
-}
-
-void WindowTimeDomainTrigger::updateEventQueue(const double* samples, std::uint64_t n, const double* extrema,
-                                               double /*time*/, EventQueue& queue)
-{
-    allOrNothing(*this, queue, [&] { update(std::span(samples, 2 * n), extrema, queue); });
-}
+template class DetectorOf<WindowTimeDomainTrigger>;
 
 } // namespace tracery

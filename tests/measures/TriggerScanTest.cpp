@@ -57,9 +57,9 @@ TriggerSettings settingsFor(const Plant& plant)
     settings.hysteresis = {0.1, false};
     settings.upper = LevelSetting{0.8, false};
     settings.lower = LevelSetting{0.2, false};
-    settings.minTime = plant.minTime;
-    settings.maxTime = plant.maxTime;
-    settings.timeout = 0.2;
+    settings.detector.minTime = plant.minTime;
+    settings.detector.maxTime = plant.maxTime;
+    settings.detector.timeout = 0.2;
     return settings;
 }
 
@@ -165,9 +165,9 @@ TEST(TriggerScanTest, SaysWhyNothingIsShown)
               "nothing triggers: the level 7 is outside the signal's range, 0 to 1");
     EXPECT_EQ(why(runt, [](TriggerSettings& s) { std::swap(s.upper, s.lower); }),
               "nothing triggers: the levels are inverted: the lower one is 0.8, the upper one 0.2");
-    EXPECT_EQ(why(width, [](TriggerSettings& s) { s.minTime = 3, s.maxTime = 4; }),
+    EXPECT_EQ(why(width, [](TriggerSettings& s) { s.detector.minTime = 3, s.detector.maxTime = 4; }),
               "nothing triggers: 20 pulses measured, none of them lasted 3 s to 4 s");
-    EXPECT_EQ(why(timeout, [](TriggerSettings& s) { s.timeout = 9; }),
+    EXPECT_EQ(why(timeout, [](TriggerSettings& s) { s.detector.timeout = 9; }),
               "nothing triggers: the signal never goes 9 s without crossing the level 0.5");
     EXPECT_EQ(why(edge, [](TriggerSettings& s) { s.hysteresis.value = 0.6; }),
               "nothing triggers: the signal, which runs from 0 to 1, never crosses the level 0.5 with a hysteresis of "

@@ -99,7 +99,7 @@ TEST(PanelSorterTest, ALineWithNothingInTheWindowLeavesItsPanelsLimitsAlone)
 {
     for (const bool silentFirst : {true, false}) {
         PanelSorter sorter;
-        const Limits seen[] = {noLimits(), {20, 40}};
+        const Limits seen[] = {{}, {20, 40}};
         for (const bool silent : {silentFirst, !silentFirst})
             EXPECT_EQ(sorter.add("V", "V", {}, seen[silent ? 0 : 1]), 0U);
         const std::vector<Panel> panels = sorter.finish();

@@ -181,6 +181,7 @@ TYPED_TEST(TriggerPropertyTest, EverySetterForgetsTheSignal)
         [](auto& d, auto& s) { d.setMaxTime(s.maxTime); },
         [](auto& d, auto& s) { d.setTimeout(s.timeout); },
         [](auto& d, auto& s) { d.setHoldoff(s.holdoff); },
+        [](auto& d, auto&) { d.setSettings(d.getSettings()); },
     };
     this->forManySignals([&](const Signal& signal, const Settings& settings, const EventQueue& events, Random& random) {
         const Settings otherSettings = anySettings(random);

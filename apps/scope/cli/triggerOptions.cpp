@@ -50,7 +50,7 @@ void addTrigger(CLI::App& command, TriggerSettings& settings, std::function<void
             {{"auto", ModeEnum::Auto}, {"normal", ModeEnum::Normal}, {"once", ModeEnum::Once}, {"off", ModeEnum::Off}}),
         "auto, normal, once or off [default: normal]");
     option("--polarity", "WAY",
-           oneOf(settings.polarity, "--polarity",
+           oneOf(settings.detector.polarity, "--polarity",
                  {{"rising", PolarityEnum::Positive},
                   {"falling", PolarityEnum::Negative},
                   {"either", PolarityEnum::Either},
@@ -68,11 +68,14 @@ void addTrigger(CLI::App& command, TriggerSettings& settings, std::function<void
            "Upper level of the other types [default: auto, 90% of the last span's range]");
     option("--lower", "LEVEL", levelOrAuto(settings.lower, "--lower"),
            "Lower level of the other types [default: auto, 10% of the last span's range]");
-    option("--min-time", "TIME", duration(settings.minTime, "--min-time"), "Shortest pulse or transition [default: 0]");
-    option("--max-time", "TIME", duration(settings.maxTime, "--max-time"),
+    option("--min-time", "TIME", duration(settings.detector.minTime, "--min-time"),
+           "Shortest pulse or transition [default: 0]");
+    option("--max-time", "TIME", duration(settings.detector.maxTime, "--max-time"),
            "Longest pulse or transition [default: any]");
-    option("--timeout", "TIME", duration(settings.timeout, "--timeout"), "How long without a crossing is a timeout");
-    option("--holdoff", "TIME", duration(settings.holdoff, "--holdoff"), "Least time between two events [default: 0]");
+    option("--timeout", "TIME", duration(settings.detector.timeout, "--timeout"),
+           "How long without a crossing is a timeout");
+    option("--holdoff", "TIME", duration(settings.detector.holdoff, "--holdoff"),
+           "Least time between two events [default: 0]");
     option(
         "--position", "SHARE",
         [&settings](const std::string& text) { settings.position = parseLevel(text, "--position").value; },
@@ -103,13 +106,13 @@ void checkTrigger(const CLI::App& command, const TriggerSettings& settings, bool
     for (const char* option : {"--upper", "--lower", "--min-time", "--max-time"})
         if (triggered && !settings.usesTwoLevels() && given(option))
             throw UsageError(std::string(option) + " does nothing with this trigger, which takes --level");
-    if (settings.type == TypeEnum::Timeout && !(settings.timeout > 0))
+    if (settings.type == TypeEnum::Timeout && !(settings.detector.timeout > 0))
         throw UsageError("--trigger timeout needs a --timeout TIME longer than 0");
     if (triggered && settings.type != TypeEnum::Timeout && given("--timeout"))
         throw UsageError("--timeout is of --trigger timeout");
     if (!(settings.position >= 0 && settings.position <= 1))
         throw UsageError("--position: expected 0 (left) to 1 (right), or 0% to 100%");
-    if (settings.maxTime < settings.minTime)
+    if (settings.detector.maxTime < settings.detector.minTime)
         throw UsageError("--max-time is less than --min-time: no duration fits");
     if (settings.hysteresis.value < 0)
         throw UsageError("--hysteresis must not be negative");

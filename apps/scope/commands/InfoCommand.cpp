@@ -4,21 +4,18 @@
 #include "stream/StandardInput.h"
 #include "stream/StretchReader.h"
 
+#include <tracery/basics/Interval.h>
 #include <tracery/basics/quantity.h>
 #include <tracery/recordings/Recording.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 
 namespace scope {
 
 namespace {
 
-struct ChannelStatistics {
-    double low = std::numeric_limits<double>::infinity();
-    double high = -std::numeric_limits<double>::infinity();
+struct ChannelStatistics : Interval {
     double sum = 0;
     std::uint64_t finite = 0;
     std::uint64_t missing = 0;
@@ -31,8 +28,7 @@ struct ChannelStatistics {
             ++missing;
             return;
         }
-        low = std::min(low, value);
-        high = std::max(high, value);
+        extend(value);
         sum += value;
         ++finite;
     }

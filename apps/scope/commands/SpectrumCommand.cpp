@@ -167,16 +167,16 @@ Figure figureOf(const std::vector<double>& frequencies, const std::vector<Curve>
     PanelSorter sorter;
     for (const Curve& curve : curves) {
         Trace trace{.label = curve.label, .points = {}};
-        Limits seen = noLimits();
+        Limits seen;
         for (std::size_t k = 0; k < frequencies.size(); ++k) {
             trace.points.push_back({frequencies[k], curve.levels[k]});
             if (std::isfinite(curve.levels[k]))
-                extend(seen, curve.levels[k]);
+                seen.extend(curve.levels[k]);
         }
         if (options.unit != LevelUnit::Linear)
             seen.low = std::max(seen.low, seen.high - kMostDecibels);
         if (!curve.peaks.empty()) {
-            extend(seen, levelOf(curve.peaks[0].power, options.unit, complex)); // may be above the bins
+            seen.extend(levelOf(curve.peaks[0].power, options.unit, complex)); // may be above the bins
             seen.high += kMarkRoom * (seen.high - seen.low);
         }
         for (const SpectrumPeak& peak : curve.peaks) {

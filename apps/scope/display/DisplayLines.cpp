@@ -76,14 +76,14 @@ namespace {
 /// What of the line is seen in the window: points inside, or a segment that crosses all of it.
 Limits limitsIn(const std::vector<Point>& points, const Window& window)
 {
-    Limits limits = noLimits();
+    Limits limits;
     for (std::size_t i = 0; i < points.size(); ++i) {
         const Point& point = points[i];
         if (point.x >= window.from && point.x <= window.to)
-            extend(limits, point.y);
+            limits.extend(point.y);
         else if (i + 1 < points.size() && point.x < window.from && points[i + 1].x > window.to) {
-            extend(limits, point.y);
-            extend(limits, points[i + 1].y);
+            limits.extend(point.y);
+            limits.extend(points[i + 1].y);
         }
     }
     return limits;
@@ -104,7 +104,7 @@ std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& disp
             (isPolar(source.part) ? " polar" : "");
         Trace trace{line.label, display.points(i)};
         const Limits seen = limitsIn(trace.points, window);
-        anything |= seen.low <= seen.high;
+        anything |= !seen.empty();
         line.panel = sorter.add(key, line.unit, std::move(trace), seen);
     }
     std::vector<Panel> panels = sorter.finish();

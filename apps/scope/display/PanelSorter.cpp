@@ -1,7 +1,6 @@
 #include "display/PanelSorter.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace scope {
@@ -11,10 +10,10 @@ std::size_t PanelSorter::add(const std::string& key, const std::string& yUnit, T
     const auto panel = static_cast<std::size_t>(std::find(keys_.begin(), keys_.end(), key) - keys_.begin());
     if (panel == keys_.size()) {
         keys_.push_back(key);
-        limits_.push_back(noLimits());
+        limits_.emplace_back();
         panels_.emplace_back().yUnit = yUnit;
     }
-    extend(limits_[panel], seen);
+    limits_[panel].extend(seen);
     panels_[panel].traces.push_back(std::move(trace));
     return panel;
 }
@@ -27,20 +26,6 @@ std::vector<Panel> PanelSorter::finish()
         panels_[i].yMax = comfortable.high;
     }
     return std::move(panels_);
-}
-
-Limits noLimits() { return {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()}; }
-
-void extend(Limits& limits, double value)
-{
-    limits.low = std::min(limits.low, value);
-    limits.high = std::max(limits.high, value);
-}
-
-void extend(Limits& limits, const Limits& other)
-{
-    limits.low = std::min(limits.low, other.low);
-    limits.high = std::max(limits.high, other.high);
 }
 
 } // namespace scope

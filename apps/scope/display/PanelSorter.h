@@ -24,10 +24,4 @@ private:
     std::vector<Panel> panels_;
 };
 
-/// The limits of nothing, for values to be added to.
-Limits noLimits();
-void extend(Limits& limits, double value);
-/// Adds those of something else; nothing (reversed) adds nothing.
-void extend(Limits& limits, const Limits& other);
-
 } // namespace scope

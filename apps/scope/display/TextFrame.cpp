@@ -27,11 +27,11 @@ constexpr std::size_t kFewestColumns = 10; // of a course
 /// Lowest and highest value of each column; where nothing is, reversed.
 std::vector<Limits> columnLimits(const std::vector<Point>& points, const Figure& figure, std::size_t columns)
 {
-    std::vector<Limits> limits(columns, noLimits());
+    std::vector<Limits> limits(columns);
     const double perColumn = (figure.xMax - figure.xMin) / static_cast<double>(columns);
     const auto extendAt = [&](double place, double value) {
         if (place >= 0 && place <= static_cast<double>(columns))
-            extend(limits[std::min(static_cast<std::size_t>(place), columns - 1)], value);
+            limits[std::min(static_cast<std::size_t>(place), columns - 1)].extend(value);
     };
     double lastPlace = std::numeric_limits<double>::quiet_NaN();
     double last = 0;
@@ -54,14 +54,14 @@ std::string drawCourse(const std::vector<Limits>& columns, const Limits& range)
     double sum = 0;
     double count = 0;
     for (const Limits& column : columns)
-        if (column.low <= column.high) {
+        if (!column.empty()) {
             sum += (column.low + column.high) / 2;
             ++count;
         }
     const double middle = sum / count;
     std::string text;
     for (const Limits& column : columns) {
-        if (column.low > column.high) {
+        if (column.empty()) {
             text += ' ';
             continue;
         }
@@ -117,12 +117,12 @@ std::vector<std::string> drawText(const Figure& figure, std::size_t columns, std
         for (const Trace& trace : panel.traces) {
             if (++lines > mostRows)
                 continue;
-            Row row{&trace, cleanText(panel.yUnit), cleanText(trace.label), noLimits()};
+            Row row{&trace, cleanText(panel.yUnit), cleanText(trace.label), {}};
             for (const Limits& column : columnLimits(trace.points, figure, columns))
-                extend(row.range, column);
-            row.label += row.range.low <= row.range.high
-                             ? "  " + valueText(row.range.low, row.unit) + " … " + valueText(row.range.high, row.unit)
-                             : "  no samples";
+                row.range.extend(column);
+            row.label += row.range.empty()
+                             ? "  no samples"
+                             : "  " + valueText(row.range.low, row.unit) + " … " + valueText(row.range.high, row.unit);
             labels = std::max(labels, width(row.label));
             rows.push_back(std::move(row));
         }

@@ -21,8 +21,6 @@ constexpr double kRowHeight = 1.3; // in text sizes
 constexpr double kBaseline = 0.3;  // of a text above the bottom of its row, in text sizes
 constexpr double kOpacity = 0.85;  // of what is behind a label in a panel
 
-bool within(double value, const Limits& limits) { return value >= limits.low && value <= limits.high; }
-
 } // namespace
 
 PositionMarkers::PositionMarkers(Canvas& canvas, std::span<const Marker> positions, const Limits& limits,
@@ -31,7 +29,7 @@ PositionMarkers::PositionMarkers(Canvas& canvas, std::span<const Marker> positio
 {
     std::vector<const Marker*> shown;
     for (const Marker& marker : positions)
-        if (within(marker.at, limits))
+        if (limits.contains(marker.at))
             shown.push_back(&marker);
     std::stable_sort(shown.begin(), shown.end(), [](auto* a, auto* b) { return a->at < b->at; });
 
@@ -99,7 +97,7 @@ void drawLevels(Canvas& canvas, std::span<const Marker> levels, const Mapping& m
     std::vector<Box> taken;
     canvas.setColour(canvas.theme().marker);
     for (const Marker& level : levels) {
-        if (!within(level.at, mapping.yLimits()))
+        if (!mapping.yLimits().contains(level.at))
             continue;
         const double y = mapping.y(level.at);
         canvas.dashedHorizontal(panel.left, panel.right, y, sizes.hairline);

@@ -109,8 +109,7 @@ SignalRange measureRange(BatchReader reader, std::size_t channel, TDTC::Complexi
         for (std::size_t i = 1; i < pairs.size(); i += 2) {
             if (!std::isfinite(pairs[i]))
                 continue;
-            range.low = std::min(range.low, pairs[i]);
-            range.high = std::max(range.high, pairs[i]);
+            range.extend(pairs[i]);
             ++range.finite;
         }
     }

@@ -29,20 +29,16 @@ void configure(tracery::TimeDomainTriggerController& controller, const TriggerSe
     const auto valueOf = [&](const LevelSetting& level) {
         return level.share ? range.low + height * level.value : level.value;
     };
+    DetectorSettings detector = settings.detector;
+    detector.autoLevel = settings.autoLevel();
+    detector.level = valueOf(settings.level.value_or(kMiddle));
+    detector.hysteresis = settings.hysteresis.share ? height * settings.hysteresis.value : settings.hysteresis.value;
+    detector.upperLevel = valueOf(settings.upper.value_or(kUpper));
+    detector.lowerLevel = valueOf(settings.lower.value_or(kLower));
     controller.setType(settings.type);
     controller.setMode(settings.mode);
-    controller.setPolarity(settings.polarity);
     controller.setComplexity(settings.part);
-    controller.setAutoLevel(settings.autoLevel());
-    controller.setLevel(valueOf(settings.level.value_or(kMiddle)));
-    controller.setHysteresis(settings.hysteresis.share ? height * settings.hysteresis.value
-                                                       : settings.hysteresis.value);
-    controller.setUpperLevel(valueOf(settings.upper.value_or(kUpper)));
-    controller.setLowerLevel(valueOf(settings.lower.value_or(kLower)));
-    controller.setMinTime(settings.minTime);
-    controller.setMaxTime(settings.maxTime);
-    controller.setTimeout(settings.timeout);
-    controller.setHoldoff(settings.holdoff);
+    controller.setDetectorSettings(detector);
     controller.setPosition(settings.position);
     controller.setDelay(settings.delay);
 }

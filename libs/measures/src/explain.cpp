@@ -41,7 +41,7 @@ std::string explainNothingFound(const TriggerSettings& settings, const tracery::
         return "the signal stays at " + formatQuantity(range.low, "");
     if (totals.outOfTimeBounds > 0)
         return counted(totals.outOfTimeBounds, "pulse") + " measured, none of them lasted " +
-               formatQuantity(settings.minTime, "s") + " to " + formatQuantity(settings.maxTime, "s");
+               formatQuantity(settings.detector.minTime, "s") + " to " + formatQuantity(settings.detector.maxTime, "s");
     if (settings.usesTwoLevels() && !(lower < upper))
         return "the levels are inverted: the lower one is " + formatQuantity(lower, "") + ", the upper one " +
                formatQuantity(upper, "");
@@ -55,8 +55,8 @@ std::string explainNothingFound(const TriggerSettings& settings, const tracery::
     if (!reaches(range, level))
         return levelText(level, range);
     if (settings.type == TypeEnum::Timeout)
-        return "the signal never goes " + formatQuantity(settings.timeout, "s") + " without crossing the level " +
-               formatQuantity(level, "");
+        return "the signal never goes " + formatQuantity(settings.detector.timeout, "s") +
+               " without crossing the level " + formatQuantity(level, "");
     return "the signal, which runs from " + rangeText(range) + ", never crosses the level " +
            formatQuantity(level, "") + " with a hysteresis of " + formatQuantity(controller.getHysteresis(), "") +
            " in that direction";

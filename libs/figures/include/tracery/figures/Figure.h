@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tracery/basics/Interval.h>
 #include <tracery/figures/Theme.h>
 
 #include <string>
@@ -67,10 +68,8 @@ inline constexpr int kMaxPixels = 20000;
 /// the margins (96 pixels together at a width of 1200) follow from the width alone. At least 1.
 int plotWidth(int width);
 
-struct Limits {
-    double low;
-    double high;
-};
+/// The ends of an axis.
+using Limits = basics::Interval;
 
 /// Limits that hold [low, high] with a margin of 5 to 10 %, rounded outward to short numbers. Widened when
 /// both are equal; 0 to 1 for an empty (reversed) range and for ends that are not finite.

@@ -2,9 +2,9 @@
 
 #include <tracery/TDTC.h>
 #include <tracery/TimeDomainTriggerController.h>
+#include <tracery/basics/Interval.h>
 
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -20,16 +20,12 @@ struct LevelSetting {
 struct TriggerSettings {
     tracery::TDTC::TypeEnum type = tracery::TDTC::TypeEnum::Edge;
     tracery::TDTC::ModeEnum mode = tracery::TDTC::ModeEnum::Normal;
-    tracery::TDTC::PolarityEnum polarity = tracery::TDTC::PolarityEnum::Positive;
+    tracery::DetectorSettings detector; ///< but for its levels and its hysteresis, which may be shares
     tracery::TDTC::ComplexityEnum part = tracery::TDTC::ComplexityEnum::Real;
     std::optional<LevelSetting> level; ///< none: auto
     LevelSetting hysteresis;           ///< a share is one of the range's height
     std::optional<LevelSetting> upper; ///< none with no lower: auto
     std::optional<LevelSetting> lower;
-    double minTime = 0;
-    double maxTime = std::numeric_limits<double>::infinity();
-    double timeout = 0;
-    double holdoff = 0;
     double position = 0.5;
     double delay = 0;
     std::string source; ///< a channel's name or number; empty: the first one drawn
@@ -45,9 +41,7 @@ struct TriggerSettings {
 };
 
 /// Lowest and highest finite value of the trigger signal, and how many there are.
-struct SignalRange {
-    double low = std::numeric_limits<double>::infinity();
-    double high = -std::numeric_limits<double>::infinity();
+struct SignalRange : basics::Interval {
     std::uint64_t finite = 0;
 };
 
