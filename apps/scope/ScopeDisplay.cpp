@@ -11,7 +11,8 @@ using namespace tracery;
 
 namespace {
 constexpr std::size_t kMostPoints = 1 << 16;
-}
+constexpr std::size_t kMostTogether = 1 << 18; // samples that all lines together hold back
+} // namespace
 
 ScopeDisplay::ScopeDisplay(embedded::EmbeddedHost& host, double from, double span, int columns, std::size_t lines)
     : host_(host)
@@ -30,8 +31,10 @@ ScopeDisplay::ScopeDisplay(embedded::EmbeddedHost& host, double from, double spa
         hostobj::omSetArrayElement(lineObjects.get(), i, host.construct("tracery.TimeScopeLine", inputs));
     }
     setLines(lineObjects.get());
+    const std::size_t together = std::clamp<std::size_t>(kMostTogether / std::max<std::size_t>(lines, 1), 256, 4096);
     for (std::size_t i = 0; i < lines; ++i)
-        drawn_.push_back({animated[i], LineThinner(getTimeScopeLine(i), columns / span), kMostPoints, {}, from});
+        drawn_.push_back(
+            {animated[i], LineThinner(getTimeScopeLine(i), columns / span, together), kMostPoints, {}, from});
 }
 
 void ScopeDisplay::follow(TimeOverrunModeEnum mode, double until)

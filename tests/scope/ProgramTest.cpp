@@ -25,6 +25,12 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
     write("extremes.csv", "time,huge,tiny,zero\n0,1e154,1e-162,0\n1,1e154,0,0\n2,-1e154,0,0\n3,-1e200,0,0\n");
     write("far.csv", "time,v\n-1.7e308,1\n1.7e308,2\n");
     write("half.raw", "abc");
+    std::string heads = "time", values = "0";
+    for (int i = 0; i < 3800; ++i) {
+        heads += ",c" + std::to_string(i);
+        values += ",1";
+    }
+    write("broad.csv", heads + '\n' + values + '\n');
     write("file", "");
     write("blanks.txt", "time v\n0 1\n1 2\n");
     write("escape.csv", "time,v\x1b[2J\n0,1\n");
@@ -136,6 +142,10 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"events good.csv --span 1e300", "--span: expected 1e-18 to 1e18, found 1e+300"},
         {"play good.csv --rate-factor 1e-320", "--rate-factor: expected 1e-18 to 1e18"},
         {"view good.csv --size 100x20001 -o o.png", "100 to 20000 pixels"},
+        {"view good.csv --size 8193x8192 -o o.png", "at most 67108864 of them, not 8193 × 8192"},
+        {"view broad.csv -o o.png", "3800 lines are too many, 1104 pixels wide: at most 3799 are drawn"},
+        {"play broad.csv --span 1 --out-dir .", "3800 lines are too many, 1104 pixels wide: at most 3799 are drawn"},
+        {"view broad.csv --stack --size 100x599 -o o.png", "3800 panels are too many, 599 pixels high: at most 49"},
         {"spectrum good.csv --peaks 99999999999999999999 -o o.png", "--peaks"},
         {"play - --format f64 --rate 1 --columns 99999999999999", "--columns"},
         {"play - --format f64 --rate 1 --columns 1025", "--columns"},
@@ -205,6 +215,27 @@ TEST_F(ProgramTest, AWriteThatFailsIsToldInOneLineAndLeavesNoHalfFile)
         }
     }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__clang__) // which take memory of their own
+TEST_F(ProgramTest, ManyLinesAndManyFilesTakeTheMemoryOfWhatTheyHold)
+{
+    std::string heads = "time", values, rows = "v\n", files;
+    for (int i = 0; i < 3799; ++i) {
+        heads += ",c" + std::to_string(i);
+        values += "," + std::to_string(i % 10);
+    }
+    write("broad.csv", heads + "\n0" + values + "\n1" + values + '\n');
+    for (int i = 0; i < 40000; ++i)
+        rows += "1\n";
+    write("rows.csv", rows);
+    for (int i = 0; i < 100; ++i)
+        files += " rows.csv";
+    for (const std::string& command : {std::string("view broad.csv -o o.png"), "view --rate 1 -o o.png" + files}) {
+        const Outcome outcome = run(command, "ulimit -v 200000;"); // KiB
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+    }
+}
+#endif
 
 TEST_F(ProgramTest, ListsTheClassesOfAModuleFromAFile)
 {

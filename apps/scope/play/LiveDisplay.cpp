@@ -4,8 +4,8 @@
 
 namespace scope {
 
-LiveDisplay::LiveDisplay(tracery::embedded::EmbeddedHost& host, const Recordings& recordings, std::vector<Line> lines,
-                         const Window& first, int columns)
+LiveDisplay::LiveDisplay(tracery::embedded::EmbeddedHost& host, const Recordings& recordings,
+                         std::vector<DisplayLine> lines, const Window& first, int columns)
     : lines_(std::move(lines)), display_(host, first.from, first.to - first.from, columns, lines_.size()),
       painter_(recordings, lines_, display_)
 {}

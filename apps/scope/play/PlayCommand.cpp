@@ -179,8 +179,9 @@ void runPlay(const PlayOptions& options)
     TextScreen screen;
     const int columns = options.folder.empty() ? static_cast<int>(screen.columns()) : plotWidth(options.width);
     const std::unique_ptr<LiveTrigger> trigger = makeTrigger(recordings, options, first);
-    std::vector<Line> lines =
+    std::vector<DisplayLine> lines =
         chooseLines(recordings, options.channels, trigger != nullptr ? std::optional(trigger->source()) : std::nullopt);
+    requireDrawable(lines, false, columns, options.folder.empty() ? kMaxPixels : options.height);
     FrameWriter::Sink sink = makeSink(options, screen);
 
     ScopeHost host;
