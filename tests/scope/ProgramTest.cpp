@@ -2,8 +2,12 @@
 
 #include "scope/Program.h"
 
+#include "input/Text.h"
+
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <random>
 #include <regex>
 #include <set>
 
@@ -305,6 +309,38 @@ TEST_F(ProgramTest, APictureNeverReplacesItsRecordingAndShowsItsFirstSample)
     write("one.csv", "time,v\n5,1\n");
     EXPECT_EQ(run("view one.csv -o o.png").status, 0);
     EXPECT_EQ(run("view good.csv --from 0.999 -o o.png").status, 0) << "the last sample by itself";
+}
+
+TEST_F(ProgramTest, InfoTellsExtremesApart)
+{
+    write("fine.csv", "time,a,b\n1760000000.000001,5.000000001,1\n1760000000.000002,4.999999999,5806.546\n");
+    const Outcome fine = run("info fine.csv");
+    for (const char* text : {"1760000000.000001 s to 1760000000.000002 s", " 4.999999999  5.000000001 ", " 5806.546 "})
+        EXPECT_NE(fine.out.find(text), std::string::npos) << fine.out;
+    for (const char* frequency : {"1090000000,1.09 GHz", "868950000,868.95 MHz", "868950001.125,868.950001125 MHz",
+                                  "900e6,900 MHz", "0.1,100 mHz", "123456789012345.6,123.4567890123456 THz"}) {
+        const std::string text = frequency;
+        const std::size_t comma = text.find(',');
+        write("r.sigmf-meta", R"({"global": {"core:datatype": "cu8", "core:version": "1.0.0", "core:sample_rate": 1e5},
+            "captures": [{"core:sample_start": 0, "core:frequency": )" +
+                                  text.substr(0, comma) + R"(}], "annotations": []})");
+        write("r.sigmf-data", "abcdefgh");
+        const Outcome radio = run("info r.sigmf-meta");
+        EXPECT_NE(radio.out.find("  center    " + text.substr(comma + 1) + "\n"), std::string::npos) << radio.out;
+    }
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 10000; ++i) {
+        const auto any = [&] { return std::ldexp(std::uniform_real_distribution(-1.0, 1.0)(random), i % 200 - 100); };
+        double low = any(), high = any();
+        if (i % 2 == 0) {
+            low = static_cast<float>(low);
+            high = std::nextafter(static_cast<float>(low), 1e30F);
+        }
+        const auto [lowText, highText] = scope::rangeText(low, high);
+        EXPECT_TRUE(i % 2 == 0 ? std::stof(lowText) == low && std::stof(highText) == high && lowText.size() < 17
+                               : std::stod(lowText) == low && std::stod(highText) == high)
+            << lowText << ' ' << highText;
+    }
 }
 
 TEST_F(ProgramTest, AutoLevelLooksAtBatchesShortBesideTheSpan)
