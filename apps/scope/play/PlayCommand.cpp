@@ -101,8 +101,9 @@ private:
 };
 
 struct Redraws {
-    unsigned count = 0;
+    unsigned count = 0; ///< the last of which does not wait for its time
     double seconds = 0;
+    double perSecond() const { return count > 1 ? (count - 1) / seconds : 0; }
 };
 
 void printTotals(const LiveFeed::Totals& steps, std::size_t channels, const FrameWriter::Totals& frames,
@@ -110,8 +111,9 @@ void printTotals(const LiveFeed::Totals& steps, std::size_t channels, const Fram
 {
     std::printf("samples: %llu in, %llu lost\n", static_cast<unsigned long long>(steps.written * channels),
                 static_cast<unsigned long long>(steps.lost() * channels));
-    std::printf("redraws: %u in %.3f s, %.4g a second, at most %.4g; frames: %llu written, %llu dropped\n",
-                redraws.count, redraws.seconds, redraws.seconds > 0 ? redraws.count / redraws.seconds : 0, 1 / period,
+    std::printf("redraws: %u in %.3f s, one at the end, before it %.4g a second, at most %.4g; "
+                "frames: %llu written, %llu dropped\n",
+                redraws.count, redraws.seconds, redraws.perSecond(), 1 / period,
                 static_cast<unsigned long long>(frames.written), static_cast<unsigned long long>(frames.dropped));
     std::printf("longest wait of the writer: %s\n",
                 formatQuantity(std::chrono::duration<double>(steps.longestWrite).count(), "s", 3).c_str());
@@ -137,8 +139,8 @@ Redraws play(ScopeHost& host, LiveFeed& feed, LiveDisplay& display, FrameWriter&
         frames.offer(makeFigure, last ? FrameWriter::IfBusy::Wait : FrameWriter::IfBusy::Drop);
     });
     DrawScheduler& scheduler = *DrawScheduler::getInstance();
+    const auto start = std::chrono::steady_clock::now(); // before the first period
     host.setRefreshPeriod(options.refresh);
-    const auto start = std::chrono::steady_clock::now();
     bool ended = false;
     while (!ended && !interrupt.came() && !enough(frames.totals().written)) {
         ended = feed.finished(); // asked before: then nothing comes after what is taken now
