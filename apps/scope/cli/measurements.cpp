@@ -63,7 +63,8 @@ void addSpectrum(CLI::App& app)
         "half\n"
         "the rate, one of IQ samples around the file's centre frequency. With --scale power a sine shows its mean\n"
         "square, with psd noise shows its density. Segments with missing values are left out. Peaks are interpolated\n"
-        "between the bins: their levels are true to 0.4 dB (rectangular: 2.8 dB), with flat-top to 0.01 dB.\n"
+        "between the bins: the level of a sine is true to 0.01 dB with every window. What does not stand out of the\n"
+        "bins around it by --prominence is no peak.\n"
         "Examples:\n  tracery-scope spectrum guitar.wav --peaks 8\n"
         "  tracery-scope spectrum radio.sigmf-meta --segment 4096 --unit dBFS -o radio.svg\n"
         "  tracery-scope spectrum shaker.csv --channels x,z --scale psd --from 3 --span 2 -o psd.csv");
@@ -78,7 +79,8 @@ void addSpectrum(CLI::App& app)
                {"blackman-harris", WindowFunction::BlackmanHarris},
                {"flat-top", WindowFunction::FlatTop},
                {"rectangular", WindowFunction::Rectangular}}),
-        "hann, hamming, blackman-harris (far side lobes lowest), flat-top (levels exact) or rectangular [default: "
+        "hann, hamming, blackman-harris (far side lobes lowest), flat-top (levels of bins exact) or rectangular "
+        "[default: "
         "hann]");
     add(*spectrum, "--averages", "N", wholeNumber(options->averages, "--averages", 1, 1'000'000'000),
         "How many segments to average at most [default: all there are]");
@@ -91,6 +93,16 @@ void addSpectrum(CLI::App& app)
         "dB re 1 unit², dBFS re a sine of amplitude 1 (of IQ, an exponential), or linear [default: dB]");
     add(*spectrum, "--peaks", "N", wholeNumber(options->peaks, "--peaks", 0, 1000),
         "How many peaks to mark and print for each channel [default: 5]");
+    add(
+        *spectrum, "--prominence", "DB",
+        [options = options.get()](const std::string& text) {
+            quantity(options->prominence, "--prominence")(text);
+            if (!(*options->prominence >= 0 && *options->prominence <= 300))
+                throw UsageError("--prominence: expected 0 to 300 dB, found '" + text + "'");
+        },
+        "How far a peak must stand out of its surroundings [default: as far as noise does in one spectrum of a "
+        "hundred, "
+        "6 dB at least]");
     spectrum->callback([options] {
         requirePositive(options->stretch.span, "--span");
         runSpectrum(*options);
