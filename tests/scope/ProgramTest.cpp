@@ -253,6 +253,21 @@ TEST_F(ProgramTest, ManyLinesAndManyFilesTakeTheMemoryOfWhatTheyHold)
 }
 #endif
 
+TEST_F(ProgramTest, KernelsThatAreNotKnownAreRefused)
+{
+    EXPECT_EQ(run("info good.csv", "TRACERY_KERNELS=baseline").status, 0);
+    EXPECT_EQ(run("info good.csv", "TRACERY_KERNELS=").status, 0);
+    for (const char* command : {"info good.csv", "classes", "--version"}) {
+        const Outcome outcome = run(command, "TRACERY_KERNELS=basline");
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err.find("tracery-scope: TRACERY_KERNELS: there are no kernels 'basline' for this processor, "
+                                   "known are baseline"),
+                  0U)
+            << outcome.err;
+    }
+}
+
 TEST_F(ProgramTest, ListsTheClassesOfAModuleFromAFile)
 {
     const Outcome own = run("classes");
