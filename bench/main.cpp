@@ -3,12 +3,15 @@
 
 #include "Harness.h"
 
+#include <tracery/Kernels.h>
+
 #include <nlohmann/json.hpp>
 #include <sched.h>
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <string_view>
@@ -115,8 +118,7 @@ nlohmann::json runRows(const Options& options)
 {
     nlohmann::json all = nlohmann::json::array();
     if (!options.list)
-        std::printf(
-            "| kernel | data | an item | of the limit | times plain | verdict |\n|---|---|---|---|---|---|\n");
+        std::printf("| kernel | data | an item | of the limit | times plain | verdict |\n|---|---|---|---|---|---|\n");
     for (const auto& rowsOf : {bufferRows, thinningRows, triggerRows, spectrumRows, ccdfRows, pipelineRows})
         for (const Row& row : rowsOf()) {
             const std::string name = row.kernel + ", " + row.data;
@@ -144,6 +146,12 @@ nlohmann::json runRows(const Options& options)
 int main(int argc, char** argv)
 {
     const Options options = readOptions(argc, argv);
+    try {
+        tracery::kernelsInUse();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tracery_bench: %s\n", error.what());
+        return 2;
+    }
     pin();
     const nlohmann::json all = options.worstWrite ? worstWriteTable()
                                : options.scaling  ? scalingTable(options.rounds)

@@ -1,5 +1,6 @@
 #include "SoakScope.h"
 
+#include <tracery/Kernels.h>
 #include <tracery/host/Publish.h>
 
 #include <sys/resource.h>
@@ -150,6 +151,7 @@ int main(int argc, char** argv)
         return 2;
     }
     try {
+        kernelsInUse();
         return soak(settings);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "soak: %s\n", error.what());

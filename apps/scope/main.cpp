@@ -6,6 +6,9 @@
 
 #include <tracery/basics/Text.h>
 
+#include <tracery/Kernels.h>
+#include <tracery/host/Error.h>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -47,6 +50,16 @@ void addManual(CLI::App& app)
     };
     print("--manual", [](CLI::App& all) { return scope::cli::manualPage(all, TRACERY_VERSION); });
     print("--bash-completion", scope::cli::bashCompletion);
+}
+
+/// Kernels that the environment asks for and that are not known, without the identifier that hosts show.
+void checkKernels()
+{
+    try {
+        tracery::kernelsInUse();
+    } catch (const tracery::Error& error) {
+        throw scope::UsageError(std::string(error.what()).substr(error.identifier().size() + 2));
+    }
 }
 
 /// A first word that is no command is told from a command that is missing.
@@ -98,6 +111,7 @@ int main(int argc, char** argv)
     addClasses(app);
     addManual(app);
     try {
+        checkKernels();
         checkCommand(app, argc, argv);
         app.parse(argc, argv);
         return delivered(0);

@@ -1,6 +1,7 @@
 #include "host/guarded.h"
 
 #include <tracery/DrawScheduler.h>
+#include <tracery/Kernels.h>
 #include <tracery/host/Host.h>
 #include <tracery/host/Module.h>
 #include <tracery/host/Publish.h>
@@ -138,7 +139,10 @@ const char* const tracery_relative_path = "bin\\win64\\scopes";
 void VTInitialize_tracery()
 {
     if (Host* host = Host::current())
-        binding::guarded([&] { initialize(*host); });
+        binding::guarded([&] {
+            kernelsInUse(); // refuses what the environment asks for and is not known
+            initialize(*host);
+        });
 }
 
 void VTTerminate_tracery()

@@ -27,7 +27,7 @@ inline constexpr bool kPlainKernels = false;
 
 extern const bool kHasAvx2;
 
-/// Whether the processor has AVX2, and the environment variable TRACERY_KERNELS is not "baseline".
+/// Whether the processor has AVX2, and the environment variable TRACERY_KERNELS is not "baseline" (see kernelsInUse).
 inline bool useAvx2() { return kHasAvx2; }
 
 } // namespace tracery

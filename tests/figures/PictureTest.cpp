@@ -324,6 +324,7 @@ TEST_F(PictureTest, TracesOfOneNameShareAStyleAcrossPanelsOnly)
         for (std::size_t i = 0; i < (theme == ThemeEnum::Print ? 16U : 32U); ++i)
             for (std::size_t j = 0; j < i; ++j)
                 EXPECT_FALSE(same(traceStyle(i, themeOf(theme)), traceStyle(j, themeOf(theme)))) << i << ' ' << j;
+    EXPECT_TRUE(traceStyle(32 + 9, themeOf(ThemeEnum::Print)).dashes.empty()) << "a thousand traces are drawn in time";
 }
 
 TEST_F(PictureTest, ASignalThatEndsTheProgramLeavesNoHalfPicture)

@@ -49,9 +49,9 @@ Signal signalOf(std::size_t steps, bool complex, const std::function<Complex(std
     return signal;
 }
 
-Signal noise(std::size_t steps, bool complex, std::mt19937_64& random, std::size_t width = 1)
+Signal noise(std::size_t steps, bool complex, std::mt19937_64& random, std::size_t width = 1, double mean = 0.1)
 {
-    std::normal_distribution<double> part(0.1, 1);
+    std::normal_distribution<double> part(mean, 1);
     Signal signal = signalOf(
         steps, complex, [&](std::size_t) { return part(random); }, width);
     for (double& each : signal.imag)
@@ -160,39 +160,79 @@ TEST(SpectrumTest, AgreesWithTheDefinitionWhateverTheBlocksAndWithoutSegmentsTha
     }
 }
 
-TEST(SpectrumTest, ATonePeaksAtItsFrequencyWithItsLevelAndNothingElseDoes)
+/// The peaks as the program finds them.
+std::vector<SpectrumPeak> peaksOf(const SpectrumSettings& settings, const Signal& signal)
 {
-    for (const bool complex : {false, true})
-        for (double bin = 100; bin <= 101; bin += 0.1) {
-            SpectrumSettings settings{.complex = complex, .rate = 8000, .segment = 512};
-            settings.centerFrequency = complex ? 1e6 : 0;
-            const Signal tone = signalOf(4096, complex, [&](std::size_t i) {
-                const Complex turning = std::polar(1.0, 2 * kPi * bin / 512 * static_cast<double>(i));
-                return complex ? turning : turning.real() + 2; // beside a constant, which is no peak
-            });
-            settings.window = WindowFunction::FlatTop;
-            SpectrumEstimate flat(settings);
-            flat.add(tone.real, tone.imag);
-            const OneSided oneSided{!complex, !complex};
-            const auto levels =
-                findPeaks(flat.frequencies(), flat.power(0, SpectrumScale::Power), oneSided, PeakLevel::Bin, 9);
-            ASSERT_GE(levels.size(), 1U);
-            EXPECT_NEAR(levelOf(levels[0].power, LevelUnit::FullScale, complex), 0, 0.01) << bin;
-            for (std::size_t i = 1; i < levels.size(); ++i)
-                EXPECT_LT(levelOf(levels[i].power, LevelUnit::FullScale, complex), -80);
+    SpectrumEstimate estimate(settings);
+    estimate.add(signal.real, signal.imag);
+    const std::vector<double> power = estimate.power(0, SpectrumScale::Power);
+    const double prominence = noiseProminence(estimate.independentAverages(0), power.size());
+    return findPeaks(estimate.frequencies(), power,
+                     {.window = settings.window,
+                      .segment = settings.segment,
+                      .complex = settings.complex,
+                      .prominence = std::max(4.0, prominence),
+                      .most = 9});
+}
 
-            settings.window = WindowFunction::Hann;
-            SpectrumEstimate hann(settings);
-            hann.add(tone.real, tone.imag);
-            const auto places = findPeaks(hann.frequencies(), hann.power(0, SpectrumScale::Power), oneSided,
-                                          PeakLevel::Interpolated, 9);
-            ASSERT_GE(places.size(), 1U);
-            const double level = levelOf(places[0].power, LevelUnit::FullScale, complex);
-            EXPECT_TRUE(level >= -1e-3 && level <= 0.33) << bin << ' ' << level;
-            for (const SpectrumPeak& place : places) // not the rounding of a tone that is on a bin
-                EXPECT_GT(levelOf(place.power, LevelUnit::FullScale, complex), -301);
-            EXPECT_NEAR(places.at(0).frequency, settings.centerFrequency + bin * 8000 / 512, 0.02 * 8000 / 512);
+SpectrumSettings anySettings(std::mt19937_64& random)
+{
+    constexpr std::uint32_t lengths[] = {64, 100, 101, 512, 1000};
+    return {.complex = random() % 2 == 1,
+            .rate = 8000,
+            .segment = lengths[random() % 5],
+            .overlapPercent = static_cast<double>(random() % 80),
+            .window = static_cast<WindowFunction>(random() % 5)};
+}
+
+TEST(SpectrumTest, ASineReadsTrueBetweenTheBinsWithEveryWindowAndNothingElseIsAPeak)
+{
+    std::mt19937_64 random(2);
+    const auto uniform = [&](double low, double high) { return std::uniform_real_distribution(low, high)(random); };
+    for (int i = 0; i < 1000; ++i) {
+        SpectrumSettings settings = anySettings(random);
+        settings.centerFrequency = settings.complex ? 1e6 : 0;
+        const double half = settings.segment / 2.0, amplitude = std::pow(10, uniform(-3, 3)), start = uniform(0, 7);
+        const double bin = settings.complex ? uniform(6 - half, half - 7) : uniform(6, half - 6);
+        const double constant = bin > 16 ? 2 * amplitude : 0; // is no peak
+        const Signal sine = signalOf(settings.segment * (1 + random() % 4), settings.complex, [&](std::size_t step) {
+            const Complex turning =
+                std::polar(amplitude, start + 2 * kPi * bin / settings.segment * static_cast<double>(step));
+            return settings.complex ? turning : turning.real() + constant;
+        });
+        SCOPED_TRACE(testing::Message() << nameOf(settings.window) << ' ' << bin << " of " << settings.segment);
+        const std::vector<SpectrumPeak> peaks = peaksOf(settings, sine);
+        ASSERT_FALSE(peaks.empty());
+        const double level = levelOf(peaks[0].power / (amplitude * amplitude), LevelUnit::FullScale, settings.complex);
+        ASSERT_NEAR(level, 0, 0.01);
+        ASSERT_NEAR(peaks[0].frequency, settings.centerFrequency + bin * 8000 / settings.segment,
+                    0.02 * 8000 / settings.segment);
+        ASSERT_EQ(peaks.size(), 1U) << peaks[1].frequency << ' ' << peaks[1].power / peaks[0].power;
+    }
+}
+
+TEST(SpectrumTest, NoiseIsNoPeakAndASineWellAboveItIs)
+{
+    std::mt19937_64 random(4);
+    int alarms = 0, missed = 0;
+    constexpr int kRounds = 500;
+    for (int i = 0; i < kRounds; ++i) {
+        const SpectrumSettings settings = anySettings(random);
+        const std::size_t steps = settings.segment * (i % 4 == 0 ? 1 : 1 + random() % 30);
+        Signal signal = noise(steps, settings.complex, random, 1, 0);
+        alarms += peaksOf(settings, signal).empty() ? 0 : 1;
+        const double bin = std::round(settings.segment * 0.29) + 0.3;
+        for (std::size_t k = 0; k < steps; ++k) {
+            const Complex turning = std::polar(3.0, 2 * kPi * bin / settings.segment * static_cast<double>(k));
+            signal.real[k] += turning.real();
+            if (settings.complex)
+                signal.imag[k] += turning.imag();
         }
+        const auto found = peaksOf(settings, signal);
+        missed += found.empty() || std::abs(found[0].frequency * settings.segment / 8000 - bin) > 0.5 ? 1 : 0;
+    }
+    EXPECT_LE(alarms, kRounds / 100);
+    EXPECT_LE(missed, kRounds / 50);
 }
 
 TEST(SpectrumTest, PeaksAreHillsWithAValleyBetweenTheStrongestFirst)
@@ -200,12 +240,19 @@ TEST(SpectrumTest, PeaksAreHillsWithAValleyBetweenTheStrongestFirst)
     const std::vector<double> power = {90, 50, 9, 20, 9, 2, 7, 3, 8, 3, 2, 1, 6, 6, 1, 3, 9};
     std::vector<double> frequencies(power.size());
     std::iota(frequencies.begin(), frequencies.end(), 0.0);
-    std::vector<double> found;
-    for (const SpectrumPeak& peak : findPeaks(frequencies, power, {}, PeakLevel::Bin, 9))
-        found.push_back(std::round(peak.frequency));
-    EXPECT_EQ(found, (std::vector<double>{8, 13})); // not 3 and 6, which hardly rise, nor the ends
-    EXPECT_EQ(findPeaks(frequencies, power, {}, PeakLevel::Bin, 1).size(), 1U);
-    EXPECT_TRUE(findPeaks(frequencies, std::vector<double>(power.size()), {true, true}, PeakLevel::Bin, 9).empty());
+    PeakSearch search{.segment = 17, .complex = true, .prominence = 0, .most = 9};
+    const auto found = [&] {
+        std::vector<double> bins;
+        for (const SpectrumPeak& peak : findPeaks(frequencies, power, search))
+            bins.push_back(std::round(peak.frequency));
+        return bins;
+    };
+    EXPECT_EQ(found(), (std::vector<double>{8, 12})); // not 3 and 6, which hardly rise, nor the ends
+    search.most = 1;
+    EXPECT_EQ(found(), std::vector<double>{8});
+    search.prominence = 9;
+    EXPECT_TRUE(found().empty()) << "most around have 2 or 3";
+    EXPECT_TRUE(findPeaks(frequencies, std::vector<double>(power.size()), search).empty());
 }
 
 TEST(SpectrumTest, PowerStatisticsAreThoseOfPlainCounting)

@@ -90,7 +90,7 @@ TEST(LineThinnerTest, LosesNoExtremeAndIsTheSameHoweverTheLineIsCut)
         whole.finish();
         ASSERT_TRUE(same(display.points(0), expectedLine(signal, ratio))) << round;
 
-        LineThinner pieces(display.getTimeScopeLine(1), ratio);
+        LineThinner pieces(display.getTimeScopeLine(1), ratio, 16 + random() % 100);
         for (std::size_t at = 0; at < signal.times.size();) {
             const std::size_t count = std::min<std::size_t>(random() % 9, signal.times.size() - at);
             pieces.add(signal.times.data() + at, signal.values.data() + at, count, 1);

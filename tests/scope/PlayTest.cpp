@@ -19,7 +19,7 @@ protected:
     struct Totals {
         unsigned long long in = 0, lost = 0, written = 0, dropped = 0;
         unsigned redraws = 0;
-        double seconds = 0;
+        double seconds = 0, perSecond = 0, most = 0;
     };
     Totals totalsOf(const Outcome& outcome)
     {
@@ -29,11 +29,12 @@ protected:
         EXPECT_NE(at, std::string::npos) << outcome.out;
         const std::string text = outcome.out.substr(std::min(at, outcome.out.size()));
         EXPECT_EQ(std::sscanf(text.c_str(),
-                              "samples: %llu in, %llu lost\nredraws: %u in %lf s, %*f a second, at most %*f; "
-                              "frames: %llu written, %llu dropped",
-                              &totals.in, &totals.lost, &totals.redraws, &totals.seconds, &totals.written,
-                              &totals.dropped),
-                  6);
+                              "samples: %llu in, %llu lost\nredraws: %u in %lf s, one at the end, before it "
+                              "%lf a second, at most %lf; frames: %llu written, %llu dropped",
+                              &totals.in, &totals.lost, &totals.redraws, &totals.seconds, &totals.perSecond,
+                              &totals.most, &totals.written, &totals.dropped),
+                  8);
+        EXPECT_LE(totals.perSecond, totals.most) << text;
         return totals;
     }
     std::size_t picturesIn(const std::string& folder)

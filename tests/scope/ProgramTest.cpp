@@ -4,9 +4,12 @@
 
 #include <sys/resource.h>
 
+#include <tracery/basics/Text.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <random>
 #include <regex>
 #include <set>
 
@@ -28,6 +31,12 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
     write("extremes.csv", "time,huge,tiny,zero\n0,1e154,1e-162,0\n1,1e154,0,0\n2,-1e154,0,0\n3,-1e200,0,0\n");
     write("far.csv", "time,v\n-1.7e308,1\n1.7e308,2\n");
     write("half.raw", "abc");
+    std::string heads = "time", values = "0";
+    for (int i = 0; i < 3800; ++i) {
+        heads += ",c" + std::to_string(i);
+        values += ",1";
+    }
+    write("broad.csv", heads + '\n' + values + '\n');
     write("file", "");
     write("blanks.txt", "time v\n0 1\n1 2\n");
     std::string sound; // frames of silence, and then nothing that is one
@@ -62,8 +71,20 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"viw good.csv", "there is no command 'viw'; did you mean 'view'?"},
         {"info good.csv --rate=1 --json=x", "there is no option '--json'"},
         {"events good.csv more=1.csv", "'more=1.csv' is one word too many"},
-        {"view good.csv --trigger edge --nth -1 -o o.png", "--nth"},
-        {"play good.csv --frames -1", "--frames"},
+        {"view good.csv --trigger edge --nth -1 -o o.png", "--nth: expected a whole number from 1, found '-1'\n"},
+        {"view good.csv --trigger edge --nth 1.5 -o o.png", "--nth: expected a whole number from 1, found '1.5'\n"},
+        {"play good.csv --frames -1", "--frames: expected a whole number from 0, found '-1'\n"},
+        {"events good.csv --block 0", "--block: expected a whole number from 1 to 16777216, found '0'\n"},
+        {"view good.csv -o ''", "--output: expected a name, found ''"},
+        {"view good.csv --channels '' -o o.png", "--channels: expected names or numbers with commas, found ''"},
+        {"view good.csv --channels 1, -o o.png", "--channels: expected names or numbers with commas, found '1,'"},
+        {"events good.csv --source ''", "--source: expected a name, found ''"},
+        {"play good.csv --out-dir ''", "--out-dir: expected a name, found ''"},
+        {"info ''", "FILE: expected a name, found ''"},
+        {"events good.csv --trigger window --polarity rising",
+         "--polarity: this trigger takes inside, outside or either, found 'rising'"},
+        {"view good.csv --polarity inside --trigger edge -o o.png",
+         "--polarity: this trigger takes rising, falling or either, found 'inside'"},
         {"view escape.csv --channels \"$(printf 'a\\nb')\" -o o.png", "there is no channel 'a?b'; there are v?[2J"},
         {"spectrum good.csv --window han", "found 'han'; did you mean 'hann'?"},
         {"info - < /dev/null", "standard input: is empty"},
@@ -80,7 +101,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
          "--polarity: expected one of rising, falling, either, inside, outside, found 'up'"},
         {"view good.csv --level 0.5 -o o.png", "--level does nothing without --trigger"},
         {"view good.csv --trigger edge --upper 1 -o o.png", "--upper does nothing with this trigger"},
-        {"view good.csv --trigger edge --nth 0 -o o.png", "--nth"},
+        {"view good.csv --trigger edge --nth 0 -o o.png", "--nth: expected a whole number from 1, found '0'"},
         {"events good.csv --position 3", "--position"},
         {"events good.csv --from 9", "good.csv: no samples at or after 9 s"},
         {"events good.csv --part imaginary", "good.csv: the trigger channel is real"},
@@ -103,6 +124,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"spectrum good.csv --channels , -o o.png", "--channels: expected names or numbers with commas, found ','"},
         {"spectrum good.csv --overlap 100 -o o.png", "--overlap: expected a percentage"},
         {"spectrum good.csv --window round -o o.png", "--window: expected one of hann, "},
+        {"spectrum good.csv --prominence -1 -o o.png", "--prominence: expected 0 to 300 dB, found '-1'"},
         {"spectrum good.csv --from 5 -o o.png", "no samples at or after 5 s"},
         {"spectrum good.csv --from 0.1002 --span 0.5m -o o.png", "no samples between 100.2 ms and 100.7 ms"},
         {"spectrum good.csv --channels w --from 0.3 --span 0.1 -o o.csv", "channel 'w' has only missing"},
@@ -147,9 +169,12 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"events good.csv --span 1e300", "--span: expected 1e-18 to 1e18, found 1e+300"},
         {"play good.csv --rate-factor 1e-320", "--rate-factor: expected 1e-18 to 1e18"},
         {"view good.csv --size 100x20001 -o o.png", "100 to 20000 pixels"},
-        {"spectrum good.csv --peaks 99999999999999999999 -o o.png", "--peaks"},
-        {"play - --format f64 --rate 1 --columns 99999999999999", "--columns"},
-        {"play - --format f64 --rate 1 --columns 1025", "--columns"},
+        {"view good.csv --size 8193x8192 -o o.png", "at most 67108864 of them, not 8193 × 8192"},
+        {"view broad.csv -o o.png", "3800 lines are too many, 1104 pixels wide: at most 3799 are drawn"},
+        {"play broad.csv --span 1 --out-dir .", "3800 lines are too many, 1104 pixels wide: at most 3799 are drawn"},
+        {"view broad.csv --stack --size 100x599 -o o.png", "3800 panels are too many, 599 pixels high: at most 49"},
+        {"spectrum good.csv --peaks 99999999999999999999 -o o.png", "--peaks: expected a whole number from 0 to 1000"},
+        {"play - --format f64 --rate 1 --columns 1025", "--columns: expected a whole number from 1 to 1024"},
         {"info far.csv", "far.csv: line 2, column 1: expected a time from -1e300 to 1e300"},
     };
     for (const Case& each : cases) {
@@ -222,6 +247,42 @@ TEST_F(ProgramTest, AWriteThatFailsIsToldInOneLineAndLeavesNoHalfFile)
     }
 }
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__clang__) // which take memory of their own
+TEST_F(ProgramTest, ManyLinesAndManyFilesTakeTheMemoryOfWhatTheyHold)
+{
+    std::string heads = "time", values, rows = "v\n", files;
+    for (int i = 0; i < 3799; ++i) {
+        heads += ",c" + std::to_string(i);
+        values += "," + std::to_string(i % 10);
+    }
+    write("broad.csv", heads + "\n0" + values + "\n1" + values + '\n');
+    for (int i = 0; i < 40000; ++i)
+        rows += "1\n";
+    write("rows.csv", rows);
+    for (int i = 0; i < 100; ++i)
+        files += " rows.csv";
+    for (const std::string& command : {std::string("view broad.csv -o o.png"), "view --rate 1 -o o.png" + files}) {
+        const Outcome outcome = run(command, "ulimit -v 200000;"); // KiB
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+    }
+}
+#endif
+
+TEST_F(ProgramTest, KernelsThatAreNotKnownAreRefused)
+{
+    EXPECT_EQ(run("info good.csv", "TRACERY_KERNELS=baseline").status, 0);
+    EXPECT_EQ(run("info good.csv", "TRACERY_KERNELS=").status, 0);
+    for (const char* command : {"info good.csv", "classes", "--version"}) {
+        const Outcome outcome = run(command, "TRACERY_KERNELS=basline");
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err.find("tracery-scope: TRACERY_KERNELS: there are no kernels 'basline' for this processor, "
+                                   "known are baseline"),
+                  0U)
+            << outcome.err;
+    }
+}
+
 TEST_F(ProgramTest, ListsTheClassesOfAModuleFromAFile)
 {
     const Outcome own = run("classes");
@@ -281,6 +342,38 @@ TEST_F(ProgramTest, APictureNeverReplacesItsRecordingAndShowsItsFirstSample)
     EXPECT_EQ(run("view good.csv --from 0.999 -o o.png").status, 0) << "the last sample by itself";
 }
 
+TEST_F(ProgramTest, InfoTellsExtremesApart)
+{
+    write("fine.csv", "time,a,b\n1760000000.000001,5.000000001,1\n1760000000.000002,4.999999999,5806.546\n");
+    const Outcome fine = run("info fine.csv");
+    for (const char* text : {"1760000000.000001 s to 1760000000.000002 s", " 4.999999999  5.000000001 ", " 5806.546 "})
+        EXPECT_NE(fine.out.find(text), std::string::npos) << fine.out;
+    for (const char* frequency : {"1090000000,1.09 GHz", "868950000,868.95 MHz", "868950001.125,868.950001125 MHz",
+                                  "900e6,900 MHz", "0.1,100 mHz", "123456789012345.6,123.4567890123456 THz"}) {
+        const std::string text = frequency;
+        const std::size_t comma = text.find(',');
+        write("r.sigmf-meta", R"({"global": {"core:datatype": "cu8", "core:version": "1.0.0", "core:sample_rate": 1e5},
+            "captures": [{"core:sample_start": 0, "core:frequency": )" +
+                                  text.substr(0, comma) + R"(}], "annotations": []})");
+        write("r.sigmf-data", "abcdefgh");
+        const Outcome radio = run("info r.sigmf-meta");
+        EXPECT_NE(radio.out.find("  center    " + text.substr(comma + 1) + "\n"), std::string::npos) << radio.out;
+    }
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 10000; ++i) {
+        const auto any = [&] { return std::ldexp(std::uniform_real_distribution(-1.0, 1.0)(random), i % 200 - 100); };
+        double low = any(), high = any();
+        if (i % 2 == 0) {
+            low = static_cast<float>(low);
+            high = std::nextafter(static_cast<float>(low), 1e30F);
+        }
+        const auto [lowText, highText] = tracery::basics::rangeText(low, high);
+        EXPECT_TRUE(i % 2 == 0 ? std::stof(lowText) == low && std::stof(highText) == high && lowText.size() < 17
+                               : std::stod(lowText) == low && std::stod(highText) == high)
+            << lowText << ' ' << highText;
+    }
+}
+
 TEST_F(ProgramTest, AutoLevelLooksAtBatchesShortBesideTheSpan)
 {
     // The signal drops to a tenth: one level for both would miss the second half.
@@ -309,7 +402,7 @@ TEST_F(ProgramTest, MeasurementsPrintTheirTotalsAndSayWhatTheyLeftOut)
     EXPECT_EQ(spectrum.status, 0) << spectrum.err;
     // w counts 0 to 6 at 1 kHz, over and over.
     EXPECT_EQ(spectrum.out.find("o.csv\n10 segments of 128 samples, hann, noise bandwidth 11.72 Hz\n"
-                                "w: peaks (Hz, dB re 1/Hz)\n   1            143.0 "),
+                                "w: peaks (Hz, dB re 1/Hz)\n   1            142.9 "),
               0U)
         << spectrum.out;
     EXPECT_NE(spectrum.err.find("left out for missing or infinite values: w 4 of 14\n"), std::string::npos)

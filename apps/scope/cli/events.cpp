@@ -17,15 +17,15 @@ void addEvents(CLI::App& app)
         "had its window; free_run: no event, mode auto), and the window when shown. A summary follows, with the\n"
         "events that --holdoff kept out (held_off), which are not among the found.\n"
         "Example:\n  tracery-scope events ecg.csv --level 0.4 --hysteresis 0.3 --span 1");
-    events->add_option("FILE", options->file, "The recording; - is standard input")->required();
+    notEmpty(events->add_option("FILE", options->file, "The recording; - is standard input"))->required();
     addTrigger(*events, options->trigger, [] {});
     add(*events, "--from", "TIME", quantity(options->from, "--from"),
         "Where to start [default: the recording's start]");
     add(*events, "--span", "TIME", quantity(options->span, "--span"),
         "How much time a window shows [default: a tenth of the recording]");
     addRate(*events, options->rate);
-    events->add_option("--block", options->blockSteps, "Samples handed to the detector at once [default: 1024]")
-        ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 24));
+    add(*events, "--block", "N", wholeNumber(options->blockSteps, "--block", 1, 1U << 24U),
+        "Samples handed to the detector at once [default: 1024]");
     events->add_flag("--json", options->json, "JSON lines in place of CSV");
     events->callback([options, events] {
         checkTrigger(*events, options->trigger, true);

@@ -12,7 +12,7 @@ void addInfo(CLI::App& app)
 {
     const auto options = std::make_shared<InfoOptions>();
     CLI::App* info = app.add_subcommand("info", "Print what recordings hold: format, rate, times, channels, extremes");
-    info->add_option("FILE", options->files, "Recordings; - is standard input")->required();
+    notEmpty(info->add_option("FILE", options->files, "Recordings; - is standard input"))->required();
     addRate(*info, options->rate);
     info->callback([options] { runInfo(*options); });
 }
@@ -21,8 +21,8 @@ void addClasses(CLI::App& app)
 {
     const auto options = std::make_shared<ClassesOptions>();
     CLI::App* classes = app.add_subcommand("classes", "Print the classes that the library publishes to its host");
-    classes->add_option("NAME", options->name, "Only this class, with or without its packages");
-    classes->add_option("--module", options->module, "The file of a module to list instead, built elsewhere")
+    notEmpty(classes->add_option("NAME", options->name, "Only this class, with or without its packages"));
+    notEmpty(classes->add_option("--module", options->module, "The file of a module to list instead, built elsewhere"))
         ->type_name("PATH");
     classes->callback([options] { runClasses(*options); });
 }

@@ -80,7 +80,9 @@ std::string manualPage(CLI::App& app, const std::string& version)
            ".SH EXIT STATUS\n"
            "0 when all was done; 2 when an option, a file or the place for the result is wrong, with one line on "
            "standard error that says what and where.\n"
-           ".SH ENVIRONMENT\n\\fBTRACERY_KERNELS\\fR=baseline leaves processor extensions unused. Nothing is "
+           ".SH ENVIRONMENT\n\\fBTRACERY_KERNELS\\fR=baseline leaves processor extensions unused; it may be avx2, too, "
+           "where "
+           "the processor has that. Nothing is "
            "coloured on terminals, so that \\fBNO_COLOR\\fR changes nothing.\n";
 }
 

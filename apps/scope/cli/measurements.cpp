@@ -15,12 +15,12 @@ constexpr std::uint32_t kMostSegment = 1U << 20U;
 
 void addMeasure(CLI::App& command, MeasureOptions& options, const std::string& ending)
 {
-    command.add_option("FILE", options.file, "The recording; - is standard input")->required();
-    command.add_option(
+    notEmpty(command.add_option("FILE", options.file, "The recording; - is standard input"))->required();
+    notEmpty(command.add_option(
         "-o,--output", options.output,
         "The picture, .png or .svg, or the numbers as a table, .csv; -, -.svg or -.csv is standard output "
         "[default: FILE's name with " +
-            ending + "]");
+            ending + "]"));
     addChannels(command, options.channels, "Channels to measure: names or numbers from 1, with commas [default: all]");
     add(command, "--from", "TIME", quantity(options.stretch.from, "--from"),
         "Where to start [default: the recording's start]");
@@ -63,7 +63,8 @@ void addSpectrum(CLI::App& app)
         "half\n"
         "the rate, one of IQ samples around the file's centre frequency. With --scale power a sine shows its mean\n"
         "square, with psd noise shows its density. Segments with missing values are left out. Peaks are interpolated\n"
-        "between the bins: their levels are true to 0.4 dB (rectangular: 2.8 dB), with flat-top to 0.01 dB.\n"
+        "between the bins: the level of a sine is true to 0.01 dB with every window. What does not stand out of the\n"
+        "bins around it by --prominence is no peak.\n"
         "Examples:\n  tracery-scope spectrum guitar.wav --peaks 8\n"
         "  tracery-scope spectrum radio.sigmf-meta --segment 4096 --unit dBFS -o radio.svg\n"
         "  tracery-scope spectrum shaker.csv --channels x,z --scale psd --from 3 --span 2 -o psd.csv");
@@ -78,12 +79,11 @@ void addSpectrum(CLI::App& app)
                {"blackman-harris", WindowFunction::BlackmanHarris},
                {"flat-top", WindowFunction::FlatTop},
                {"rectangular", WindowFunction::Rectangular}}),
-        "hann, hamming, blackman-harris (far side lobes lowest), flat-top (levels exact) or rectangular [default: "
+        "hann, hamming, blackman-harris (far side lobes lowest), flat-top (levels of bins exact) or rectangular "
+        "[default: "
         "hann]");
-    spectrum
-        ->add_option("--averages", options->averages, "How many segments to average at most [default: all there are]")
-        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}))
-        ->type_name("N");
+    add(*spectrum, "--averages", "N", wholeNumber(options->averages, "--averages", 1, 1'000'000'000),
+        "How many segments to average at most [default: all there are]");
     add(*spectrum, "--scale", "SCALE",
         oneOf(options->scale, "--scale", {{"power", SpectrumScale::Power}, {"psd", SpectrumScale::Density}}),
         "power, or psd for power per hertz [default: power]");
@@ -91,9 +91,18 @@ void addSpectrum(CLI::App& app)
         oneOf(options->unit, "--unit",
               {{"dB", LevelUnit::Decibel}, {"dBFS", LevelUnit::FullScale}, {"linear", LevelUnit::Linear}}),
         "dB re 1 unit², dBFS re a sine of amplitude 1 (of IQ, an exponential), or linear [default: dB]");
-    spectrum->add_option("--peaks", options->peaks, "How many peaks to mark and print for each channel [default: 5]")
-        ->check(CLI::Range(std::size_t{0}, std::size_t{1000}))
-        ->type_name("N");
+    add(*spectrum, "--peaks", "N", wholeNumber(options->peaks, "--peaks", 0, 1000),
+        "How many peaks to mark and print for each channel [default: 5]");
+    add(
+        *spectrum, "--prominence", "DB",
+        [options = options.get()](const std::string& text) {
+            quantity(options->prominence, "--prominence")(text);
+            if (!(*options->prominence >= 0 && *options->prominence <= 300))
+                throw UsageError("--prominence: expected 0 to 300 dB, found '" + text + "'");
+        },
+        "How far a peak must stand out of its surroundings [default: as far as noise does in one spectrum of a "
+        "hundred, "
+        "6 dB at least]");
     spectrum->callback([options] {
         requirePositive(options->stretch.span, "--span");
         runSpectrum(*options);
@@ -119,9 +128,8 @@ void addCcdf(CLI::App& app)
                 throw UsageError("--resolution: expected 0.001 to 10 dB, found '" + text + "'");
         },
         "Width of a bin of the curve [default: 0.1]");
-    ccdf->add_option("--bins", options->bins, "How many bins the curve has, from the peak down [default: 1000]")
-        ->check(CLI::Range(1, 100000))
-        ->type_name("N");
+    add(*ccdf, "--bins", "N", wholeNumber(options->bins, "--bins", 1, 100000),
+        "How many bins the curve has, from the peak down [default: 1000]");
     ccdf->callback([options] {
         requirePositive(options->stretch.span, "--span");
         runCcdf(*options);

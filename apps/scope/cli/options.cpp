@@ -56,6 +56,12 @@ CLI::Option* add(CLI::App& command, const char* name, const char* type, Reader r
     return command.add_option_function<std::string>(name, std::move(read), text)->type_name(type);
 }
 
+CLI::Option* notEmpty(CLI::Option* option)
+{
+    return option->check(
+        [](const std::string& text) { return std::string(text.empty() ? "expected a name, found ''" : ""); });
+}
+
 void addRate(CLI::App& command, std::optional<double>& rate)
 {
     add(command, "--rate", "HZ", quantity(rate, "--rate"), "Samples per second, for a file that gives no times");
@@ -65,7 +71,7 @@ void addChannels(CLI::App& command, std::vector<std::string>& channels, const st
 {
     // One word, or it would swallow a FILE that follows.
     const auto read = [&channels](const std::string& list) {
-        std::istringstream names(list);
+        std::istringstream names(list + ',');
         for (std::string name; std::getline(names, name, ',');)
             name.empty() ? throw UsageError("--channels: expected names or numbers with commas, found '" + list + "'")
                          : channels.push_back(name);

@@ -6,9 +6,13 @@
 
 #include <CLI/CLI.hpp>
 
+#include <charconv>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -22,6 +26,23 @@ Reader quantity(std::optional<double>& target, const char* option);
 Reader quantity(double& target, const char* option);
 /// A time that may not be negative.
 Reader duration(double& target, const char* option);
+
+/// A whole number from `low` to `high`.
+template <class Count>
+Reader wholeNumber(Count& target, const char* option, std::uint64_t low,
+                   std::uint64_t high = std::numeric_limits<std::uint64_t>::max())
+{
+    return [&target, option, low, high](const std::string& text) {
+        std::uint64_t number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        if (error != std::errc() || end != text.data() + text.size() || number < low || number > high)
+            throw UsageError(std::string(option) + ": expected a whole number from " + std::to_string(low) +
+                             (high < std::numeric_limits<std::uint64_t>::max() ? " to " + std::to_string(high) : "") +
+                             ", found '" + text + "'");
+        using Number = std::conditional_t<std::is_arithmetic_v<Count>, Count, std::uint64_t>; // or an optional of one
+        target = static_cast<Number>(number);
+    };
+}
 
 /// The text as one of a list of names.
 template <class Value>
@@ -49,6 +70,8 @@ void requirePositive(const std::optional<double>& value, const char* option);
 
 /// An option that `read` takes; `type` stands for its value in the help.
 CLI::Option* add(CLI::App& command, const char* name, const char* type, Reader read, const std::string& text);
+/// Has an option refuse the empty text, which would pass for none.
+CLI::Option* notEmpty(CLI::Option* option);
 
 void addRate(CLI::App& command, std::optional<double>& rate);
 void addChannels(CLI::App& command, std::vector<std::string>& channels, const std::string& text);

@@ -44,11 +44,11 @@ void addPlay(CLI::App& app)
                  "Examples:\n  tracery-scope play speech.wav\n"
                  "  tracery-scope play ecg.csv --trigger edge --level 0.4 --span 2 --out-dir beats\n"
                  "  sampler | tracery-scope play - --format s16 --columns 2 --rate 48k");
-    play->add_option("FILE", options.file, "The recording; - is standard input")->required();
+    notEmpty(play->add_option("FILE", options.file, "The recording; - is standard input"))->required();
     play->add_option("--format", options.format,
                      "Of standard input: csv, a table; f64, f32 or s16, little-endian samples [default: csv]");
-    play->add_option("--columns", options.columns, "How many channels raw standard input has [default: 1]")
-        ->check(CLI::Range(1, 1024));
+    add(*play, "--columns", "N", wholeNumber(options.columns, "--columns", 1, 1024),
+        "How many channels raw standard input has [default: 1]");
     addRate(*play, options.rate);
     add(*play, "--rate-factor", "FACTOR", quantity(options.rateFactor, "--rate-factor"),
         "Seconds of the recording in a second [default: 1]");
@@ -61,10 +61,10 @@ void addPlay(CLI::App& app)
         "At the window's right edge, scroll or wrap to a new sweep [default: scroll]");
     add(*play, "--refresh", "TIME", quantity(options.refresh, "--refresh"),
         "Shortest time between redraws [default: 50m]");
-    play->add_option("--frames", options.frames, "End after so many frames [default: with the recording]")
-        ->check(CLI::NonNegativeNumber);
-    play->add_option("--out-dir", options.folder,
-                     "Write pictures frame-000001.png and so on into this folder, in place of those there")
+    add(*play, "--frames", "N", wholeNumber(options.frames, "--frames", 0),
+        "End after so many frames [default: with the recording]");
+    notEmpty(play->add_option("--out-dir", options.folder,
+                              "Write pictures frame-000001.png and so on into this folder, in place of those there"))
         ->type_name("DIR");
     addChannels(*play, options.channels, "Channels to draw: names or numbers from 1, with commas");
     addPicture(*play, options);

@@ -25,6 +25,16 @@ auto levelOrAuto(std::optional<LevelSetting>& target, const char* option)
     };
 }
 
+/// A window is gone into or out of, a level crossed upward or downward.
+void checkPolarity(const std::string& way, bool ofWindow)
+{
+    const bool isPlace = way == "inside" || way == "outside";
+    if (way != "either" && isPlace != ofWindow)
+        throw UsageError("--polarity: this trigger takes " +
+                         std::string(ofWindow ? "inside, outside" : "rising, falling") + " or either, found '" + way +
+                         "'");
+}
+
 } // namespace
 
 void addTrigger(CLI::App& command, TriggerSettings& settings, std::function<void()> chosen)
@@ -81,9 +91,10 @@ void addTrigger(CLI::App& command, TriggerSettings& settings, std::function<void
         [&settings](const std::string& text) { settings.position = parseLevel(text, "--position").value; },
         "Place of the event in the window, 0 left to 1 right [default: 0.5]");
     option("--delay", "TIME", quantity(settings.delay, "--delay"), "Time from the event to that place [default: 0]");
-    option(
-        "--source", "CHANNEL", [&settings](const std::string& text) { settings.source = text; },
-        "Channel to trigger on, a name or a number from 1 [default: the first]");
+    notEmpty(add(
+                 command, "--source", "CHANNEL", [&settings](const std::string& text) { settings.source = text; },
+                 "Channel to trigger on, a name or a number from 1 [default: the first]"))
+        ->group("Trigger");
     option("--part", "PART",
            oneOf(settings.part, "--part",
                  {{"real", ComplexityEnum::Real},
@@ -106,6 +117,8 @@ void checkTrigger(const CLI::App& command, const TriggerSettings& settings, bool
     for (const char* option : {"--upper", "--lower", "--min-time", "--max-time"})
         if (triggered && !settings.usesTwoLevels() && given(option))
             throw UsageError(std::string(option) + " does nothing with this trigger, which takes --level");
+    if (given("--polarity"))
+        checkPolarity(command.get_option("--polarity")->as<std::string>(), settings.type == TypeEnum::Window);
     if (settings.type == TypeEnum::Timeout && !(settings.detector.timeout > 0))
         throw UsageError("--trigger timeout needs a --timeout TIME longer than 0");
     if (triggered && settings.type != TypeEnum::Timeout && given("--timeout"))

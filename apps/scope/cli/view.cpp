@@ -18,8 +18,6 @@ void check(const CLI::App& view, const Arguments& arguments)
 {
     const ViewOptions& options = arguments.options;
     checkTrigger(view, arguments.trigger, options.trigger.has_value());
-    if (options.nth == 0)
-        throw UsageError("--nth: windows count from 1, found 0");
     requirePositive(options.span, "--span");
     if (options.overrun && options.trigger)
         throw UsageError("--overrun streams without a trigger: leave --trigger or --overrun out");
@@ -38,9 +36,11 @@ void addView(CLI::App& app)
                  "  tracery-scope view bus.csv --from 1.2m --span 50u -o glitch.svg\n"
                  "  tracery-scope view left.wav right.flac --channels 1,2 --size 1600x900\n"
                  "  tracery-scope view probe.csv --trigger edge --level 50% --span 2m");
-    view->add_option("FILE", options.files, "Recordings; several share the time axis; - is standard input")->required();
-    view->add_option("-o,--output", options.output,
-                     "The picture, .png or .svg; - or -.svg is standard output [default: FILE's name with .png]");
+    notEmpty(view->add_option("FILE", options.files, "Recordings; several share the time axis; - is standard input"))
+        ->required();
+    notEmpty(
+        view->add_option("-o,--output", options.output,
+                         "The picture, .png or .svg; - or -.svg is standard output [default: FILE's name with .png]"));
     addChannels(*view, options.channels, "Channels to draw: names or numbers from 1, with commas");
     add(*view, "--from", "TIME", quantity(options.from, "--from"),
         "Where the picture starts [default: the recording's start]");
@@ -61,8 +61,8 @@ void addView(CLI::App& app)
     add(*view, "--until", "TIME", quantity(options.until, "--until"),
         "Where streaming with --overrun stops [default: the recording's end]");
     addTrigger(*view, arguments->trigger, [&options] { options.trigger.emplace(); });
-    view->add_option("--nth", options.nth, "Which triggered window to draw, from 1 [default: 1]")
-        ->check(CLI::NonNegativeNumber)
+    add(*view, "--nth", "N", wholeNumber(options.nth, "--nth", 1),
+        "Which triggered window to draw, from 1 [default: 1]")
         ->group("Trigger");
     view->callback([arguments, view] {
         check(*view, *arguments);

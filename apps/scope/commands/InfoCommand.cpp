@@ -5,11 +5,16 @@
 #include "stream/StretchReader.h"
 
 #include <tracery/basics/Interval.h>
+#include <tracery/basics/Text.h>
 #include <tracery/basics/quantity.h>
 #include <tracery/recordings/Recording.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 namespace scope {
 
@@ -87,6 +92,42 @@ std::vector<ChannelStatistics> scan(Recording& recording, const TimeRange& range
     return statistics;
 }
 
+/// As many digits of a mean as tell it from the extremes; six at least.
+std::string meanText(double mean, double low, double high)
+{
+    const double ratio = std::max(std::abs(low), std::abs(high)) / (high - low);
+    const int more = std::isfinite(ratio) && ratio > 1 ? static_cast<int>(std::log10(ratio)) : 0;
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*g", std::min(6 + more, 15), mean);
+    return text;
+}
+
+void printChannels(const RecordingInfo& info, const std::vector<ChannelStatistics>& statistics, bool byTime)
+{
+    using Row = std::array<std::string, 5>;
+    std::vector<Row> rows = {{"channel", "minimum", "maximum", byTime ? "mean by time" : "mean", "missing"}};
+    std::array<int, 5> widths = {18, 12, 12, 12, 10};
+    for (std::size_t i = 0; i < statistics.size(); ++i) {
+        const Channel& channel = info.channels[i % info.channels.size()];
+        std::string name = std::to_string(i % info.channels.size() + 1) + " " + channel.name;
+        if (info.complex)
+            name += i < info.channels.size() ? " I" : " Q";
+        if (!channel.unit.empty())
+            name += " [" + channel.unit + "]";
+        const ChannelStatistics& s = statistics[i];
+        const auto [low, high] = rangeText(s.low, s.high);
+        const std::string mean = meanText(s.mean(byTime), s.low, s.high);
+        const std::string missing = std::to_string(s.missing);
+        rows.push_back(s.finite > 0 ? Row{name, low, high, mean, missing} : Row{name, "-", "-", "-", missing});
+    }
+    for (const Row& row : rows)
+        for (std::size_t k = 1; k < row.size(); ++k)
+            widths[k] = std::max(widths[k], static_cast<int>(row[k].size()));
+    for (const Row& row : rows)
+        std::printf("  %-*s %*s %*s %*s %*s\n", widths[0], row[0].c_str(), widths[1], row[1].c_str(), widths[2],
+                    row[2].c_str(), widths[3], row[3].c_str(), widths[4], row[4].c_str());
+}
+
 void printInfo(Recording& recording)
 {
     const RecordingInfo& info = recording.info();
@@ -97,28 +138,15 @@ void printInfo(Recording& recording)
 
     std::printf("%s\n  format    %s\n", nameStandardInput(info.path).c_str(), info.format.c_str());
     if (info.rate)
-        std::printf("  rate      %s\n", formatQuantity(*info.rate, "Hz").c_str());
+        std::printf("  rate      %s\n", formatExactly(*info.rate, "Hz").c_str());
     if (info.centerFrequency)
-        std::printf("  center    %.9g Hz\n", *info.centerFrequency);
-    std::printf("  steps     %llu\n  time      %.15g s to %.15g s (%s)\n",
-                static_cast<unsigned long long>(lengths.steps()), range.first, range.last,
+        std::printf("  center    %s\n", formatExactly(*info.centerFrequency, "Hz").c_str());
+    // Times of an even rate are computed.
+    const auto timeText = info.rate ? computedText : numberText;
+    std::printf("  steps     %llu\n  time      %s s to %s s (%s)\n", static_cast<unsigned long long>(lengths.steps()),
+                timeText(range.first).c_str(), timeText(range.last).c_str(),
                 formatQuantity(range.last - range.first, "s").c_str());
-    std::printf("  channel                  minimum      maximum %12s    missing\n", byTime ? "mean by time" : "mean");
-    for (std::size_t i = 0; i < statistics.size(); ++i) {
-        const Channel& channel = info.channels[i % info.channels.size()];
-        std::string name = std::to_string(i % info.channels.size() + 1) + " " + channel.name;
-        if (info.complex)
-            name += i < info.channels.size() ? " I" : " Q";
-        if (!channel.unit.empty())
-            name += " [" + channel.unit + "]";
-        const ChannelStatistics& s = statistics[i];
-        std::printf("  %-18s", name.c_str());
-        if (s.finite > 0)
-            std::printf(" %12.6g %12.6g %12.6g", s.low, s.high, s.mean(byTime));
-        else
-            std::printf(" %12s %12s %12s", "-", "-", "-");
-        std::printf(" %10llu\n", static_cast<unsigned long long>(s.missing));
-    }
+    printChannels(info, statistics, byTime);
 }
 
 } // namespace

@@ -104,8 +104,9 @@ private:
 };
 
 struct Redraws {
-    unsigned count = 0;
+    unsigned count = 0; ///< the last of which does not wait for its time
     double seconds = 0;
+    double perSecond() const { return count > 1 ? (count - 1) / seconds : 0; }
 };
 
 void printTotals(const LiveFeed::Totals& steps, std::size_t channels, const FrameWriter::Totals& frames,
@@ -113,8 +114,9 @@ void printTotals(const LiveFeed::Totals& steps, std::size_t channels, const Fram
 {
     std::printf("samples: %llu in, %llu lost\n", static_cast<unsigned long long>(steps.written * channels),
                 static_cast<unsigned long long>(steps.lost() * channels));
-    std::printf("redraws: %u in %.3f s, %.4g a second, at most %.4g; frames: %llu written, %llu dropped\n",
-                redraws.count, redraws.seconds, redraws.seconds > 0 ? redraws.count / redraws.seconds : 0, 1 / period,
+    std::printf("redraws: %u in %.3f s, one at the end, before it %.4g a second, at most %.4g; "
+                "frames: %llu written, %llu dropped\n",
+                redraws.count, redraws.seconds, redraws.perSecond(), 1 / period,
                 static_cast<unsigned long long>(frames.written), static_cast<unsigned long long>(frames.dropped));
     std::printf("longest wait of the writer: %s\n",
                 formatQuantity(std::chrono::duration<double>(steps.longestWrite).count(), "s", 3).c_str());
@@ -140,8 +142,8 @@ Redraws play(ScopeHost& host, LiveFeed& feed, LiveDisplay& display, FrameWriter&
         frames.offer(makeFigure, last ? FrameWriter::IfBusy::Wait : FrameWriter::IfBusy::Drop);
     });
     DrawScheduler& scheduler = *DrawScheduler::getInstance();
+    const auto start = std::chrono::steady_clock::now(); // before the first period
     host.setRefreshPeriod(options.refresh);
-    const auto start = std::chrono::steady_clock::now();
     bool ended = false;
     while (!ended && !interrupt.came() && !enough(frames.totals().written)) {
         ended = feed.finished(); // asked before: then nothing comes after what is taken now
@@ -182,8 +184,9 @@ void runPlay(const PlayOptions& options)
     TextScreen screen;
     const int columns = options.folder.empty() ? static_cast<int>(screen.columns()) : plotWidth(options.width);
     const std::unique_ptr<LiveTrigger> trigger = makeTrigger(recordings, options, first);
-    std::vector<Line> lines =
+    std::vector<DisplayLine> lines =
         chooseLines(recordings, options.channels, trigger != nullptr ? std::optional(trigger->source()) : std::nullopt);
+    requireDrawable(lines, false, columns, options.folder.empty() ? kMaxPixels : options.height);
     FrameWriter::Sink sink = makeSink(options, screen);
 
     ScopeHost host;

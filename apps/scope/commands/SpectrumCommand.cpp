@@ -25,8 +25,9 @@ namespace {
 constexpr std::uint32_t kLongestSegment = 16384; // unless asked for
 constexpr std::uint32_t kShortestSegment = 16;
 constexpr std::uint64_t kAverages = 8;
-constexpr double kMarkRoom = 0.05;    // for the marks above the highest peak, as a share of the range
-constexpr double kMostDecibels = 200; // that a picture spans; below are rounding errors
+constexpr double kLeastProminence = 4; // of peaks, 6 dB, unless asked for
+constexpr double kMarkRoom = 0.05;     // for the marks above the highest peak, as a share of the range
+constexpr double kMostDecibels = 200;  // that a picture spans; below are rounding errors
 
 /// Whether a transform takes a fraction of a second: what it costs grows with the largest prime factor.
 bool isFast(std::uint32_t length)
@@ -127,14 +128,21 @@ struct Curve {
 
 std::vector<Curve> makeCurves(const SpectrumEstimate& estimate, const std::vector<ChosenChannel>& channels,
                               const std::vector<std::size_t>& live, const SpectrumOptions& options,
-                              const OneSided& oneSided, bool complex)
+                              std::uint32_t segment, bool complex)
 {
     const std::vector<double> frequencies = estimate.frequencies();
-    const PeakLevel level = options.window == WindowFunction::FlatTop ? PeakLevel::Bin : PeakLevel::Interpolated;
     std::vector<Curve> curves;
     for (const std::size_t i : live) {
         std::vector<double> power = estimate.power(i, options.scale);
-        std::vector<SpectrumPeak> peaks = findPeaks(frequencies, power, oneSided, level, options.peaks);
+        const double noise = noiseProminence(estimate.independentAverages(i), power.size());
+        std::vector<SpectrumPeak> peaks =
+            findPeaks(frequencies, power,
+                      {.window = options.window,
+                       .segment = segment,
+                       .complex = complex,
+                       .prominence = options.prominence ? std::pow(10, *options.prominence / 10)
+                                                        : std::max(kLeastProminence, noise),
+                       .most = options.peaks});
         for (double& each : power)
             each = levelOf(each, options.unit, complex);
         curves.push_back({channels[i].label, levelText(options.unit, options.scale, channels[i].unit), std::move(power),
@@ -253,8 +261,7 @@ void runSpectrum(const SpectrumOptions& options)
     if (!sampling.uneven.empty())
         tellTakenAsEven(recording, sampling.uneven);
 
-    const OneSided oneSided{!info.complex, !info.complex && settings.segment % 2 == 0};
-    const std::vector<Curve> curves = makeCurves(estimate, channels, live, options, oneSided, info.complex);
+    const std::vector<Curve> curves = makeCurves(estimate, channels, live, options, settings.segment, info.complex);
     std::uint64_t averages = estimate.averages(live[0]);
     for (const std::size_t i : live)
         averages = std::min(averages, estimate.averages(i));

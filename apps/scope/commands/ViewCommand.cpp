@@ -112,6 +112,9 @@ void runView(const ViewOptions& options)
     const std::string output =
         chooseOutput(options.output, options.files, ".png", Output::Kinds::Pictures, options.width, options.height)
             .path;
+    // Before a long reading, though a polar part of the trigger's may join them.
+    requireDrawable(chooseLines(recordings, options.channels, std::nullopt), options.stack, plotWidth(options.width),
+                    options.height);
     ScopeHost host;
 
     std::optional<TriggeredWindow> triggered;
@@ -124,7 +127,7 @@ void runView(const ViewOptions& options)
     const double span = options.overrun ? options.span.value_or(whole / 10) : whole;
     requireResolution(stretch, span);
 
-    std::vector<Line> lines =
+    std::vector<DisplayLine> lines =
         chooseLines(recordings, options.channels, triggered ? std::optional(triggered->source) : std::nullopt);
     ScopeDisplay display(host, stretch.from, span, plotWidth(options.width), lines.size());
     if (options.overrun)

@@ -31,6 +31,7 @@ struct SpectrumOptions : MeasureOptions {
     SpectrumScale scale = SpectrumScale::Power;
     LevelUnit unit = LevelUnit::Decibel;
     std::size_t peaks = 5;
+    std::optional<double> prominence; ///< of peaks, dB; none: what noise does not reach
 };
 
 /// Draws the power spectrum of a recording and prints its peaks. throws  InputError, UsageError

@@ -1,16 +1,18 @@
 #include "display/DisplayLines.h"
 
+#include "UsageError.h"
 #include "display/PanelSorter.h"
 #include "stream/Progress.h"
 
+#include <set>
 #include <utility>
 
 namespace scope {
 
-std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<std::string>& wanted,
-                              const std::optional<LineSource>& trigger)
+std::vector<DisplayLine> chooseLines(const Recordings& recordings, const std::vector<std::string>& wanted,
+                                     const std::optional<LineSource>& trigger)
 {
-    std::vector<Line> lines;
+    std::vector<DisplayLine> lines;
     for (const ChosenChannel& chosen : chooseChannels(recordings, wanted)) {
         const auto add = [&](SamplePart part, const char* suffix, const std::string& unit) {
             lines.push_back({{chosen.port, chosen.channel, part}, chosen.label + suffix, unit});
@@ -26,7 +28,35 @@ std::vector<Line> chooseLines(const Recordings& recordings, const std::vector<st
     return lines;
 }
 
-StepsPainter::StepsPainter(const Recordings& recordings, const std::vector<Line>& lines, ScopeDisplay& display)
+namespace {
+
+/// Lines of one key share a panel.
+std::string panelKey(const DisplayLine& line, bool stack)
+{
+    const LineSource& source = line.source;
+    return (stack ? std::to_string(source.port) + '.' + std::to_string(source.channel) : line.unit) +
+           (isPolar(source.part) ? " polar" : "");
+}
+
+} // namespace
+
+void requireDrawable(const std::vector<DisplayLine>& lines, bool stack, int columns, int height)
+{
+    const std::size_t most = kMostColumnsOfLines / static_cast<std::size_t>(columns);
+    if (lines.size() > most)
+        throw UsageError(std::to_string(lines.size()) + " lines are too many, " + std::to_string(columns) +
+                         " pixels wide: at most " + std::to_string(most) + " are drawn; choose some with --channels");
+    std::set<std::string> panels;
+    for (const DisplayLine& line : lines)
+        panels.insert(panelKey(line, stack));
+    const std::size_t mostPanels = static_cast<std::size_t>(height) / kLeastPanelPixels;
+    if (panels.size() > mostPanels)
+        throw UsageError(std::to_string(panels.size()) + " panels are too many, " + std::to_string(height) +
+                         " pixels high: at most " + std::to_string(mostPanels) +
+                         " are drawn; choose some with --channels, or a taller --size");
+}
+
+StepsPainter::StepsPainter(const Recordings& recordings, const std::vector<DisplayLine>& lines, ScopeDisplay& display)
     : lines_(lines), display_(display)
 {
     for (const auto& recording : recordings)
@@ -59,7 +89,8 @@ void StepsPainter::paint(const FeedSteps& steps)
     }
 }
 
-void streamLines(Recordings recordings, const Window& stretch, const std::vector<Line>& lines, ScopeDisplay& display)
+void streamLines(Recordings recordings, const Window& stretch, const std::vector<DisplayLine>& lines,
+                 ScopeDisplay& display)
 {
     Progress progress;
     StepsPainter painter(recordings, lines, display);
@@ -91,21 +122,17 @@ Limits limitsIn(const std::vector<Point>& points, const Window& window)
 
 } // namespace
 
-std::vector<Panel> makePanels(std::vector<Line>& lines, const ScopeDisplay& display, const Window& window, bool stack,
-                              bool& anything)
+std::vector<Panel> makePanels(std::vector<DisplayLine>& lines, const ScopeDisplay& display, const Window& window,
+                              bool stack, bool& anything)
 {
     PanelSorter sorter;
     anything = false;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        Line& line = lines[i];
-        const LineSource& source = line.source;
-        const std::string key =
-            (stack ? std::to_string(source.port) + '.' + std::to_string(source.channel) : line.unit) +
-            (isPolar(source.part) ? " polar" : "");
+        DisplayLine& line = lines[i];
         Trace trace{line.label, display.points(i)};
         const Limits seen = limitsIn(trace.points, window);
         anything |= !seen.empty();
-        line.panel = sorter.add(key, line.unit, std::move(trace), seen);
+        line.panel = sorter.add(panelKey(line, stack), line.unit, std::move(trace), seen);
     }
     std::vector<Panel> panels = sorter.finish();
     for (Panel& panel : panels)

@@ -11,16 +11,15 @@ using namespace tracery;
 
 namespace {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr std::size_t kBatchPoints = 4096;
+constexpr std::size_t kLeastRoom = 32;
 
 /// `time`, or the next double after `last` when it is not later: two samples at one time are two points of the line, of
 /// which the thinner would send out only one.
 double later(double time, double last) { return time > last ? time : std::nextafter(last, kInfinity); }
 } // namespace
 
-LineThinner::LineThinner(std::shared_ptr<TimeScopeLine> line, double columnsPerSecond)
-    : line_(std::move(line)), columnsPerSecond_(columnsPerSecond),
-      batch_(createDoubleMatrix(2, kBatchPoints + 1, HostComplexity::real)), pairs_(getRealData(batch_.get()))
+LineThinner::LineThinner(std::shared_ptr<TimeScopeLine> line, double columnsPerSecond, std::size_t mostTogether)
+    : line_(std::move(line)), columnsPerSecond_(columnsPerSecond), mostTogether_(mostTogether)
 {}
 
 void LineThinner::add(const double* times, const double* values, std::size_t count, std::size_t stride)
@@ -30,8 +29,8 @@ void LineThinner::add(const double* times, const double* values, std::size_t cou
         i += addRun(times + i, values + i * stride, count - i, stride);
         if (i == count)
             return;
-        if (count_ == kBatchPoints) {
-            thin(false);
+        if (count_ == room_) {
+            room_ < mostTogether_ ? grow() : thin(false);
         } else {
             lastTime_ = later(times[i++] - origin_, lastTime_); // not a number
             closeRun();
@@ -43,7 +42,7 @@ void LineThinner::add(const double* times, const double* values, std::size_t cou
 std::size_t LineThinner::addRun(const double* times, const double* values, std::size_t count, std::size_t stride)
 {
     // Locals, because for all the compiler knows the pairs could be the members.
-    const std::size_t most = std::min(count, kBatchPoints - count_);
+    const std::size_t most = std::min(count, room_ - count_);
     double* pairs = pairs_ + 2 * count_;
     double lastTime = lastTime_;
     const double origin = origin_;
@@ -56,6 +55,18 @@ std::size_t LineThinner::addRun(const double* times, const double* values, std::
     lastTime_ = lastTime;
     count_ += added;
     return added;
+}
+
+/// Takes twice the room. Displays of many lines have short ones: most take little.
+void LineThinner::grow()
+{
+    const std::size_t room = std::min(mostTogether_, std::max(kLeastRoom, 2 * room_));
+    HostArrayPtr batch(createDoubleMatrix(2, room + 1, HostComplexity::real));
+    double* pairs = getRealData(batch.get());
+    std::copy_n(pairs_, 2 * count_, pairs);
+    batch_ = std::move(batch);
+    pairs_ = pairs;
+    room_ = room;
 }
 
 void LineThinner::drawPending()

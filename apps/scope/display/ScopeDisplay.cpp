@@ -12,6 +12,7 @@ using namespace tracery;
 
 namespace {
 constexpr std::size_t kMostPoints = 1 << 16;
+constexpr std::size_t kMostTogether = 1 << 18; // samples that all lines together hold back
 constexpr int kOriginBits = 10;
 
 /// A time beside which those of a window from `from` are small. Their differences from it are doubles, as it is a multiple
@@ -43,8 +44,10 @@ ScopeDisplay::ScopeDisplay(embedded::EmbeddedHost& host, double from, double spa
         hostobj::omSetArrayElement(lineObjects.get(), i, host.construct("tracery.TimeScopeLine", inputs));
     }
     setLines(lineObjects.get());
+    const std::size_t together = std::clamp<std::size_t>(kMostTogether / std::max<std::size_t>(lines, 1), 256, 4096);
     for (std::size_t i = 0; i < lines; ++i)
-        drawn_.push_back({animated[i], LineThinner(getTimeScopeLine(i), columns / span), kMostPoints, {}, from});
+        drawn_.push_back(
+            {animated[i], LineThinner(getTimeScopeLine(i), columns / span, together), kMostPoints, {}, from});
     setOrigin(from);
 }
 

@@ -10,6 +10,8 @@ using namespace tracery;
 namespace {
 
 constexpr std::size_t kValuesPerBlock = 4096;
+constexpr std::size_t kValuesOfAllPorts = 32 * kValuesPerBlock; // in the blocks of many recordings together
+constexpr std::size_t kLeastValues = 256;
 constexpr std::uint64_t kBlocksKept = 32;
 constexpr std::uint64_t kBlocksTaken =
     8; ///< how many the display waits for, so that the threads seldom wake each other
@@ -55,9 +57,11 @@ Feed::Feed(std::vector<std::unique_ptr<Recording>> recordings, double from, doub
     TimeBuffer::Counts capacities;
     TimeBuffer::Counts channels;
     std::vector<HostComplexity> complexity;
+    const std::size_t values =
+        std::clamp(kValuesOfAllPorts / std::max<std::size_t>(1, recordings.size()), kLeastValues, kValuesPerBlock);
     for (std::unique_ptr<Recording>& recording : recordings) {
         const std::size_t width = recording->info().channels.size();
-        const std::size_t blockSteps = std::max<std::size_t>(1, kValuesPerBlock / width);
+        const std::size_t blockSteps = std::max<std::size_t>(1, values / width);
         complexity.push_back(recording->info().complex ? HostComplexity::complex : HostComplexity::real);
         channels.push_back(width);
         capacities.push_back(kBlocksKept * blockSteps);

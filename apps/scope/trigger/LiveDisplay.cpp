@@ -4,7 +4,7 @@
 
 namespace scope {
 
-LiveDisplay::LiveDisplay(tracery::embedded::EmbeddedHost& host, const Recordings& recordings, std::vector<Line> lines,
+LiveDisplay::LiveDisplay(tracery::embedded::EmbeddedHost& host, const Recordings& recordings, std::vector<DisplayLine> lines,
                          const Window& first, int columns)
     : lines_(std::move(lines)), display_(host, first.from, first.to - first.from, columns, lines_.size()),
       painter_(recordings, lines_, display_)

@@ -16,7 +16,7 @@ namespace scope {
 class LiveDisplay {
 public:
     /// host, feed  outlive the display
-    LiveDisplay(tracery::embedded::EmbeddedHost& host, const Recordings& recordings, std::vector<Line> lines,
+    LiveDisplay(tracery::embedded::EmbeddedHost& host, const Recordings& recordings, std::vector<DisplayLine> lines,
                 const Window& first, int columns);
 
     /// Lets the window follow the data.
@@ -36,7 +36,7 @@ public:
 private:
     bool showWindow(const tracery::TimeBuffer& buffer, std::optional<TriggeredWindow> window);
 
-    std::vector<Line> lines_;
+    std::vector<DisplayLine> lines_;
     ScopeDisplay display_;
     StepsPainter painter_;
     LiveTrigger* trigger_ = nullptr;

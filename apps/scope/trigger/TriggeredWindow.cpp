@@ -22,7 +22,7 @@ std::vector<Marker> levelsOf(const tracery::TimeDomainTriggerController& control
     return {{controller.getLevel(), "level"}};
 }
 
-void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::vector<Line>& lines)
+void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::vector<DisplayLine>& lines)
 {
     figure.xLabel = (triggered.freeRun ? "Free run, no event; time from " : "Time from trigger at ") +
                     formatQuantity(triggered.event, "s", 9);
@@ -33,7 +33,7 @@ void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::ve
         for (Trace& trace : panel.traces)
             for (Point& point : trace.points)
                 point.x -= triggered.event;
-    for (const Line& line : lines)
+    for (const DisplayLine& line : lines)
         if (line.source.sameChannel(triggered.source) && isPolar(line.source.part) == isPolar(triggered.source.part))
             figure.panels[line.panel].levels = triggered.levels;
 }

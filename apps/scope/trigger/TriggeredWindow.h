@@ -25,6 +25,6 @@ SamplePart partOf(tracery::TDTC::ComplexityEnum complexity);
 std::vector<Marker> levelsOf(const tracery::TimeDomainTriggerController& controller, const TriggerSettings& settings);
 
 /// Puts time zero at the event and marks it, and the levels where the source is drawn as it is triggered on.
-void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::vector<Line>& lines);
+void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::vector<DisplayLine>& lines);
 
 } // namespace scope

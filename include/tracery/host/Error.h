@@ -83,6 +83,7 @@ inline constexpr ErrorKind NoPlotter{kComponent, "NoPlotter", "the controller ha
 inline constexpr ErrorKind OutOfMemory{kComponent, "OutOfMemory", "not enough memory"};
 inline constexpr ErrorKind ReadOnlyProperty{kComponent, "ReadOnlyProperty", "the property cannot be set"};
 inline constexpr ErrorKind TooLong{kComponent, "TooLong", "more elements than can be kept"};
+inline constexpr ErrorKind UnknownKernels{kComponent, "UnknownKernels", "the environment asks for kernels that are not known"};
 // clang-format on
 } // namespace errors
 

@@ -4,7 +4,9 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
+#include <limits>
 
 namespace tracery::basics {
 
@@ -46,10 +48,30 @@ std::optional<double> parseNumber(std::string_view text)
     return value;
 }
 
-std::string numberText(double value)
+namespace {
+
+template <class Number>
+std::string shortestText(Number value)
 {
     std::array<char, 32> text{}; // -2.2250738585072014e-308 is as long as it gets: 24 characters
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
+/// Within the range of single precision, or the conversion is not defined.
+bool isSingle(double value)
+{
+    return std::abs(value) <= std::numeric_limits<float>::max() && static_cast<float>(value) == value;
+}
+
+} // namespace
+
+std::string numberText(double value) { return shortestText(value); }
+
+std::array<std::string, 2> rangeText(double low, double high)
+{
+    if (isSingle(low) && isSingle(high))
+        return {shortestText(static_cast<float>(low)), shortestText(static_cast<float>(high))};
+    return {shortestText(low), shortestText(high)};
 }
 
 std::string computedText(double value)

@@ -1,9 +1,11 @@
 #include <tracery/basics/quantity.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <utility>
 
 namespace tracery::basics {
@@ -42,7 +44,11 @@ std::optional<double> parseQuantity(std::string_view text)
     return std::nullopt;
 }
 
-std::string formatQuantity(double value, std::string_view unit, int digits)
+namespace {
+
+/// Number is precise enough for the digits asked for.
+template <class Number>
+std::string format(double value, std::string_view unit, int digits, const char* form)
 {
     const Prefix* chosen = &kPrefixes[7];
     // Seconds from one on, and bare numbers, stand as they are.
@@ -50,12 +56,30 @@ std::string formatQuantity(double value, std::string_view unit, int digits)
         for (const Prefix& prefix : kPrefixes)
             if (prefix.text != "u" && std::abs(value) >= prefix.factor * 0.99995)
                 chosen = &prefix;
-    char number[32];
-    std::snprintf(number, sizeof number, "%.*g", digits, value / chosen->factor);
+    char number[40];
+    std::snprintf(number, sizeof number, form, digits,
+                  static_cast<Number>(value) / static_cast<Number>(chosen->factor));
     std::string text = number;
     if (!chosen->text.empty() || !unit.empty())
         text += ' ';
     return text.append(chosen->text).append(unit);
+}
+
+} // namespace
+
+std::string formatQuantity(double value, std::string_view unit, int digits)
+{
+    return format<double>(value, unit, digits, "%.*g");
+}
+
+std::string formatExactly(double value, std::string_view unit)
+{
+    char shortest[32];
+    char* const end = std::to_chars(shortest, std::end(shortest), value, std::chars_format::scientific).ptr;
+    const auto digits =
+        std::count_if(shortest, std::find(shortest, end, 'e'), [](char c) { return c >= '0' && c <= '9'; });
+    constexpr int kBeforePoint = 3; // that a number with a prefix has
+    return format<long double>(value, unit, std::max(kBeforePoint, static_cast<int>(digits)), "%.*Lg");
 }
 
 } // namespace tracery::basics

@@ -42,7 +42,7 @@ Legend::Legend(Canvas& canvas, const Styles& styles, const Sizes& sizes, double 
     else
         arrange(left, right, mostRows);
     for (Entry& entry : entries_)
-        entry.text = canvas.fitted(entry.text, sizes.tick, entry.room, Cut::Middle);
+        entry.text = canvas.fitted(entry.text, sizes.tick, entry.room, entry.sample ? Cut::Middle : Cut::End);
 }
 
 void Legend::flow(double left)
@@ -81,7 +81,7 @@ void Legend::arrange(double left, double right, int mostRows)
         Entry& entry = entries_[static_cast<std::size_t>(i)];
         entry.x = left + columnWidth * (i % columns);
         entry.row = i / columns;
-        entry.room = columnWidth - extra();
+        entry.room = columnWidth - (entry.sample ? extra() : gap_);
     }
 }
 

@@ -26,9 +26,12 @@ constexpr std::array kLightening = {0.0, 0.3, 0.15, 0.4}; // share of white, by 
 TraceStyle traceStyle(std::size_t number, const Theme& theme)
 {
     const Colour pure = theme.traces[number % theme.traces.size()];
+    // Once all have come round, dashes tell nothing apart any more, and take ten times as long to draw.
+    if (number >= theme.traces.size() * kDashes.size())
+        return {pure, kDashes[0]};
     if (theme.everyTraceDashed)
         return {pure, kDashes[(number + number / kDashes.size()) % kDashes.size()]};
-    const std::size_t round = number / theme.traces.size() % kDashes.size();
+    const std::size_t round = number / theme.traces.size();
     const auto lighter = [&](double part) { return part + (1 - part) * kLightening[round]; };
     return {{lighter(pure.red), lighter(pure.green), lighter(pure.blue)}, kDashes[round]};
 }

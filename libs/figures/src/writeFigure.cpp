@@ -71,9 +71,10 @@ cairo_status_t writeSvg(const Figure& figure, WholeFile& file)
 
 struct Format {
     std::string_view ending;
+    int mostPixels;
     cairo_status_t (*write)(const Figure&, WholeFile&);
 };
-constexpr Format kFormats[] = {{".png", writePng}, {".svg", writeSvg}};
+constexpr Format kFormats[] = {{".png", kMostPixels, writePng}, {".svg", kMaxPixels* kMaxPixels, writeSvg}};
 
 bool endsWith(std::string_view path, std::string_view ending)
 {
@@ -93,6 +94,10 @@ const Format& formatFor(const std::string& path, int width, int height)
         throw std::runtime_error(path + ": a picture is " + std::to_string(kMinPixels) + " to " +
                                  std::to_string(kMaxPixels) + " pixels wide and high, not " + std::to_string(width) +
                                  " × " + std::to_string(height));
+    if (width * height > format->mostPixels)
+        throw std::runtime_error(path + ": a picture of pixels has at most " + std::to_string(kMostPixels) +
+                                 " of them, not " + std::to_string(width) + " × " + std::to_string(height) +
+                                 ": make it smaller, or an .svg");
     return *format;
 }
 

@@ -138,6 +138,20 @@ bool SpectrumEstimate::full() const
                        [&](const ChannelSums& sums) { return sums.averages >= settings_.mostAverages; });
 }
 
+double SpectrumEstimate::independentAverages(std::size_t channel) const
+{
+    const auto count = static_cast<double>(averages(channel));
+    const std::size_t hop = settings_.segment - buffer_.getNumOverlapSamples();
+    double shares = 1; // of their noise that segments have in common
+    for (std::size_t apart = 1; apart * hop < window_.size() && apart < averages(channel); ++apart) {
+        double common = 0;
+        for (std::size_t n = apart * hop; n < window_.size(); ++n)
+            common += window_[n] * window_[n - apart * hop];
+        shares += 2 * (1 - static_cast<double>(apart) / count) * std::pow(common / windowSquares_, 2);
+    }
+    return count / shares;
+}
+
 std::vector<double> SpectrumEstimate::power(std::size_t channel, SpectrumScale scale) const
 {
     const ChannelSums& sums = channels_[channel];

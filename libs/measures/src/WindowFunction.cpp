@@ -8,7 +8,6 @@ namespace tracery::measures {
 
 namespace {
 
-/// Weights of cos(2πkn/L), k = 0, 1, …; all windows are sums of such terms.
 struct CosineSum {
     const char* name;
     std::array<double, 5> terms;
@@ -35,14 +34,16 @@ CosineSum definitionOf(WindowFunction window)
 
 const char* nameOf(WindowFunction window) { return definitionOf(window).name; }
 
+std::array<double, 5> windowTerms(WindowFunction window) { return definitionOf(window).terms; }
+
 std::vector<double> windowSamples(WindowFunction window, std::size_t length)
 {
-    const CosineSum sum = definitionOf(window);
+    const std::array<double, 5> terms = windowTerms(window);
     std::vector<double> samples(length);
     for (std::size_t n = 0; n < length; ++n) {
         const double phase = 2 * std::numbers::pi * static_cast<double>(n) / static_cast<double>(length);
-        for (std::size_t k = 0; k < sum.terms.size(); ++k)
-            samples[n] += sum.terms[k] * std::cos(static_cast<double>(k) * phase);
+        for (std::size_t k = 0; k < terms.size(); ++k)
+            samples[n] += terms[k] * std::cos(static_cast<double>(k) * phase);
     }
     return samples;
 }

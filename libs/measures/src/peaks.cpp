@@ -1,8 +1,12 @@
 #include <tracery/measures/peaks.h>
 
+#include "SineShape.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
+#include <numbers>
 
 namespace tracery::measures {
 
@@ -10,18 +14,23 @@ namespace {
 
 constexpr double kRise = 4;         // 6 dB
 constexpr double kRounding = 1e-30; // of the strongest bin's power
+constexpr std::size_t kFewBins = 8;
+constexpr std::size_t kSurroundings = 32; // bins on either side
+constexpr double kLeastLeaking = 8;       // side lobes are 13 dB below their sine at least
+constexpr double kMostBetween = 4;        // times its strongest bin's power that a sine between bins may have
 
-/// For each bin the lowest power between it and the nearest one before that is stronger, or the first one.
+/// For each bin the lowest value of `ground` between it and the nearest bin before that is stronger, or the first one.
 template <class Weaker>
-std::vector<double> dipsBefore(std::span<const double> power, Weaker&& weaker)
+std::vector<double> dipsBefore(std::span<const double> power, std::span<const double> ground, Weaker&& weaker)
 {
     struct Bin {
         double power, dip;
     };
     std::vector<Bin> falling;
     std::vector<double> dips;
-    for (const double here : power) {
-        double dip = here;
+    for (std::size_t k = 0; k < power.size(); ++k) {
+        const double here = power[k];
+        double dip = ground[k];
         for (; !falling.empty() && weaker(falling.back().power, here); falling.pop_back())
             dip = std::min(dip, falling.back().dip);
         falling.push_back({here, dip});
@@ -30,35 +39,122 @@ std::vector<double> dipsBefore(std::span<const double> power, Weaker&& weaker)
     return dips;
 }
 
+/// The power that a quarter of the bins does not reach; 0 of hardly any bins.
+double lowerQuarter(std::span<const double> bins)
+{
+    if (bins.size() < kFewBins)
+        return 0;
+    std::array<double, kSurroundings> sorted{};
+    std::ranges::copy(bins, sorted.begin());
+    const auto quarter = sorted.begin() + static_cast<std::ptrdiff_t>(bins.size() / 4);
+    std::nth_element(sorted.begin(), quarter, sorted.begin() + static_cast<std::ptrdiff_t>(bins.size()));
+    return *quarter;
+}
+
+/// What stays of the spectrum without its peaks: by bin, what most of the bins on one side of it have.
+std::vector<double> floorOf(std::span<const double> power)
+{
+    std::vector<double> floor(power.size());
+    for (std::size_t k = 0; k < power.size(); ++k) {
+        const std::size_t before = std::min(k, kSurroundings), after = std::min(power.size() - k - 1, kSurroundings);
+        floor[k] = std::max(lowerQuarter(power.subspan(k - before, before)), lowerQuarter(power.subspan(k + 1, after)));
+    }
+    return floor;
+}
+
+/// A bin, and beyond the ends of the spectrum its repetition or its mirror image.
+double powerAt(std::span<const double> power, std::ptrdiff_t bin, const PeakSearch& search)
+{
+    const auto count = static_cast<std::ptrdiff_t>(power.size());
+    if (search.complex)
+        bin = (bin + count) % count;
+    else if (bin >= count)
+        bin = static_cast<std::ptrdiff_t>(search.segment) - bin;
+    return power[static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(std::abs(bin), 0, count - 1))];
+}
+
+/// For each bin the higher of the lowest values of `ground` before and after it, up to a stronger bin.
+std::vector<double> dipsBeside(std::span<const double> power, std::span<const double> ground)
+{
+    // Of equals, the first counts as the stronger.
+    std::vector<double> dips = dipsBefore(power, ground, std::less<>());
+    const std::vector<double> after =
+        dipsBefore(std::vector<double>(power.rbegin(), power.rend()),
+                   std::vector<double>(ground.rbegin(), ground.rend()), std::less_equal<>());
+    for (std::size_t k = 0; k < dips.size(); ++k)
+        dips[k] = std::max(dips[k], after[dips.size() - 1 - k]);
+    return dips;
+}
+
+std::vector<std::size_t> peakBins(std::span<const double> power, const PeakSearch& search)
+{
+    const std::vector<double> dips = dipsBeside(power, power);
+    const std::vector<double> floors = dipsBeside(power, floorOf(power));
+    const double least = kRounding * *std::max_element(power.begin(), power.end());
+    std::vector<std::size_t> bins;
+    for (std::size_t k = 1; k + 1 < power.size(); ++k) {
+        const double here = power[k];
+        if (here > power[k - 1] && here >= power[k + 1] && here > least && here >= kRise * dips[k] &&
+            here >= search.prominence * floors[k])
+            bins.push_back(k);
+    }
+    std::ranges::stable_sort(bins, std::greater<>(), [&](std::size_t k) { return power[k]; });
+    return bins;
+}
+
 } // namespace
 
 std::vector<SpectrumPeak> findPeaks(std::span<const double> frequencies, std::span<const double> power,
-                                    const OneSided& oneSided, PeakLevel level, std::size_t most)
+                                    const PeakSearch& search)
 {
-    // What leaks out of an end bin must not look stronger than the bin itself because it is counted twice.
+    if (search.most == 0 || power.size() < 3)
+        return {};
     std::vector<double> even(power.begin(), power.end());
-    even.front() *= oneSided.firstAlone ? 2 : 1;
-    even.back() *= oneSided.lastAlone ? 2 : 1;
-    // Of equals, the first counts as the stronger.
-    const std::vector<double> before = dipsBefore(even, std::less<>());
-    const std::vector<double> after = dipsBefore(std::vector<double>(even.rbegin(), even.rend()), std::less_equal<>());
-
-    const double least = kRounding * *std::max_element(even.begin(), even.end());
-    std::vector<SpectrumPeak> peaks;
-    for (std::size_t k = 1; k + 1 < even.size(); ++k) {
-        const double here = even[k];
-        if (!(here > even[k - 1] && here >= even[k + 1] && here > least &&
-              here >= kRise * std::max(before[k], after[even.size() - 1 - k])))
-            continue;
-        const double low = std::log(even[k - 1] / here), high = std::log(even[k + 1] / here);
-        const double top = (low - high) / (2 * (low + high));
-        const double offset = std::isfinite(top) ? top : 0; // not beside bins without power
-        const double rise = offset == 0 || level == PeakLevel::Bin ? 1 : std::exp((high - low) * offset / 4);
-        peaks.push_back({frequencies[k] + offset * (frequencies[k + 1] - frequencies[k]), here * rise});
+    if (!search.complex) { // the ends have no negative frequency whose power the others have as well
+        even.front() *= 2;
+        even.back() *= search.segment % 2 == 0 ? 2 : 1;
     }
-    std::stable_sort(peaks.begin(), peaks.end(), [](auto& a, auto& b) { return a.power > b.power; });
-    peaks.resize(std::min(most, peaks.size()));
+    const SineShape shape(search.window, search.segment, search.complex);
+    const double width = frequencies[1] - frequencies[0];
+    std::vector<SineShape::Sine> sines;
+    std::vector<SpectrumPeak> peaks;
+    double last = 0; // power of the bin of the last peak that is wanted, if there are no stronger ones
+    for (const std::size_t k : peakBins(even, search)) {
+        if (kMostBetween * even[k] < last)
+            break;
+        const auto bin = static_cast<double>(k);
+        double leaked = 0;
+        for (auto sine = sines.begin(); sine != sines.end() && sine->power > kLeastLeaking * even[k]; ++sine)
+            leaked += shape.powerAt(bin, *sine);
+        if (even[k] < kRise * leaked) // a side lobe
+            continue;
+        SineShape::Bins around{};
+        for (std::size_t i = 0; i < around.size(); ++i)
+            around[i] = powerAt(even, static_cast<std::ptrdiff_t>(k + i) - 2, search);
+        sines.push_back(shape.fit(bin, around));
+        peaks.push_back({frequencies[k] + (sines.back().bin - bin) * width, sines.back().power});
+        if (peaks.size() == search.most)
+            last = even[k];
+    }
+    std::ranges::stable_sort(peaks, std::greater<>(), &SpectrumPeak::power);
+    peaks.resize(std::min(search.most, peaks.size()));
     return peaks;
+}
+
+double noiseProminence(double averages, std::size_t bins)
+{
+    // The mean power of noise has a chi-squared distribution; its quantiles by Wilson and Hilferty's formula, from those
+    // of a normal one.
+    const double chance = 0.01 / static_cast<double>(bins);
+    double low = 0, high = 40;
+    for (int i = 0; i < 60; ++i) {
+        const double middle = (low + high) / 2;
+        (std::erfc(middle / std::numbers::sqrt2) / 2 > chance ? low : high) = middle;
+    }
+    const double middle = 1 - 1 / (9 * averages), width = 1 / (3 * std::sqrt(averages));
+    constexpr double kQuarter = -0.6745;
+    const double floorError = 1 + 0.9 / std::sqrt(averages); // as measured: the surroundings are noise, too
+    return floorError * std::pow((middle + width * high) / (middle + width * kQuarter), 3);
 }
 
 } // namespace tracery::measures

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,9 @@ std::optional<double> parseNumber(std::string_view text);
 
 /// The shortest text that reads back as the same number.
 std::string numberText(double value);
+
+/// Likewise of the ends of a range, in the digits of single precision if both are such numbers: most samples are.
+std::array<std::string, 2> rangeText(double low, double high);
 
 /// The same of a number that was computed, in 15 digits: what rounding left in the last bits does not show.
 std::string computedText(double value);

@@ -12,5 +12,7 @@ std::optional<double> parseQuantity(std::string_view text);
 
 /// A quantity for people: up to so many digits, an SI prefix and the unit, such as "2.5 ms".
 std::string formatQuantity(double value, std::string_view unit, int digits = 12);
+/// The same with all digits that tell it from other doubles.
+std::string formatExactly(double value, std::string_view unit);
 
 } // namespace tracery::basics

@@ -63,6 +63,8 @@ struct Figure {
 
 inline constexpr int kMinPixels = 100;
 inline constexpr int kMaxPixels = 20000;
+/// The most that a raster has; each takes four bytes.
+inline constexpr int kMostPixels = 1 << 26;
 
 /// Width in pixels of the plotting area of a figure `width` pixels wide: what lines are thinned to. Exact:
 /// the margins (96 pixels together at a width of 1200) follow from the width alone. At least 1.

@@ -51,6 +51,8 @@ public:
 
     // By the place of a channel among those estimated.
     std::uint64_t averages(std::size_t channel) const { return channels_[channel].averages; }
+    /// Of segments that do not overlap, how many would leave as much of noise.
+    double independentAverages(std::size_t channel) const;
     std::uint64_t leftOut(std::size_t channel) const { return channels_[channel].leftOut; }
     /// Whether a finite value was too large to be squared.
     bool tooLarge(std::size_t channel) const { return channels_[channel].tooLarge; }
