@@ -61,7 +61,8 @@ std::complex<double> SineShape::transform(double bins) const
     const double sign = std::fmod(nearest, 2) == 0 ? 1 : -1;
     const double sine = sign * std::sin(kPi * (bins - nearest));
     const auto part = [&](double away) {
-        return std::abs(away) < 1e-9 ? sign * length_ : sine / std::tan(kPi * away / length_);
+        const double near = 2 * std::abs(away) < length_ ? away : std::remainder(away, length_); // of short segments
+        return std::abs(near) < 1e-9 ? sign * length_ : sine / std::tan(kPi * near / length_);
     };
     double real = terms_[0] * part(bins), ends = terms_[0];
     for (std::size_t k = 1; k < reach_; ++k) {
