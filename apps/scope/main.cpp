@@ -4,10 +4,10 @@
 #include "libraries.h"
 #include "stream/StandardInput.h"
 
-#include <tracery/basics/Text.h>
-
 #include <tracery/Kernels.h>
+#include <tracery/basics/Text.h>
 #include <tracery/host/Error.h>
+#include <tracery/recordings/Recording.h>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -36,6 +36,21 @@ int complain(const std::string& message)
 {
     std::fprintf(stderr, "tracery-scope: %s\n", scope::oneLine(message).c_str());
     return kBadInput;
+}
+
+/// What the options can do about a file.
+std::string adviceOn(const scope::InputError& error)
+{
+    using enum scope::InputError::Kind;
+    switch (error.kind()) {
+    case RateMissing:
+        return ": say the steps per second with --rate";
+    case RateKnown:
+        return ": leave out --rate";
+    case Other:
+        break;
+    }
+    return {};
 }
 
 /// Made from the options as they are, by flags that the help does not show: the build calls them.
@@ -125,6 +140,8 @@ int main(int argc, char** argv)
         if (error.get_exit_code() == 0)
             return delivered(app.exit(error)); // --help, --version
         return complain(std::string(error.what()) + " (see --help)");
+    } catch (const scope::InputError& error) {
+        return complain(scope::nameStandardInput(error.what()) + adviceOn(error));
     } catch (const std::bad_alloc&) {
         return complain("not enough memory");
     } catch (const std::exception& error) {

@@ -291,7 +291,7 @@ TEST_F(InputTest, WhatIsWrongWithASigMfPairIsToldWithTheFile)
               "x.sigmf-meta: core:sample_rate: expected a number, found \"4\"");
     EXPECT_EQ(failureOf(R"("core:sample_rate": 4)", "ab"), "x.sigmf-meta: core:datatype is missing");
     EXPECT_EQ(failureOf(R"("core:datatype": "cu8")", "ab"),
-              "x: gives neither times nor a rate: say the steps per second with --rate");
+              "x: gives neither times nor a rate");
     EXPECT_TRUE(failureOf("\n\"core:datatype\": ,", "ab").starts_with("x.sigmf-meta: line 2, column 18: not JSON: "));
 
     write("x.sigmf-meta", "[]");
@@ -324,9 +324,9 @@ TEST_F(InputTest, FilesThatAreNoRecordingsAreToldInOneLine)
 TEST_F(InputTest, ARateIsAskedForOnceAndIsPositive)
 {
     write("times.csv", "time,a\n1,2\n");
-    EXPECT_EQ(failure("times.csv", {10.0}), "times.csv: has its own times: leave out --rate");
+    EXPECT_EQ(failure("times.csv", {10.0}), "times.csv: has its own times");
     writeSound("own.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 10);
-    EXPECT_EQ(failure("own.wav", {10.0}), "own.wav: has its own rate, 8000 steps per second: leave out --rate");
+    EXPECT_EQ(failure("own.wav", {10.0}), "own.wav: has its own rate, 8000 steps per second");
     write("none.csv", "a\n2\n");
     EXPECT_EQ(failure("none.csv", {10.0}), "none");
     for (const double rate : {0.0, -1.0, kInfinity, kNaN})

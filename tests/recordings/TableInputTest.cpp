@@ -64,7 +64,7 @@ TEST_F(TableInputTest, WhatIsWrongWithATableIsToldWithItsPlace)
         {"time\n1\n", "line 1: expected a column of values after the time"},
         {"time,a\n# nothing\n\n", "holds no rows of numbers"},
         {"\n", "holds no rows of numbers"},
-        {"a,time\n1,2\n", "gives neither times nor a rate: say the steps per second with --rate"},
+        {"a,time\n1,2\n", "gives neither times nor a rate"},
         {"\x80g\x03,\xfe\n\x9f\n", "line 1: expected headings in UTF-8, with commas, semicolons or tabs between them"},
         {"\x80g,\xfe\n\x9f\xff,1\n", "line 2, column 1: expected a number, found '\x9f\xff'"},
         {"time,a\n1," + std::string(1 << 20, ' '), "line 2: longer than 1048576 bytes"},

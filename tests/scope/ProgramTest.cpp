@@ -153,7 +153,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"play - --format s16 --rate 1k --columns 2 <half.raw",
          "standard input: byte 3: ends within a step of 4 bytes"},
         {"play - --format s16 --rate 1k </dev/null", "standard input: holds no samples"},
-        {"play - --format s16 <half.raw", "standard input: gives neither times nor a rate"},
+        {"play - --format s16 <half.raw", "standard input: gives neither times nor a rate: say the steps per second with --rate"},
         {"play - </dev/null", "standard input: holds no rows"},
         {"play - <text.csv", "standard input: line 3, column 2"},
         {"play - --trigger edge --level 50% <good.csv", "the range of standard input is not known"},

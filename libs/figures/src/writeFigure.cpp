@@ -21,19 +21,6 @@ struct DestroySurface {
 };
 using Surface = std::unique_ptr<cairo_surface_t, DestroySurface>;
 
-cairo_status_t writeTo(void* file, const unsigned char* data, unsigned size)
-{
-    return static_cast<WholeFile*>(file)->write(data, size) ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
-}
-
-cairo_status_t writePng(const Figure& figure, WholeFile& file)
-{
-    const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, figure.width, figure.height));
-    Canvas canvas(*surface, true, themeOf(figure.theme));
-    drawFigure(canvas, figure);
-    return canvas.failed() ? canvas.status() : cairo_surface_write_to_png_stream(surface.get(), writeTo, &file);
-}
-
 cairo_status_t appendTo(void* text, const unsigned char* data, unsigned size) noexcept
 {
     try {
@@ -42,6 +29,14 @@ cairo_status_t appendTo(void* text, const unsigned char* data, unsigned size) no
     } catch (const std::exception&) {
         return CAIRO_STATUS_NO_MEMORY;
     }
+}
+
+cairo_status_t drawPng(const Figure& figure, std::string& png)
+{
+    const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, figure.width, figure.height));
+    Canvas canvas(*surface, true, themeOf(figure.theme));
+    drawFigure(canvas, figure);
+    return canvas.failed() ? canvas.status() : cairo_surface_write_to_png_stream(surface.get(), appendTo, &png);
 }
 
 /// Cairo names the page after the number of surfaces the process has made before, and nothing refers to that
@@ -54,9 +49,8 @@ void dropPageName(std::string& svg)
         svg.replace(start, svg.find('>', start) - start, "<g");
 }
 
-cairo_status_t writeSvg(const Figure& figure, WholeFile& file)
+cairo_status_t drawSvg(const Figure& figure, std::string& svg)
 {
-    std::string svg;
     const Surface surface(cairo_svg_surface_create_for_stream(appendTo, &svg, figure.width, figure.height));
     cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
     Canvas canvas(*surface, false, themeOf(figure.theme));
@@ -65,16 +59,17 @@ cairo_status_t writeSvg(const Figure& figure, WholeFile& file)
         return canvas.status();
     cairo_surface_finish(surface.get());
     dropPageName(svg);
-    file.write(svg.data(), svg.size());
     return cairo_surface_status(surface.get());
 }
 
 struct Format {
+    PictureFormatEnum format;
     std::string_view ending;
     int mostPixels;
-    cairo_status_t (*write)(const Figure&, WholeFile&);
+    cairo_status_t (*draw)(const Figure&, std::string&);
 };
-constexpr Format kFormats[] = {{".png", kMostPixels, writePng}, {".svg", kMaxPixels* kMaxPixels, writeSvg}};
+constexpr Format kFormats[] = {{PictureFormatEnum::Png, ".png", kMostPixels, drawPng},
+                               {PictureFormatEnum::Svg, ".svg", kMaxPixels* kMaxPixels, drawSvg}};
 
 bool endsWith(std::string_view path, std::string_view ending)
 {
@@ -83,22 +78,36 @@ bool endsWith(std::string_view path, std::string_view ending)
            std::equal(ending.rbegin(), ending.rend(), path.rbegin(), [&](char a, char b) { return a == lower(b); });
 }
 
-const Format& formatFor(const std::string& path, int width, int height)
+/// name  what messages begin with
+void requireSize(const Format& format, const std::string& name, int width, int height)
 {
-    const auto format = std::find_if(std::begin(kFormats), std::end(kFormats),
-                                     [&](const Format& each) { return endsWith(path, each.ending); });
-    if (format == std::end(kFormats))
-        throw std::runtime_error(path + ": the name of a picture must end in .png or .svg");
     const auto fits = [](int pixels) { return pixels >= kMinPixels && pixels <= kMaxPixels; };
     if (!fits(width) || !fits(height))
-        throw std::runtime_error(path + ": a picture is " + std::to_string(kMinPixels) + " to " +
+        throw std::runtime_error(name + ": a picture is " + std::to_string(kMinPixels) + " to " +
                                  std::to_string(kMaxPixels) + " pixels wide and high, not " + std::to_string(width) +
                                  " × " + std::to_string(height));
-    if (width * height > format->mostPixels)
-        throw std::runtime_error(path + ": a picture of pixels has at most " + std::to_string(kMostPixels) +
+    if (width * height > format.mostPixels)
+        throw std::runtime_error(name + ": a picture of pixels has at most " + std::to_string(kMostPixels) +
                                  " of them, not " + std::to_string(width) + " × " + std::to_string(height) +
                                  ": make it smaller, or an .svg");
+}
+
+const Format& formatFor(const std::string& path, int width, int height)
+{
+    const auto format = std::ranges::find_if(kFormats, [&](const Format& each) { return endsWith(path, each.ending); });
+    if (format == std::end(kFormats))
+        throw std::runtime_error(path + ": the name of a picture must end in .png or .svg");
+    requireSize(*format, path, width, height);
     return *format;
+}
+
+std::string draw(const Figure& figure, const Format& format, const std::string& name)
+{
+    std::string picture;
+    const cairo_status_t status = format.draw(figure, picture);
+    if (status != CAIRO_STATUS_SUCCESS)
+        throw std::runtime_error(name + ": cannot be drawn: " + cairo_status_to_string(status));
+    return picture;
 }
 
 } // namespace
@@ -113,11 +122,16 @@ void writeFigure(const Figure& figure, const std::string& path)
 {
     const Format& format = formatFor(path, figure.width, figure.height);
     WholeFile file(path);
-    const cairo_status_t status = format.write(figure, file);
-    // What went wrong in writing, the file itself tells better.
-    if (status != CAIRO_STATUS_SUCCESS && status != CAIRO_STATUS_WRITE_ERROR)
-        throw std::runtime_error(path + ": cannot be drawn: " + cairo_status_to_string(status));
+    const std::string picture = draw(figure, format, path);
+    file.write(picture.data(), picture.size());
     file.keep();
+}
+
+std::string pictureOf(const Figure& figure, PictureFormatEnum format)
+{
+    const auto known = std::ranges::find(kFormats, format, &Format::format);
+    requireSize(*known, "picture", figure.width, figure.height);
+    return draw(figure, *known, "picture");
 }
 
 } // namespace tracery::figures

@@ -30,7 +30,8 @@ TriggerTotals TriggerScan::run(const Visitor& visit, const std::function<void(do
             // A span that passes the largest double has no such time, and no window is ever full.
             goOn = poll(std::isnan(due) ? lastTime : std::min(lastTime, std::max(now_, due)), visit);
         }
-        progress(lastTime);
+        if (progress)
+            progress(lastTime);
     }
     if (goOn)
         for (const double time : controller_.getPendingEvents())

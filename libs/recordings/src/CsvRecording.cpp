@@ -66,7 +66,7 @@ CsvRecording::CsvRecording(File file, const OpenOptions& options) : file_(std::m
     if (!hasLine || (layout_.hasHeader && !lines_.next(line)))
         throw InputError(path, "", "holds no rows of numbers");
     if (layout_.hasTimes && options.rate)
-        throw InputError(path, "", "has its own times: leave out --rate");
+        throw InputError(path, "", "has its own times", InputError::Kind::RateKnown);
 
     info_.path = path;
     info_.format = "CSV";

@@ -13,9 +13,10 @@ using namespace basics;
 double chooseRate(const std::string& path, std::optional<double> own, const OpenOptions& options)
 {
     if (!own && !options.rate)
-        throw InputError(path, "", "gives neither times nor a rate: say the steps per second with --rate");
+        throw InputError(path, "", "gives neither times nor a rate", InputError::Kind::RateMissing);
     if (own && options.rate)
-        throw InputError(path, "", "has its own rate, " + numberText(*own) + " steps per second: leave out --rate");
+        throw InputError(path, "", "has its own rate, " + numberText(*own) + " steps per second",
+                         InputError::Kind::RateKnown);
     const double rate = own ? *own : *options.rate;
     // Far beyond what is recorded, and far from where times or their differences are no numbers any more.
     if (!(rate >= 1e-12 && rate <= 1e15))

@@ -5,8 +5,8 @@ namespace tracery::recordings {
 
 using namespace basics;
 
-InputError::InputError(const std::string& path, const std::string& where, const std::string& message)
-    : std::runtime_error(oneLine(path + ": " + (where.empty() ? where : where + ": ") + message))
+InputError::InputError(const std::string& path, const std::string& where, const std::string& message, Kind kind)
+    : std::runtime_error(oneLine(path + ": " + (where.empty() ? where : where + ": ") + message)), kind_(kind)
 {}
 
 } // namespace tracery::recordings

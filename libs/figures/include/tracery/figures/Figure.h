@@ -86,4 +86,10 @@ void requireWritablePicture(const std::string& path, int width, int height);
 /// throws  std::runtime_error whose text names the path and what is wrong (ending, size, cannot be written)
 void writeFigure(const Figure& figure, const std::string& path);
 
+/// What a picture is made of: pixels, or shapes.
+enum class PictureFormatEnum { Png, Svg };
+
+/// The bytes of the file that writeFigure would write. throws  std::runtime_error: size, cannot be drawn
+std::string pictureOf(const Figure& figure, PictureFormatEnum format);
+
 } // namespace tracery::figures

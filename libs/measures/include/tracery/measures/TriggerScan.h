@@ -50,6 +50,7 @@ public:
     tracery::TimeDomainTriggerController& controller() { return controller_; }
 
     /// Runs to the end, or until the visitor stops it. throws  InputError
+    /// progress  told how far it got, block by block; may be empty
     TriggerTotals run(const Visitor& visit, const std::function<void(double reached)>& progress);
 
 private:

@@ -14,7 +14,14 @@ namespace tracery::recordings {
 class InputError : public std::runtime_error {
 public:
     /// where  place inside the file, such as "line 7, column 2" or "byte 44"; empty for the file as a whole
-    InputError(const std::string& path, const std::string& where, const std::string& message);
+    /// kind   what a caller could do about it
+    enum class Kind { Other, RateMissing, RateKnown };
+    InputError(const std::string& path, const std::string& where, const std::string& message, Kind kind = Kind::Other);
+    /// Whether the caller gave no rate where one is needed, or one where the file has its own.
+    Kind kind() const noexcept { return kind_; }
+
+private:
+    Kind kind_;
 };
 
 struct Channel {
