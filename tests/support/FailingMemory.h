@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 namespace tracery::test {
 
 /// How long memory is short once it has run out.
@@ -10,6 +12,9 @@ enum class Shortage { ofOneAllocation, lasting };
 void allowAllocations(long count, Shortage shortage = Shortage::ofOneAllocation);
 /// Whether an allocation has failed since.
 bool memoryRanOut();
+
+/// From now on allocations above `largest` bytes fail, and with operator new those past `most` in all.
+void limitBytes(std::size_t largest = -1, std::size_t most = -1);
 
 /// Memory for so many allocations, for as long as this lives.
 struct MemoryLimit {
