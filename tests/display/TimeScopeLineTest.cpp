@@ -1,5 +1,5 @@
 #include "support/Expect.h"
-#include "support/FakeHost.h"
+#include "support/TestHost.h"
 
 #include <tracery/TimeScopeLine.h>
 
@@ -50,15 +50,7 @@ protected:
         return y;
     }
 
-    struct : FakeHost, COSClient {
-        COSClient& publicClient() override { return *this; }
-        void release(const COSInterfacePtr& object) override
-        {
-            released.push_back(object);
-            throw Refused("no"); // which the end of a line does not pass on
-        }
-        std::vector<COSInterfacePtr> released;
-    } host;
+    TestHost host; // it throws when an object is released, which the end of a line does not pass on
     std::optional<HostScope> scope{host};
     HostObjectRef graphics = std::make_shared<FakeObject<int>>();
     std::vector<std::string> calls;
@@ -96,7 +88,7 @@ TEST_F(TimeScopeLineTest, DrawsWholeOrThinnedOnceThereIsALine)
 TEST_F(TimeScopeLineTest, ALineThatEndsReleasesItsObjectAtItsHostIfThatIsAttached)
 {
     using Objects = std::vector<COSInterfacePtr>;
-    FakeHost other;
+    TestHost other;
     line.emplace(); // never had a line
     line->setLine(objectArray({std::make_shared<FakeObject<int>>()}).get());
     line->setLine(objectArray({graphics, nullptr}).get());
