@@ -74,6 +74,7 @@ TEST_F(TimeScopeLineTest, DrawsWholeOrThinnedOnceThereIsALine)
     EXPECT_EQ(graphics.use_count(), 2);
     line->plotData(whole.get(), false, 1);
     EXPECT_EQ(added, Doubles{77}) << "the array itself";
+    line->plotData(nullptr, false, 1);
     line->plotData(whole.get(), true, 1);
     EXPECT_EQ(added, realOf(whole.get())) << "each point is an extreme";
     line->plotData(matrix(2, 1, {1.1, 4}).get(), true, 1);

@@ -22,19 +22,22 @@ inline HostArrayPtr makeMatrix(std::uint64_t rows, std::uint64_t columns,
     return HostArrayPtr(createDoubleMatrix(rows, columns, complexity));
 }
 
-/// The real (the imaginary) parts of all elements, to read or to write while the array lives; none where getRealData
-/// (getImagData) gives null, and for no array.
+/// The real parts of all elements, to read or to write while the array lives; none where getRealData gives null, and
+/// for no array.
 inline std::span<double> realValues(HostArray* array)
 {
     double* data = array != nullptr ? getRealData(array) : nullptr;
     return data != nullptr ? std::span(data, getNumberOfElements(array)) : std::span<double>();
 }
+/// The same, to be read.
 inline std::span<const double> realValues(const HostArray* array) { return realValues(const_cast<HostArray*>(array)); }
+/// The imaginary parts, likewise.
 inline std::span<double> imagValues(HostArray* array)
 {
     double* data = array != nullptr ? getImagData(array) : nullptr;
     return data != nullptr ? std::span(data, getNumberOfElements(array)) : std::span<double>();
 }
+/// The same, to be read.
 inline std::span<const double> imagValues(const HostArray* array) { return imagValues(const_cast<HostArray*>(array)); }
 
 /// A real matrix of these values, column by column. throws  InvalidArray when they are not rows x columns many
@@ -46,6 +49,7 @@ inline HostArrayPtr makeMatrix(std::uint64_t rows, std::uint64_t columns, std::s
     std::ranges::copy(values, realValues(array.get()).begin());
     return array;
 }
+/// The same, of values that are written out.
 inline HostArrayPtr makeMatrix(std::uint64_t rows, std::uint64_t columns, std::initializer_list<double> values)
 {
     return makeMatrix(rows, columns, std::span(values.begin(), values.size()));
