@@ -22,6 +22,13 @@ TEST(BadInputTest, IsRefusedWithTheErrorOfTheClassAndChangesNothing)
     HostArrayPtr bufferOnly = none();
     setRealData(bufferOnly.get(), static_cast<double*>(allocateMemory(8)));
     EXPECT_EQ(refused("AddTime", std::move(bufferOnly)), "EmptyInput");
+    const auto hollow = [] {
+        HostArrayPtr array = makeMatrix(1, 2);
+        setRealData(array.get(), nullptr);
+        return array;
+    };
+    EXPECT_EQ(refused("AddTime", hollow()), "EmptyInput");
+    EXPECT_EQ(refused("addTimeAndValue", 1, hollow(), 9), "EmptyInput");
     EXPECT_EQ(refused("addTimeAndValue", none(), "x", 9), "EmptyInput");
     EXPECT_EQ(refused("addTimeAndValue", 1, HostArrayPtr(), 9), "EmptyInput");
     EXPECT_EQ(refused("addTimeAndValue", 1, "x", 9), "AddValueDataTypeError");
