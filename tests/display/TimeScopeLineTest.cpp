@@ -186,6 +186,7 @@ TEST_F(TimeScopeLineTest, FindsItsParentByObjectOrHandle)
     for (const Doubles& none : {Doubles{-1}, Doubles{}, Doubles{7, 7}})
         EXPECT_EQ(parentFor(row(none)), nullptr);
     EXPECT_EQ(parentFor(nullptr), nullptr);
+    EXPECT_EQ(parentFor(makeMatrix(1, 1, HostComplexity::complex)), nullptr);
     EXPECT_EQ(parentFor(HostArrayPtr(createString("7"))), nullptr);
     EXPECT_EQ(line->getParent(nullptr), nullptr);
 }

@@ -231,6 +231,7 @@ Observation stateOf(AbstractTimeDomainPlotter& p)
                     static_cast<double>(getNumberOfElements(axes.get())),
                     p.getPreviousEndTimeForLine(0),
                     p.getPreviousEndTimeForLine(1),
+                    static_cast<double>(p.getMaxDimsRows()),
                     static_cast<double>(p.getTimeOverrunMode()),
                     dynamic_cast<const WrappingTimeDomainController*>(controller.get()) != nullptr ? 1.0 : 0.0,
                     controller->getPlotter() == &p ? 1.0 : 0.0};
