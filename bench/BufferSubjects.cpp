@@ -4,6 +4,7 @@
 
 #include <tracery/SpectrumBuffer.h>
 #include <tracery/TimeBuffer.h>
+#include <tracery/host/Arrays.h>
 
 #include <boost/circular_buffer.hpp>
 
@@ -53,8 +54,8 @@ std::function<void()> stepWrites(std::size_t width, std::size_t steps)
 
 std::function<void()> arrayWrites(std::size_t width, std::size_t steps)
 {
-    const std::shared_ptr<HostArray> time(createDoubleMatrix(1, 1, HostComplexity::real), destroyArray);
-    const std::shared_ptr<HostArray> values(createDoubleMatrix(width, 1, HostComplexity::real), destroyArray);
+    const std::shared_ptr<HostArray> time = makeScalar(0);
+    const std::shared_ptr<HostArray> values = makeMatrix(width, 1);
     return [=, full = std::make_shared<FullBuffer>(width, steps)] {
         *getRealData(time.get()) = full->time;
         full->buffer.addTimeAndValue(time.get(), values.get(), 0, false);
@@ -65,10 +66,7 @@ std::function<void()> arrayWrites(std::size_t width, std::size_t steps)
 std::function<void()> wholeRead(std::size_t width, std::size_t steps)
 {
     return [full = std::make_shared<FullBuffer>(width, steps)] {
-        HostArray *time = nullptr, *value = nullptr;
-        full->buffer.GetTimeAndValue(0, time, value);
-        destroyArray(time);
-        destroyArray(value);
+        outputsOf<2>([&](auto&... out) { full->buffer.GetTimeAndValue(0, out...); });
     };
 }
 
@@ -110,8 +108,8 @@ std::function<void()> portWrites(std::size_t ports)
     const auto buffer = std::make_shared<TimeBuffer>();
     buffer->ResetBuffer({kSteps}, TimeBuffer::Counts(ports, kFrame), TimeBuffer::Counts(ports, 1), ports,
                         BufferType::MultipleRate, std::vector<HostComplexity>(ports, HostComplexity::real), true);
-    const std::shared_ptr<HostArray> time(createDoubleMatrix(1, 1, HostComplexity::real), destroyArray);
-    const std::shared_ptr<HostArray> values(createDoubleMatrix(kFrame, 1, HostComplexity::real), destroyArray);
+    const std::shared_ptr<HostArray> time = makeScalar(0);
+    const std::shared_ptr<HostArray> values = makeMatrix(kFrame, 1);
     const auto write = [=] {
         *getRealData(time.get()) += 1;
         for (std::size_t port = 0; port < ports; ++port)
@@ -153,7 +151,7 @@ std::vector<double> writeTimes(std::uint64_t steps, bool roomAhead, double (*now
 
 std::function<void()> segmentation(std::size_t held, std::size_t frame, std::size_t segment, double overlapPercent)
 {
-    const std::shared_ptr<HostArray> input(createDoubleMatrix(frame, 1, HostComplexity::real), destroyArray);
+    const std::shared_ptr<HostArray> input = makeMatrix(frame, 1);
     const auto buffer =
         std::make_shared<SpectrumBuffer>(static_cast<std::uint32_t>(segment), overlapPercent, HostComplexity::real, 1);
     return [=] {

@@ -2,6 +2,7 @@
 #include "buffers/NaiveCcdf.h"
 
 #include <tracery/SpectrumBuffer.h>
+#include <tracery/host/Arrays.h>
 
 #include <algorithm>
 #include <complex>
@@ -36,16 +37,11 @@ Row row(const std::string& signal, std::size_t frame, int binsPerDecibel, Target
                 const int bins = kSpanDecibels * binsPerDecibel;
                 const double resolution = 1.0 / binsPerDecibel;
                 const std::vector<double> powers = powersOf(signal, frame);
-                const std::shared_ptr<HostArray> column(createDoubleMatrix(frame, 1, HostComplexity::real),
-                                                        HostArrayDeleter());
-                std::copy(powers.begin(), powers.end(), getRealData(column.get()));
+                const std::shared_ptr<HostArray> column = makeMatrix(frame, 1, powers);
                 Work work;
                 work.items = static_cast<double>(frame);
                 work.ours = [=, buffer = std::make_shared<SpectrumBuffer>()] {
-                    HostArray *peak = nullptr, *average = nullptr, *count = nullptr, *table = nullptr;
-                    buffer->updateCCDF(column.get(), bins, resolution, peak, average, count, table);
-                    for (HostArray* result : {peak, average, count, table})
-                        HostArrayPtr(result).reset();
+                    outputsOf<4>([&](auto&... out) { buffer->updateCCDF(column.get(), bins, resolution, out...); });
                 };
                 work.plain = [=, plain = std::make_shared<test::NaiveCcdf>()] {
                     plain->update(getRealData(column.get()), frame, 1, bins, resolution);

@@ -6,6 +6,7 @@
 #include <tracery/TimeBuffer.h>
 #include <tracery/TimeDomainTriggerController.h>
 #include <tracery/TimeScopeLine.h>
+#include <tracery/host/Arrays.h>
 #include <tracery/host/Host.h>
 
 #include <array>
@@ -92,7 +93,7 @@ public:
         std::uniform_real_distribution<double> noise(-0.2, 0.2);
         for (auto& port : frames_)
             for (std::size_t i = 0; i < kDistinctFrames; ++i) {
-                port.emplace_back(createDoubleMatrix(kFrame, 1, HostComplexity::real));
+                port.push_back(makeMatrix(kFrame, 1));
                 for (std::size_t j = 0; j < kFrame; ++j)
                     getRealData(port.back().get())[j] =
                         std::sin(6.28318530717958648 * static_cast<double>(i * kFrame + j) /
@@ -166,8 +167,8 @@ private:
     SignalTimer* timer_ = new SignalTimer; // the scheduler's
     DrawScheduler scheduler_{std::unique_ptr<Timer>(timer_)};
     std::array<std::vector<HostArrayPtr>, kPorts> frames_;
-    HostArrayPtr time_{createDoubleMatrix(1, 1, HostComplexity::real)};
-    HostArrayPtr block_{createDoubleMatrix(2, kBlock, HostComplexity::real)};
+    HostArrayPtr time_ = makeScalar(0);
+    HostArrayPtr block_ = makeMatrix(2, kBlock);
     double now_ = 0;
     double redraw_ = 0;
     std::size_t frame_ = 0;

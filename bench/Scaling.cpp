@@ -2,6 +2,7 @@
 #include "Subjects.h"
 
 #include <tracery/DataThinner.h>
+#include <tracery/host/Arrays.h>
 
 #include <nlohmann/json.hpp>
 
@@ -16,10 +17,10 @@ namespace {
 std::function<void()> thinned(double columns)
 {
     constexpr std::size_t kSamples = 1 << 18;
-    const std::shared_ptr<HostArray> line(createDoubleMatrix(2, kSamples, HostComplexity::real), destroyArray);
+    const std::shared_ptr<HostArray> line = makeMatrix(2, kSamples);
     for (std::size_t i = 0; i < kSamples; ++i) {
-        getRealData(line.get())[2 * i] = static_cast<double>(i) / kSamples;
-        getRealData(line.get())[2 * i + 1] = std::sin(0.1 * static_cast<double>(i));
+        realValues(line.get())[2 * i] = static_cast<double>(i) / kSamples;
+        realValues(line.get())[2 * i + 1] = std::sin(0.1 * static_cast<double>(i));
     }
     return [=, thinner = DataThinner()]() mutable {
         destroyArray(thinner.getArrayThinData(line.get(), kSamples, columns, false));

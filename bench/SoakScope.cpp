@@ -1,5 +1,7 @@
 #include "SoakScope.h"
 
+#include <tracery/host/Arrays.h>
+
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -110,29 +112,20 @@ void SoakScope::drawTriggered(double now)
 
 void SoakScope::updateStatistics(double from, double to)
 {
-    HostArray* times = nullptr;
-    HostArray* values = nullptr;
-    buffer_.GetTimeAndValue(0, times, values, from, to, false);
-    const HostArrayPtr t(times);
-    const HostArrayPtr v(values);
-    if (v == nullptr)
+    const auto read = outputsOf<2>([&](auto&... out) { buffer_.GetTimeAndValue(0, out..., from, to, false); });
+    const std::span<const double> values = realValues(read[1].get());
+    if (read[1] == nullptr)
         return;
-    const std::uint64_t count = getNumberOfElements(values);
-    const HostArrayPtr frame(createDoubleMatrix(count, 1, HostComplexity::real));
-    std::copy_n(getRealData(values), count, getRealData(frame.get()));
-    spectrum_.AddValue(frame.get(), 0, true);
-    HostArray* segments = nullptr;
-    spectrum_.GetTimeAndValue(0, times = nullptr, segments);
-    const HostArrayPtr s(segments);
-    if (s == nullptr)
+    spectrum_.AddValue(makeMatrix(values.size(), 1, values).get(), 0, true);
+    const auto ready = outputsOf<2>([&](auto&... out) { spectrum_.GetTimeAndValue(0, out...); });
+    if (ready[1] == nullptr)
         return;
-    const HostArrayPtr power(createDoubleMatrix(getNumberOfElements(segments), 1, HostComplexity::real));
-    std::transform(getRealData(segments), getRealData(segments) + getNumberOfElements(segments),
-                   getRealData(power.get()), [](double value) { return value * value; });
-    HostArray *peak = nullptr, *average = nullptr, *total = nullptr, *table = nullptr;
-    spectrum_.updateCCDF(power.get(), kBins, kBinDecibels, peak, average, total, table);
-    const HostArrayPtr owned[] = {HostArrayPtr(peak), HostArrayPtr(average), HostArrayPtr(total), HostArrayPtr(table)};
-    powerSamples_ = *getRealData(total);
+    const std::span<const double> segments = realValues(ready[1].get());
+    const HostArrayPtr power = makeMatrix(segments.size(), 1);
+    std::ranges::transform(segments, realValues(power.get()).begin(), [](double value) { return value * value; });
+    const auto statistics =
+        outputsOf<4>([&](auto&... out) { spectrum_.updateCCDF(power.get(), kBins, kBinDecibels, out...); });
+    powerSamples_ = realValues(statistics[2].get())[0];
 }
 
 } // namespace tracery::bench

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "LineDisplay.h"
 #include "SoakSource.h"
-#include "support/LineDisplay.h"
 
 #include <tracery/DrawScheduler.h>
 #include <tracery/SpectrumBuffer.h>
@@ -41,8 +41,8 @@ private:
 
     const TimeBuffer& buffer_;
     SoakSettings settings_;
-    test::LineDisplay sweep_;
-    test::LineDisplay triggered_;
+    LineDisplay sweep_;
+    LineDisplay triggered_;
     TimeDomainTriggerController trigger_;
     SpectrumBuffer spectrum_;
     std::size_t task_;

@@ -1,5 +1,7 @@
 #include "SoakSource.h"
 
+#include <tracery/host/Arrays.h>
+
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -18,9 +20,9 @@ SoakSource::SoakSource(TimeBuffer& buffer, const SoakSettings& settings) : buffe
     const double samples = static_cast<double>(kFrames * settings.frame);
     for (std::uint64_t port = 0; port < settings.ports; ++port)
         for (std::uint64_t k = 0; k < kFrames; ++k) {
-            HostArrayPtr values(createDoubleMatrix(settings.frame, 1, HostComplexity::real));
+            HostArrayPtr values = makeMatrix(settings.frame, 1);
             for (std::uint64_t i = 0; i < settings.frame; ++i)
-                getRealData(values.get())[i] =
+                realValues(values.get())[i] =
                     std::sin(2 * std::numbers::pi * static_cast<double>(k * settings.frame + i) / samples +
                              static_cast<double>(port)) +
                     noise(random);
@@ -41,7 +43,7 @@ void SoakSource::run()
 {
     const double period = settings_.framePeriod();
     const auto mostLate = static_cast<std::uint64_t>(0.5 / period) + 1;
-    const HostArrayPtr time(createDoubleMatrix(1, 1, HostComplexity::real));
+    const HostArrayPtr time = makeScalar(0);
     for (std::uint64_t frame = 0; !stop_;) {
         const std::chrono::duration<double> now = Clock::now() - begin_;
         const auto due = static_cast<std::uint64_t>(now.count() / period);

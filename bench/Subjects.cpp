@@ -7,6 +7,7 @@
 #include <tracery/TimeoutTimeDomainTrigger.h>
 #include <tracery/TransitionTimeDomainTrigger.h>
 #include <tracery/WindowTimeDomainTrigger.h>
+#include <tracery/host/Arrays.h>
 
 #include <algorithm>
 #include <limits>
@@ -50,9 +51,7 @@ std::function<void()> detection(const std::string& name, std::span<const double>
 
 std::function<void()> thinning(std::span<const double> pairs, double columnsPerSecond)
 {
-    const std::shared_ptr<HostArray> line(createDoubleMatrix(2, pairs.size() / 2, HostComplexity::real),
-                                          HostArrayDeleter());
-    std::copy(pairs.begin(), pairs.end(), getRealData(line.get()));
+    const std::shared_ptr<HostArray> line = makeMatrix(2, pairs.size() / 2, pairs);
     return [line, columnsPerSecond, points = static_cast<int>(pairs.size() / 2), thinner = DataThinner()]() mutable {
         HostArrayPtr(thinner.getArrayThinData(line.get(), points, columnsPerSecond, false));
     };

@@ -7,6 +7,7 @@
 //    data at 12 s: window  7 to 12 s
 //    data at 25 s: window 20 to 25 s
 #include <tracery/embedded/EmbeddedHost.h>
+#include <tracery/host/Arrays.h>
 #include <tracery/host/Publish.h>
 
 #include <cstdio>
@@ -17,13 +18,6 @@ namespace {
 const char* const kMethods[] = {"onNewLines",          "onNewAxesColor",     "onNewAxesTickColor",      "updateLabels",
                                 "onNewTimeSpan",       "initializeTimeAxis", "getDefaultChannelNames",  "updateXLabel",
                                 "updateTickListeners", "updateTimeUnits",    "updateShowTimeAxisLabels"};
-
-HostArrayPtr number(double value)
-{
-    HostArrayPtr array(createDoubleMatrix(1, 1, HostComplexity::real));
-    *getRealData(array.get()) = value;
-    return array;
-}
 } // namespace
 
 int main()
@@ -42,16 +36,16 @@ int main()
     host.defineClass(display);
     const HostObjectRef scope = host.construct("my.Display");
 
-    host.set(scope, "TimeSpan", number(5).get());
+    host.set(scope, "TimeSpan", makeScalar(5).get());
     std::printf("%s\n", called.c_str());
     host.set(scope, "TimeOverrunMode", HostArrayPtr(createString("Scroll")).get());
     const HostArrayPtr reference = host.get(scope, "TimeOverrunModeController");
     const HostObjectRef controller = hostobj::omGetArrayElement(reference.get(), 0);
     for (const double now : {4.0, 12.0, 25.0}) {
-        host.set(scope, "EndTime", number(now).get());
+        host.set(scope, "EndTime", makeScalar(now).get());
         const hostobj::HostOutputs start = host.call(controller, "calculateStartTime");
         host.set(scope, "StartTime", start[0].get());
-        const double from = *getRealData(start[0].get());
+        const double from = realValues(start[0].get())[0];
         std::printf("data at %2g s: window %2g to %2g s\n", now, from, from + 5);
         called += from == (now > 5 ? now - 5 : 0) ? "" : " wrong";
     }

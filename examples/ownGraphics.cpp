@@ -9,6 +9,7 @@
 #include "BareHost.h"
 
 #include <tracery/TimeScopeLine.h>
+#include <tracery/host/Arrays.h>
 
 #include <cmath>
 #include <cstdio>
@@ -30,7 +31,7 @@ struct TextGraphics : BareHost {
     hostobj::COSClassPtr findClass(const Name& name) const override { return name == kAnimator ? line : nullptr; }
     Outputs callStaticMethod(const Name&, const Name& method, Inputs inputs, std::size_t) override
     {
-        const double* point = getRealData(inputs[1]); // after the line: times and values in turn
+        auto point = realValues(inputs[1]).begin(); // after the line: times and values in turn
         for (std::uint64_t i = 0; method == "addXY" && i < getN(inputs[1]); ++i, point += 2)
             rows.at(static_cast<std::size_t>(std::lround(2 - 2 * point[1]))).at(std::size_t(point[0] * 77)) = '*';
         return {};
@@ -46,8 +47,8 @@ int main()
     const HostScope attached(host);
     TimeScopeLine line; // looks the animator up
     line.setLine(hostobj::omCreateScalar(host.line).get());
-    const HostArrayPtr points(createDoubleMatrix(2, 100000, HostComplexity::real));
-    double* point = getRealData(points.get());
+    const HostArrayPtr points = makeMatrix(2, 100000);
+    auto point = realValues(points.get()).begin();
     for (int i = 0; i < 100000; ++i) {
         *point++ = i / 1e5;
         *point++ = std::sin(20 * i / 1e5);

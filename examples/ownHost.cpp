@@ -4,6 +4,7 @@
 //    its Level is 1.5
 #include "BareHost.h"
 
+#include <tracery/host/Arrays.h>
 #include <tracery/host/Publish.h>
 
 #include <cstdio>
@@ -50,10 +51,10 @@ int main()
 
     const auto object = std::make_shared<PublishedObject>();
     object->libraryObject = controller.info->createInstance(object);
-    const HostArrayPtr self = omCreateScalar(object), wanted(createDoubleMatrix(1, 1, HostComplexity::real));
+    const HostArrayPtr self = omCreateScalar(object);
     controller.constructor->invoke(std::vector<const HostArray*>{self.get()}, 0); // its own inputs would follow
-    *getRealData(wanted.get()) = 1.5;
-    controller.properties.at("Level")->setValue(object, wanted.get());
+    controller.properties.at("Level")->setValue(object, makeScalar(1.5).get());
     const HostArrayPtr value(controller.properties.at("Level")->getValue(object));
-    return std::printf("its Level is %g\n", *getRealData(value.get())) > 0 && *getRealData(value.get()) == 1.5 ? 0 : 1;
+    const double level = realValues(value.get())[0];
+    return std::printf("its Level is %g\n", level) > 0 && level == 1.5 ? 0 : 1;
 }

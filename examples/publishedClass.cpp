@@ -5,22 +5,12 @@
 //    the steps from 2 s to 4 s: 20 30 40
 //    Cindrel:tracery:InvalidPortID
 #include <tracery/embedded/EmbeddedHost.h>
+#include <tracery/host/Arrays.h>
 #include <tracery/host/Publish.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <initializer_list>
 
 using namespace tracery;
-
-namespace {
-HostArrayPtr row(std::initializer_list<double> numbers)
-{
-    HostArrayPtr array(createDoubleMatrix(1, numbers.size(), HostComplexity::real));
-    std::ranges::copy(numbers, getRealData(array.get()));
-    return array;
-}
-} // namespace
 
 int main()
 {
@@ -28,22 +18,22 @@ int main()
     const HostScope attached(host);
     publishClasses(host.objects());
 
-    const HostArrayPtr capacity = row({50}), more = row({100}), port = row({1}), wrongPort = row({2});
-    const HostArrayPtr times = row({1, 2, 3, 4, 5}), values = row({10, 20, 30, 40, 50});
-    const HostArrayPtr from = row({2}), to = row({4}), no(createLogicalScalar(false));
+    const HostArrayPtr capacity = makeRow({50}), more = makeRow({100}), port = makeRow({1}), wrongPort = makeRow({2});
+    const HostArrayPtr times = makeRow({1, 2, 3, 4, 5}), values = makeRow({10, 20, 30, 40, 50});
+    const HostArrayPtr from = makeRow({2}), to = makeRow({4}), no(createLogicalScalar(false));
 
     const HostArray* construction[] = {capacity.get()};
     const HostObjectRef buffer = host.construct("tracery.TimeBuffer", construction);
     host.set(buffer, "MaxNumTimeSteps", more.get());
     const HostArrayPtr type = host.get(buffer, "Type"), steps = host.get(buffer, "MaxNumTimeSteps");
     const std::string typeText(getChars(type.get()), getNumberOfElements(type.get()));
-    std::printf("%s of type %s, capacity %g\n", buffer->className(), typeText.c_str(), *getRealData(steps.get()));
+    std::printf("%s of type %s, capacity %g\n", buffer->className(), typeText.c_str(), realValues(steps.get())[0]);
 
     const HostArray* adding[] = {times.get(), values.get(), port.get()};
     host.call(buffer, "addTimeAndValue", adding, 0);
     const HostArray* reading[] = {port.get(), from.get(), to.get(), no.get()}; // no neighbours
     const hostobj::HostOutputs found = host.call(buffer, "GetTimeAndValue", reading, 2);
-    const double* v = getRealData(found[1].get());
+    const std::span<const double> v = realValues(found[1].get());
     std::printf("the steps from 2 s to 4 s: %g %g %g\n", v[0], v[1], v[2]);
 
     try {
@@ -51,7 +41,7 @@ int main()
         host.call(buffer, "addTimeAndValue", addingElsewhere, 0);
     } catch (const Error& error) {
         std::printf("%s\n", error.identifier().c_str());
-        return getN(found[1].get()) == 3 && v[0] == 20 && v[2] == 40 ? 0 : 1;
+        return v.size() == 3 && v[0] == 20 && v[2] == 40 ? 0 : 1;
     }
     return 1;
 }

@@ -4,6 +4,7 @@
 //    strongest at 3000 Hz
 //    16384 powers, the peak 3.9 dB over the average
 #include <tracery/SpectrumBuffer.h>
+#include <tracery/host/Arrays.h>
 
 #include <algorithm>
 #include <cmath>
@@ -42,18 +43,18 @@ int main(int argc, char** argv)
         for (std::size_t bin = 1; bin < 128; ++bin) {
             std::complex<double> sum;
             for (std::size_t i = 0; i < 256; ++i)
-                sum += getRealData(segments.get())[n + i] * std::polar(1.0, -turn * static_cast<double>(bin * i) / 256);
+                sum += realValues(segments.get())[n + i] * std::polar(1.0, -turn * static_cast<double>(bin * i) / 256);
             spectrum[bin] += std::norm(sum);
         }
     const double strongest = rate / 256 * static_cast<double>(std::ranges::max_element(spectrum) - spectrum.begin());
 
-    const HostArrayPtr powers(createDoubleMatrix(samples.size(), 1, HostComplexity::real)); // a column a channel
-    std::ranges::transform(samples, getRealData(powers.get()), [](double v) { return v * v; });
-    HostArray *peak, *average, *count, *curves;                              // outputs
-    buffer.updateCCDF(powers.get(), 200, 0.1, peak, average, count, curves); // 200 bins of 0.1 dB
-    const HostArrayPtr owned[] = {HostArrayPtr(peak), HostArrayPtr(average), HostArrayPtr(count), HostArrayPtr(curves)};
-    const double papr = 10 * std::log10(*getRealData(peak) / *getRealData(average));
-    std::printf("strongest at %g Hz\n%g powers, the peak %.1f dB over the average\n", strongest, *getRealData(count),
-                papr);
+    const HostArrayPtr powers = makeMatrix(samples.size(), 1); // a column a channel
+    std::ranges::transform(samples, realValues(powers.get()).begin(), [](double v) { return v * v; });
+    const auto [peak, average, count, curves] = outputsOf<4>([&](auto&... out) {
+        buffer.updateCCDF(powers.get(), 200, 0.1, out...); // 200 bins of 0.1 dB
+    });
+    const double papr = 10 * std::log10(realValues(peak.get())[0] / realValues(average.get())[0]);
+    std::printf("strongest at %g Hz\n%g powers, the peak %.1f dB over the average\n", strongest,
+                realValues(count.get())[0], papr);
     return argc > 1 || (strongest == 3000 && papr > 3) ? 0 : 1;
 }

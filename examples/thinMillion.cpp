@@ -4,6 +4,7 @@
 //    1000000 points become 5995
 //    lowest -1, highest 5, glitch at 0.4321 s
 #include <tracery/DataThinner.h>
+#include <tracery/host/Arrays.h>
 
 #include <cmath>
 #include <cstdio>
@@ -14,8 +15,8 @@ using namespace tracery;
 int main()
 {
     const int count = 1000000;
-    const HostArrayPtr points(createDoubleMatrix(2, count, HostComplexity::real)); // time and value in turn
-    double* pair = getRealData(points.get());
+    const HostArrayPtr points = makeMatrix(2, count); // time and value in turn
+    auto pair = realValues(points.get()).begin();
     for (int i = 0; i < count; ++i, pair += 2) {
         pair[0] = i / 1e6;
         pair[1] = i == 432100 ? 5 : std::sin(2 * std::numbers::pi * 1000 * pair[0]);
@@ -24,7 +25,7 @@ int main()
     DataThinner thinner;
     const HostArrayPtr thinned(thinner.getArrayThinData(points.get(), count, 1000, false)); // 1000 columns a second
 
-    const double* drawn = getRealData(thinned.get());
+    const std::span<const double> drawn = realValues(thinned.get());
     double lowest = drawn[1], highest = drawn[1], when = 0;
     for (std::uint64_t i = 0; i < getN(thinned.get()); ++i) {
         lowest = std::fmin(lowest, drawn[2 * i + 1]);

@@ -8,6 +8,7 @@
 //    window 0.0671 to 0.0871 s: 202 samples, event at 0.0771 s
 #include <tracery/TimeBuffer.h>
 #include <tracery/TimeDomainTriggerController.h>
+#include <tracery/host/Arrays.h>
 
 #include <cmath>
 #include <cstdio>
@@ -27,23 +28,22 @@ int main()
 
     int windows = 0, wrong = 0;
     for (std::uint64_t n = 0; n < 1000; n += block) {
-        const HostArrayPtr times(createDoubleMatrix(1, block, HostComplexity::real));
-        const HostArrayPtr values(createDoubleMatrix(1, block, HostComplexity::real));
+        const HostArrayPtr times = makeMatrix(1, block), values = makeMatrix(1, block);
         for (std::uint64_t i = 0; i < block; ++i) {
             const double time = static_cast<double>(n + i) / rate;
-            getRealData(times.get())[i] = time;
-            getRealData(values.get())[i] = std::sin(2 * std::numbers::pi * 40 * time);
+            realValues(times.get())[i] = time;
+            realValues(values.get())[i] = std::sin(2 * std::numbers::pi * 40 * time);
         }
         buffer.addTimeAndValue(times.get(), values.get(), 0, true);
         double start = 0, end = 0;
         trigger.getTriggerWindow(buffer, false, 0, 0, 0, 0, buffer.GetLastTime(), span, false, start, end);
         if (std::isinf(start))
             continue; // no new window
-        HostArray *t = nullptr, *v = nullptr;
-        buffer.GetTimeAndValue(0, t, v, start, end, true); // with the neighbours just outside
-        const HostArrayPtr windowTimes(t), windowValues(v);
-        std::printf("window %.4f to %.4f s: %u samples, event at %.4f s\n", start, end, static_cast<unsigned>(getN(v)),
-                    trigger.getLastTriggerTime());
+        const auto [t, v] = outputsOf<2>([&](auto&... out) {
+            buffer.GetTimeAndValue(0, out..., start, end, true); // with the neighbours just outside
+        });
+        std::printf("window %.4f to %.4f s: %u samples, event at %.4f s\n", start, end,
+                    static_cast<unsigned>(getN(v.get())), trigger.getLastTriggerTime());
         const double phase = std::fmod(trigger.getLastTriggerTime(), 1 / 40.0);
         ++windows;
         wrong += std::abs(phase - 1 / 480.0) > 1e-5 ? 1 : 0;

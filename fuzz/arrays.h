@@ -2,7 +2,7 @@
 
 #include "Bytes.h"
 
-#include <tracery/host/HostArray.h>
+#include <tracery/host/Arrays.h>
 
 #include <vector>
 
@@ -30,11 +30,11 @@ inline Extents anyExtents(Bytes& bytes)
 inline HostArrayPtr numbersOf(Bytes& bytes, HostComplexity complexity, const Extents& extents)
 {
     HostArrayPtr array(createNumericArray(extents.size(), extents.data(), HostClassID::double_, complexity));
-    for (double* part : {getRealData(array.get()), getImagData(array.get())}) {
+    for (const std::span<double> part : {realValues(array.get()), imagValues(array.get())}) {
         double value = bytes.number();
         const double step = bytes.number();
         const bool even = bytes.flag();
-        for (std::uint64_t i = 0; part != nullptr && i < getNumberOfElements(array.get()); ++i) {
+        for (std::size_t i = 0; i < part.size(); ++i) {
             part[i] = value;
             value = even || i > 16 ? value + step : bytes.number();
         }

@@ -1,71 +1,65 @@
 // Calls of any kind, in any order and with any arguments, to all classes that the host knows, as they describe
-// themselves. What is refused must be refused with an identifier, and nothing may be left behind.
+// themselves. What is refused must be refused with an identifier, and nothing may be left behind. Every other input is
+// played twice, once with too little memory for many a call: the call is then made again, and all that can be seen must
+// be as the first time.
 
-#include "arrays.h"
+#include "Floor.h"
+#include "HostValues.h"
+#include "HostWorld.h"
+#include "support/FailingMemory.h"
 
-#include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Error.h>
 #include <tracery/host/Module.h>
-#include <tracery/host/Publish.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <map>
-#include <string_view>
-#include <utility>
+#include <exception>
+#include <random>
+#include <set>
+#include <type_traits>
 
 using namespace tracery;
-using namespace tracery::hostobj;
-using embedded::ClassListing;
+using namespace tracery::fuzz;
 using embedded::EmbeddedHost;
-using embedded::MethodListing;
-using embedded::PropertyListing;
-using fuzz::anyExtents;
-using fuzz::Bytes;
-using fuzz::Extents;
-using fuzz::numbersOf;
 
 namespace {
 
 class Session;
 Session* running = nullptr;
 
-/// The host, with a subclass of each abstract class, and all its classes.
-struct World {
-    World();
-    /// The class and its ancestors.
-    std::vector<const ClassListing*> family(const std::string& name) const
+World& world();
+
+/// Members by name, of which many different ones must be reached.
+struct Members {
+    void reach(const std::string& name)
     {
-        std::vector<const ClassListing*> all;
-        for (auto found = classes.find(name); found != classes.end(); found = classes.find(found->second.superclass))
-            all.push_back(&found->second);
-        return all;
+        if (seen.insert(name).second && name.find("fuzz.") == name.npos)
+            ++floor;
     }
-
-    EmbeddedHost host;
-    HostScope scope{host};
-    std::map<std::string, ClassListing> classes;
-    std::vector<std::string> names;
+    std::set<std::string> seen;
+    Floor floor;
 };
+Members taken{{}, {"members that took what they were given", 220}};
+Members repeated{{}, {"members that ran out of memory and were called again", 240}};
+Floor deleted("objects deleted", 1000), fromTheHost("failures of the host that arrived", 100),
+    unknownHandles("handles that are none", 1000);
 
-World& world()
-{
-    static World theOne;
-    return theOne;
-}
-
-/// What host code throws, which nobody makes anything else of.
-struct OfTheHost {};
+/// What was done and seen, step by step.
+using Transcript = std::vector<std::pair<std::string, std::uint64_t>>;
 
 class Session {
 public:
-    explicit Session(Bytes& bytes) : bytes_(bytes) { running = this; }
+    /// transcript  where to write what is seen; bodies of the host then do nothing. May be null
+    /// shortages   draws how much memory calls have; null for enough
+    Session(Bytes& bytes, Transcript* transcript, std::mt19937* shortages)
+        : bytes_(bytes), transcript_(transcript), shortages_(shortages)
+    {
+        running = this;
+    }
     ~Session()
     {
         running = nullptr;
-        values_.clear();
-        for (const auto& object : std::exchange(objects_, {}))
+        for (const auto& object : values_.release())
             host_.deleteObject(object);
         EXPECT_EQ(host_.getNumberOfLiveObjects(), 0U);
         EXPECT_EQ(getNumberOfLiveArrays(), arraysBefore_);
@@ -74,22 +68,37 @@ public:
 
     void step()
     {
+        const HostObjectRef object = values_.anyObject();
         try {
-            act(bytes_.below(16));
-        } catch (const Error&) {
-        } catch (const OfTheHost&) {
+            act(object, bytes_.below(16));
+        } catch (...) {
+            arrived(std::current_exception());
+        }
+        if (transcript_ != nullptr && object != nullptr)
+            std::ranges::move(look(object), std::back_inserter(*transcript_));
+    }
+
+    /// The host's own failure as it is, or an error of the library.
+    void arrived(const std::exception_ptr& failure)
+    {
+        if (std::exchange(thrown_, nullptr) == failure)
+            return ++fromTheHost;
+        try {
+            std::rethrow_exception(failure);
+        } catch (const Error& error) {
+            see(error.name(), 0);
         }
     }
 
     /// A method that the class of the host supplies.
     HostOutputs body(HostInputs inputs, std::size_t wanted)
     {
+        if (transcript_ != nullptr)
+            return HostOutputs(wanted);
         const HostObjectRef self = inputs.empty() ? nullptr : omGetArrayElement(inputs[0], 0);
         switch (bytes_.below(8)) {
         case 0:
-            if (bytes_.flag())
-                throw OfTheHost();
-            throw Error(errors::InvalidSubscript);
+            std::rethrow_exception(thrown_ = anyFailure(bytes_));
         case 1:
             host_.deleteObject(self);
             break;
@@ -104,21 +113,19 @@ public:
         default:
             break;
         }
-        return someValues(bytes_.below(4) == 0 ? bytes_.below(3) : wanted);
+        return values_.someValues(bytes_.below(4) == 0 ? bytes_.below(3) : wanted);
     }
 
 private:
-    using Values = std::vector<HostArrayPtr>;
-
-    void act(std::size_t choice)
+    void act(const HostObjectRef& object, std::size_t choice)
     {
-        const HostObjectRef object = anyObject();
         if (object == nullptr || choice == 0)
             return construct();
         const ClassListing& own = *anyMember(object);
+        tellsTime_ = object->isA("tracery.OneShotTimer");
         switch (choice) {
         case 1:
-            return host_.deleteObject(object);
+            return remove(object);
         case 2:
             return functionsAndTasks();
         case 3:
@@ -132,18 +139,67 @@ private:
             if (!own.properties.empty()) {
                 const PropertyListing& property = bytes_.oneOf(own.properties);
                 if (bytes_.below(4) == 0)
-                    return keep(host_.get(object, property.name));
-                const HostArrayPtr value = valueFor(property);
-                host_.set(object, property.name, value.get());
+                    return keep(attempt("get " + own.name + ' ' + property.name, object,
+                                        [&] { return host_.get(object, property.name); }));
+                const HostArrayPtr value = values_.valueFor(property);
+                attempt("set " + own.name + ' ' + property.name, object,
+                        [&] { host_.set(object, property.name, value.get()); });
             }
             return;
         default:
             if (!own.methods.empty()) {
                 const MethodListing& method = bytes_.oneOf(own.methods);
-                const Values inputs = inputsOf(method);
-                keep(host_.call(object, method.name, pointers(inputs), wanted(method)));
+                const Values inputs = values_.inputsOf(method);
+                const std::size_t wanted = values_.wanted(method);
+                keep(attempt(own.name + ' ' + method.name, object,
+                             [&] { return host_.call(object, method.name, pointers(inputs), wanted); }));
             }
         }
+    }
+
+    /// Calls; with too little memory at first, if the session has little. What runs out is as before, and called again.
+    template <class Call>
+    std::invoke_result_t<Call> attempt(const std::string& what, const HostObjectRef& object, Call&& call)
+    {
+        see(what, 0);
+        const auto taking = [&]() -> std::invoke_result_t<Call> {
+            struct Reach {
+                const std::string& member;
+                int failuresBefore = std::uncaught_exceptions();
+                ~Reach()
+                {
+                    if (std::uncaught_exceptions() == failuresBefore)
+                        taken.reach(member);
+                }
+            } const reach{what};
+            return call();
+        };
+        if (shortages_ == nullptr)
+            return taking();
+        // What the host's own code does after a change may run out of memory, too: it has changed then. And the samples
+        // that give a window may have been taken in.
+        const bool reacts = object != nullptr && std::string_view(object->className()).starts_with("fuzz");
+        const bool isAsBefore = !reacts && !tellsTime_ && !what.ends_with(" getTriggerWindow");
+        const Transcript before = isAsBefore ? look(object) : Transcript();
+        const std::size_t arrays = getNumberOfLiveArrays(), objects = host_.getNumberOfLiveObjects();
+        const Shortage shortage = (*shortages_)() % 2 == 0 ? Shortage::lasting : Shortage::ofOneAllocation;
+        const long allocations = static_cast<long>((*shortages_)() % ((*shortages_)() % 4 == 0 ? 32 : 6));
+        std::string failure;
+        try {
+            const test::MemoryLimit limit(allocations, shortage);
+            return call();
+        } catch (const std::bad_alloc&) {
+            failure = "OutOfMemory";
+        } catch (const Error& error) {
+            failure = error.name();
+        }
+        if (failure == "OutOfMemory") {
+            EXPECT_LE(host_.getNumberOfLiveObjects(), objects) << what;
+            EXPECT_TRUE(reacts || getNumberOfLiveArrays() == arrays) << what << " left an array";
+            EXPECT_TRUE(!isAsBefore || look(object) == before) << what << " was half done";
+            repeated.reach(what);
+        }
+        return taking();
     }
 
     void construct()
@@ -151,14 +207,26 @@ private:
         const std::string& name = bytes_.oneOf(world().names);
         const std::vector<const ClassListing*> family = world().family(name);
         const auto made = std::ranges::find_if(family, [](const auto* each) { return each->constructor.has_value(); });
-        const Values inputs = made != family.end() ? inputsOf(*(*made)->constructor) : Values();
-        if (objects_.size() < 12)
-            objects_.push_back(host_.construct(name, pointers(inputs)));
+        const Values inputs = made != family.end() ? values_.inputsOf(*(*made)->constructor) : Values();
+        if (values_.objects().size() < 12)
+            values_.note(attempt("new " + name, nullptr, [&] { return host_.construct(name, pointers(inputs)); }));
+    }
+
+    void remove(const HostObjectRef& object)
+    {
+        const double handle = host_.handleOf(object);
+        EXPECT_EQ(host_.objects().objectOfHandle(handle), object);
+        EXPECT_EQ(host_.objects().objectOfHandle(handle + 0.5), nullptr);
+        host_.deleteObject(object);
+        EXPECT_FALSE(host_.isValid(object));
+        EXPECT_EQ(host_.objects().objectOfHandle(handle), nullptr);
+        EXPECT_EQ(object->payload(), nullptr);
+        ++deleted;
     }
 
     void functionsAndTasks()
     {
-        const Values inputs = someValues(bytes_.below(3));
+        const Values inputs = values_.someValues(bytes_.below(3));
         const ModuleTable& table = *QueryVTFcnTable_tracery();
         switch (bytes_.below(3)) {
         case 0:
@@ -172,33 +240,43 @@ private:
             auto borrowed = pointers(inputs);
             table.functions[bytes_.below(table.numberOfFunctions)].body(1, output, static_cast<int>(borrowed.size()),
                                                                         borrowed.data());
-            keep(HostArrayPtr(output[0]));
+            values_.keep(HostArrayPtr(output[0]));
         }
     }
 
     void elements(const HostObjectRef& object)
     {
-        keep(omCreateScalar(bytes_.flag() ? object : nullptr));
-        const HostArrayPtr array = anyValue();
+        values_.keep(omCreateScalar(bytes_.flag() ? object : nullptr));
+        const HostArrayPtr array = values_.anyValue();
         const std::uint64_t index = bytes_.flag() ? bytes_.below(4) : bytes_();
         if (array == nullptr)
             return;
         omGetArrayElement(array.get(), index);
-        getCell(array.get(), index);
+        if (const HostArray* element = getCell(array.get(), index)) {
+            const std::uint64_t before = digest(array.get());
+            setCell(array.get(), index, const_cast<HostArray*>(element)); // which it holds
+            EXPECT_EQ(digest(array.get()), before);
+        }
         omSetArrayElement(array.get(), index, object);
         EXPECT_EQ(omGetArrayElement(array.get(), index), object);
-        keep(HostArrayPtr(duplicateArray(array.get())));
+        HostArrayPtr copy(duplicateArray(array.get()));
+        EXPECT_EQ(digest(copy.get()), digest(array.get()));
+        values_.keep(std::move(copy));
     }
 
     void objectSystem(const HostObjectRef& object, const ClassListing& own)
     {
         ObjectSystem& system = host_.objects();
-        EXPECT_EQ(system.objectOfHandle(host_.handleOf(object)), object);
-        noteObject(system.objectOfHandle(bytes_.number()));
+        const double handle = bytes_.number();
+        const HostObjectRef found = system.objectOfHandle(handle);
+        if (found != nullptr)
+            EXPECT_EQ(host_.handleOf(found), handle);
+        else
+            ++unknownHandles;
         const auto& methods = own.methods;
         const std::string method =
             methods.empty() || bytes_.below(4) == 0 ? bytes_.text(6) : bytes_.oneOf(methods).name;
-        const Values inputs = someValues(bytes_.below(4));
+        const Values inputs = values_.someValues(bytes_.below(4));
         switch (bytes_.below(5)) {
         case 0:
             return keep(omCallMethod(object, method, pointers(inputs), bytes_.below(3)));
@@ -215,185 +293,86 @@ private:
         }
     }
 
-    // ---- Choices
-
-    HostObjectRef anyObject() { return objects_.empty() ? nullptr : bytes_.oneOf(objects_); }
     /// A class that the object inherits members from; now and then any.
     const ClassListing* anyMember(const HostObjectRef& object)
     {
         const auto family = world().family(object->className());
         return bytes_.below(16) == 0 ? &world().classes.at(bytes_.oneOf(world().names)) : bytes_.oneOf(family);
     }
-    std::size_t wanted(const MethodListing& method)
-    {
-        return bytes_.below(4) == 0        ? bytes_.below(5)
-               : method.signatures.empty() ? 0
-                                           : method.signatures[0].outputs.size();
-    }
-    Values someValues(std::size_t count)
-    {
-        Values values;
-        for (; count > 0; --count)
-            values.push_back(anyValue());
-        return values;
-    }
-    Values inputsOf(const MethodListing& method)
-    {
-        if (method.signatures.empty() || bytes_.below(8) == 0)
-            return someValues(bytes_.below(10));
-        Values values;
-        const embedded::SignatureListing& signature = bytes_.oneOf(method.signatures);
-        const std::size_t left = signature.optional != 0 ? bytes_.below(signature.optional + 1) : 0;
-        for (std::size_t i = 0; i + left < signature.inputs.size(); ++i)
-            values.push_back(valueOf(signature.inputs[i]));
-        return values;
-    }
-    HostArrayPtr valueFor(const PropertyListing& property)
-    {
-        if (property.enumeration.empty() || bytes_.below(4) == 0)
-            return valueOf(property.enumeration.empty() ? property.type : "any");
-        return HostArrayPtr(createString(bytes_.oneOf(property.enumeration).second.c_str()));
-    }
 
-    /// Mostly a value of the type, for the sake of what lies behind the conversion.
-    HostArrayPtr valueOf(const std::string& type)
-    {
-        const COSDataTypePtr wanted = COSDataType::fromString(type);
-        if (bytes_.below(8) == 0 || wanted->getBase() == COSDataType::Base::any)
-            return anyValue();
-        const bool scalar = wanted->getShape() == COSDataType::Shape::scalar;
-        switch (wanted->getBase()) {
-        case COSDataType::Base::double_:
-            return numbersOf(bytes_, HostComplexity::real,
-                             scalar ? Extents{1, 1} : Extents{1 + bytes_.below(3), 1 + bytes_.below(3)});
-        case COSDataType::Base::uint32: {
-            HostArrayPtr array(createDoubleMatrix(1, 1, HostComplexity::real));
-            getRealData(array.get())[0] = bytes_.below(16) != 0 ? static_cast<double>(bytes_.below(8)) : 4294967295.0;
-            return array;
-        }
-        case COSDataType::Base::logical:
-            return HostArrayPtr(createLogicalScalar(bytes_.flag()));
-        default: {
-            std::vector<HostObjectRef> fitting;
-            std::ranges::copy_if(objects_, std::back_inserter(fitting), [&](const HostObjectRef& each) {
-                return wanted->getBase() != COSDataType::Base::class_ || each->isA(type.substr(0, type.find(' ')));
-            });
-            return fitting.empty() ? anyValue() : omCreateScalar(bytes_.oneOf(fitting));
-        }
-        }
-    }
+    // ---- What is seen
 
-    HostArrayPtr anyValue()
+    void see(const std::string& what, std::uint64_t value)
     {
-        switch (bytes_.below(12)) {
-        case 0:
-            return nullptr;
-        case 1:
-            return numbersOf(bytes_, HostComplexity::complex, anyExtents(bytes_));
-        case 2:
-            return HostArrayPtr(createString(bytes_.text(12).c_str()));
-        case 3: {
-            const Extents all = anyExtents(bytes_);
-            HostArrayPtr array(createLogicalArray(all.size(), all.data()));
-            for (std::uint64_t i = 0; i < getNumberOfElements(array.get()); ++i)
-                getLogicals(array.get())[i] = bytes_.flag();
-            return array;
-        }
-        case 4: {
-            const Extents all = anyExtents(bytes_);
-            HostArrayPtr cell(createCellArray(all.size(), all.data()));
-            if (depth_ < 3 && getNumberOfContainedElements(cell.get()) > 0) {
-                ++depth_;
-                setCell(cell.get(), 0, anyValue().release());
-                --depth_;
-            }
-            return cell;
-        }
-        case 5: {
-            const Extents all = anyExtents(bytes_);
-            const HostObjectRef object = anyObject();
-            const char* name = object != nullptr ? object->className() : "any.Class";
-            HostArrayPtr array(createObjectArray(name, all.size(), all.data()));
-            for (std::uint64_t i = 0; i < getNumberOfContainedElements(array.get()); ++i)
-                omSetArrayElement(array.get(), i, bytes_.below(4) != 0 ? anyObject() : nullptr);
-            return array;
-        }
-        case 6: {
-            const HostObjectRef object = anyObject();
-            return object != nullptr ? omCreateScalar(object) : nullptr;
-        }
-        case 7: {
-            HostArrayPtr array =
-                numbersOf(bytes_, bytes_.flag() ? HostComplexity::complex : HostComplexity::real, anyExtents(bytes_));
-            const bool empty = isEmpty(array.get());
-            setRealData(array.get(), empty ? static_cast<double*>(allocateMemory(8)) : nullptr);
-            return array;
-        }
-        case 8:
-            return HostArrayPtr(values_.empty() ? nullptr : duplicateArray(bytes_.oneOf(values_).get()));
-        default:
-            return numbersOf(bytes_, HostComplexity::real, bytes_.flag() ? Extents{1, 1} : anyExtents(bytes_));
-        }
-    }
-
-    // ---- What comes back
-
-    void noteObject(const HostObjectRef& object)
-    {
-        if (object != nullptr && std::ranges::find(objects_, object) == objects_.end())
-            objects_.push_back(object);
+        if (transcript_ != nullptr)
+            transcript_->emplace_back(what, value);
     }
     void keep(HostArrayPtr value)
     {
-        if (value == nullptr)
-            return;
-        noteObject(omGetArrayElement(value.get(), 0));
-        if (values_.size() < 8)
-            values_.push_back(std::move(value));
-        else
-            bytes_.oneOf(values_) = std::move(value);
+        if (tellsTime_ && transcript_ != nullptr)
+            return; // it is never the same
+        see("value", digest(value.get()));
+        values_.keep(std::move(value));
     }
     void keep(HostOutputs outputs)
     {
         for (HostArrayPtr& each : outputs)
             keep(std::move(each));
     }
-    static std::vector<const HostArray*> pointers(const Values& values)
+    /// The object's properties, and what buffers and lines hold.
+    Transcript look(const HostObjectRef& object)
     {
-        std::vector<const HostArray*> all;
-        for (const HostArrayPtr& each : values)
-            all.push_back(each.get());
-        return all;
+        Transcript seen;
+        const auto read = [&](const std::string& what, auto&& value) {
+            try {
+                seen.emplace_back(what, value());
+            } catch (const Error& error) {
+                seen.emplace_back(what + error.name(), 0);
+            }
+        };
+        if (object == nullptr)
+            return seen;
+        for (const ClassListing* listing : world().family(object->className()))
+            for (const PropertyListing& property : listing->properties)
+                if (listing->name != "tracery.OneShotTimer")
+                    read(property.name, [&] { return digest(host_.get(object, property.name).get()); });
+        if (object->isA("tracery.TimeBuffer"))
+            read("contents", [&] {
+                std::uint64_t sum = 0;
+                for (const HostArrayPtr& each : host_.call(object, "GetTimeAndValue", {}, 2))
+                    sum = 31 * sum + digest(each.get());
+                return sum;
+            });
+        if (host_.isValid(object) && object->isA(embedded::LineAnimator::kClassName))
+            read("points", [&] { return digest(makeRow(host_.animator().points(object)).get()); });
+        return seen;
     }
 
+    using Shortage = test::Shortage;
     Bytes& bytes_;
+    Transcript* transcript_;
+    std::mt19937* shortages_;
     EmbeddedHost& host_ = world().host;
     std::size_t arraysBefore_ = getNumberOfLiveArrays();
-    std::vector<HostObjectRef> objects_; ///< all that were seen
-    Values values_;
+    HostValues values_{bytes_};
     int depth_ = 0;
+    std::exception_ptr thrown_; ///< by the host's code last
+    bool tellsTime_ = false;    ///< the object of this step
 };
 
-World::World()
+World& world()
 {
-    publishClasses(host.objects());
-    std::vector<embedded::HostMethod> bodies;
-    const std::vector<ClassListing> published = host.listClasses();
-    for (const ClassListing& listing : published)
-        for (const MethodListing& method : listing.methods)
-            if (method.isAbstract || method.isOptional)
-                bodies.push_back({.name = method.name, .body = [](HostInputs inputs, std::size_t wanted) {
-                                      return running != nullptr ? running->body(inputs, wanted) : HostOutputs();
-                                  }});
-    for (const ClassListing& listing : published)
-        if (listing.isAbstract)
-            host.defineClass({.name = "fuzz.Sub" + std::to_string(&listing - published.data()),
-                              .superclass = listing.name,
-                              .methods = bodies});
-    for (const ClassListing& listing : host.listClasses()) {
-        names.push_back(listing.name);
-        classes.emplace(listing.name, listing);
-    }
+    static World theOne([](HostInputs inputs, std::size_t wanted) {
+        return running != nullptr ? running->body(inputs, wanted) : HostOutputs();
+    });
+    return theOne;
+}
+
+void play(Bytes& bytes, Transcript* transcript = nullptr, std::mt19937* shortages = nullptr)
+{
+    Session session(bytes, transcript, shortages);
+    while (!bytes.isEmpty())
+        session.step();
 }
 
 } // namespace
@@ -401,7 +380,19 @@ World::World()
 void fuzz::runInput(Bytes& bytes)
 {
     world();
-    Session session(bytes);
-    while (!bytes.isEmpty())
-        session.step();
+    if (bytes.flag())
+        return play(bytes);
+    std::mt19937 shortages(bytes());
+    Bytes again = bytes;
+    Transcript plain, withFailures;
+    play(bytes, &plain);
+    play(again, &withFailures, &shortages);
+    const auto [expected, actual] = std::ranges::mismatch(plain, withFailures);
+    if (expected != plain.end() || actual != withFailures.end()) {
+        std::string steps;
+        for (auto at = expected - std::min<std::ptrdiff_t>(12, expected - plain.begin()); at != expected; ++at)
+            steps += at->first + ", ";
+        ADD_FAILURE() << "after " << steps << (actual != withFailures.end() ? actual->first : "the end")
+                      << " in place of " << (expected != plain.end() ? expected->first : "the end");
+    }
 }

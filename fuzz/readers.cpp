@@ -4,6 +4,7 @@
 #include "Bytes.h"
 #include "CsvRecording.h"
 #include "RawRecording.h"
+#include "support/TemporaryFolder.h"
 
 #include <tracery/recordings/Recording.h>
 
@@ -20,33 +21,6 @@ using namespace tracery::recordings;
 using tracery::fuzz::Bytes;
 
 namespace {
-
-/// A folder in memory where there is one, which goes away with the program.
-class Folder {
-public:
-    Folder()
-    {
-        std::string name = (std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp") + std::string("/readers-XXXXXX");
-        if (mkdtemp(name.data()) == nullptr)
-            std::abort();
-        path_ = name;
-    }
-    ~Folder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    Folder(const Folder&) = delete;
-
-    std::string write(const std::string& name, const std::string& bytes) const
-    {
-        std::ofstream(path_ / name, std::ios::binary) << bytes;
-        return (path_ / name).string();
-    }
-
-private:
-    std::filesystem::path path_;
-};
 
 /// A descriptor that gives these bytes.
 class Stream {
@@ -112,7 +86,7 @@ void readAll(Recording& recording, const Settings& settings)
 
 void tracery::fuzz::runInput(Bytes& bytes)
 {
-    static const Folder folder;
+    static const tracery::test::TemporaryFolder folder(std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp");
     constexpr const char* kTables[] = {"a.csv", "a.tsv", "a.txt"};
     constexpr const char* kRaw[] = {"f64", "f32", "s16", "csv8"};
     const std::size_t kind = bytes.below(5);

@@ -1,8 +1,12 @@
 // Both thinners beside their rules, on lines of any points.
 
 #include "Bytes.h"
+#include "Floor.h"
 #include "display/NaiveThinner.h"
 #include "support/Expect.h"
+
+#include <array>
+#include <random>
 
 using namespace tracery;
 using fuzz::Bytes;
@@ -20,6 +24,27 @@ double nextTime(Bytes& bytes, double& now)
     return choice < 248 ? bytes.number() : now = bytes.number();
 }
 
+fuzz::Floor longLines("long lines with columns of many points", 200), columns("columns closed in the stream", 10000);
+
+/// Thousands of points, on a few levels, rising, falling, or noise; now and then one that is odd.
+Doubles longLine(Bytes& bytes, double& now)
+{
+    std::mt19937 random(bytes());
+    const auto pick = [&](std::initializer_list<double> from) { return from.begin()[random() % from.size()]; };
+    const std::size_t kind = bytes.below(4), oddIn = std::array<std::size_t, 4>{3, 40, 2000, 0}[bytes.below(4)];
+    const auto odd = [&] { return oddIn != 0 && random() % oddIn == 0; };
+    Doubles pairs(2 * (5000 + random() % 15000));
+    for (std::size_t i = 0; i < pairs.size(); i += 2) {
+        now += odd() ? pick({0.0, 0.0, -0.3, -2.0, 5.0}) : 0.01 * (1 + static_cast<double>(random() % 20));
+        const double slope[] = {0, 0, 0.1, -0.1}, noise = static_cast<double>(random() % (kind == 0 ? 7 : 1U << 30));
+        pairs[i] = odd() ? pick({naive::kNaN, naive::kInf, -naive::kInf, 0.0}) : now;
+        pairs[i + 1] = odd()      ? pick({naive::kNaN, naive::kInf, -naive::kInf, -0.0})
+                       : kind < 2 ? noise
+                                  : slope[kind] * now;
+    }
+    return pairs;
+}
+
 void thinLines(Bytes& bytes)
 {
     DataThinner thinner;
@@ -30,6 +55,11 @@ void thinLines(Bytes& bytes)
             pairs.push_back(nextTime(bytes, now));
             pairs.push_back(bytes.number());
         }
+        const bool isLong = bytes.below(16) == 0;
+        if (isLong) {
+            pairs = longLine(bytes, now);
+            ratio = std::array{0.0005, 0.01, 0.1, 0.15, 0.3, 2.5}[bytes.below(6)];
+        }
         const bool continued = bytes.below(4) != 0;
         if (!continued)
             pixelStart = -naive::kInf;
@@ -39,6 +69,7 @@ void thinLines(Bytes& bytes)
         const HostArrayPtr thin(
             thinner.getArrayThinData(test::matrix(2, pairs.size() / 2, pairs).get(), points, ratio, continued));
         EXPECT_TRUE(sameBits(test::realOf(thin.get()), naive::thinBatch(pairs, ratio, pixelStart)));
+        longLines += isLong && getN(thin.get()) > 4 && getN(thin.get()) < pairs.size() / 20 ? 1 : 0;
     }
 }
 
@@ -67,6 +98,7 @@ void thinStream(Bytes& bytes)
             Doubles real{99, bytes.number()}, imag{99, bytes.number()};
             const bool expectedHad = !opens || model[c].hasData;
             if (opens) {
+                columns += model[c].hasData ? 1 : 0;
                 if (model[c].hasData)
                     model[c].emit(expected, complex, enabled);
                 model[c].open(expected, time, real[1], imag[1], complex);

@@ -1,5 +1,5 @@
 #include "bindings/Script.h"
-#include "support/FakeHost.h"
+#include "support/TestHost.h"
 
 #include <algorithm>
 #include <fstream>
@@ -54,7 +54,7 @@ TEST(ListingTest, SignaturesStateTheNumbersOfArguments)
 }
 
 /// A host that answers nothing, but for the display that has whatever method it is asked for.
-struct CuriousHost : FakeHost, ClassDefinition, COSPackage {
+struct CuriousHost : TestHost, ClassDefinition {
     struct Display : COSInterface {
         const char* className() const override { return "display"; }
         bool isA(const COSNameID&) const override { return true; }
@@ -62,11 +62,6 @@ struct CuriousHost : FakeHost, ClassDefinition, COSPackage {
         std::shared_ptr<InstancePayload> plotter;
     };
 
-    COSNameID getName() const override { return ""; }
-    COSPackage& rootPackage() override { return *this; }
-    COSPackage& findOrCreatePackage(const COSNameID&) override { return *this; }
-    void addPackage(std::unique_ptr<const COSPackageInfo>) override {}
-    void removeClient(COSClient&) override {}
     void addClass(std::unique_ptr<const COSClassInfo> info) override
     {
         const std::string name = info->getName().text();

@@ -263,52 +263,16 @@ TEST(HostScenarioTest, SettingADisplayCallsTheMethodsOfItsSubclass)
     EXPECT_EQ(script.number(display, "StartTime"), 9);
 }
 
-TEST(HostScenarioTest, WhatAHostThrowsArrivesAsItIsAndCanBeTriedAgain)
+TEST(HostScenarioTest, WhatReactsToAChangeComesAfterIt)
 {
-    struct Odd {};
-    struct Full : std::bad_alloc {};
-    const std::string name = "MadeAtRunTime";
-    const std::exception_ptr failures[] = {std::make_exception_ptr(Odd()),
-                                           std::make_exception_ptr(Full()),
-                                           std::make_exception_ptr(7),
-                                           std::make_exception_ptr(std::out_of_range("of the host")),
-                                           std::make_exception_ptr(std::length_error("of the host")),
-                                           std::make_exception_ptr(std::runtime_error("of the host")),
-                                           std::make_exception_ptr(Error({"my:scripts", name.c_str(), "of the host"}))};
     Script script;
     const HostObjectRef display = script.make(
         script.subclass("veltrashared.scopes.visual.AbstractTimeDomainPlotter", Script::Supplying::all).c_str());
-    double value = 1;
-    for (const std::exception_ptr& thrown : failures)
-        for (const char* property : {"StartTime", "SampleTimes", "TimeSpan", "TimeDisplayOffset", "PlotMagPhase",
-                                     "IsComplex", "Lines", "XGrid", "YGrid", "AxesColor", "AxesTickColor"}) {
-            SCOPED_TRACE(property);
-            const bool isFlag = script.host.get(display, property) != nullptr &&
-                                getLogicals(script.host.get(display, property).get()) != nullptr;
-            const HostArrayPtr next = isFlag ? Script::value(!script.flag(display, property)) : row({++value});
-            const auto set = [&] { script.host.set(display, property, next.get()); };
-            const auto arrives = [&](auto&& call) {
-                script.whenCalled = [&] { std::rethrow_exception(thrown); };
-                try {
-                    call();
-                    ADD_FAILURE() << "not thrown";
-                } catch (...) {
-                    EXPECT_EQ(std::current_exception(), thrown);
-                }
-                script.whenCalled = nullptr;
-            };
-            script.calls.clear();
-            arrives(set);
-            const std::string called = script.calls[0];
-            if (called.starts_with("set"))
-                arrives([&] { script.host.get(display, property); });
-            else
-                EXPECT_TRUE(isFlag || script.number(display, property) == value) << "it had changed";
-            set();
-        }
-    const HostArrayPtr last = row({++value});
     script.whenCalled = [] { throw std::bad_alloc(); };
-    EXPECT_EQ(failure([&] { script.host.set(display, "TimeSpan", last.get()); }), "OutOfMemory");
+    for (const char* property : {"StartTime", "SampleTimes", "TimeSpan", "TimeDisplayOffset"}) {
+        EXPECT_EQ(failure([&] { script.set(display, property, 3); }), "OutOfMemory");
+        EXPECT_EQ(script.number(display, property), 3);
+    }
 }
 
 TEST(HostScenarioTest, EveryPropertyKeepsAValueOfItsOwn)

@@ -2,8 +2,6 @@
 #include "support/Expect.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <random>
 
 using namespace tracery;
@@ -12,61 +10,13 @@ using test::sameBits;
 
 namespace {
 
-/// Times and values that try everything: gaps, infinities, ties, signed zeros, standing and backward clocks. The seed says
-/// how often, and whether values are of a few levels, noise, or rise or fall.
-class Hostile {
-public:
-    explicit Hostile(unsigned seed)
-        : random_(seed), oddIn_(std::array{3U, 40U, 2000U, 0U}[seed % 4]), kind_(seed / 4 % 4)
-    {}
-
-    unsigned below(unsigned n) { return static_cast<unsigned>(random_() % n); }
-    double value()
-    {
-        if (odd())
-            return pick({kNaN, kPayload, kInf, -kInf, -0.0});
-        const double slope[] = {0, 0, 0.1, -0.1};
-        return kind_ == 0 ? below(7) - 3.0 : slope[kind_] * now_ + (kind_ == 1 ? below(1U << 30) : 0);
-    }
-    double time()
-    {
-        now_ += odd() ? pick({0.0, 0.0, -0.3, -2.0, 5.0}) : 0.01 * (1 + below(20));
-        return odd() ? pick({kNaN, kInf, -kInf, -kPayload, 0.0}) : now_;
-    }
-    /// Columns of one point to all of them, 5 and 10 000 among them.
-    double ratio()
-    {
-        return below(4) == 0 ? pick({0.0, kNaN, kInf, -kInf, -1.0, 1e300, 1e-300, 5e-324})
-                             : pick({0.0005, 0.01, 0.05, 0.1, 0.15, 0.3, 1.0, 2.5});
-    }
-
-private:
-    static constexpr double kPayload = std::bit_cast<double>(0x7ff8000000001234ULL);
-
-    bool odd() { return oddIn_ != 0 && below(oddIn_) == 0; }
-    double pick(std::initializer_list<double> from) { return from.begin()[below(static_cast<unsigned>(from.size()))]; }
-
-    std::mt19937 random_;
-    unsigned oddIn_;
-    unsigned kind_;
-    double now_ = 0;
-};
-
 // ---- Batch
-
-HostArrayPtr asArray(const Doubles& pairs)
-{
-    HostArrayPtr array(createDoubleMatrix(2, pairs.size() / 2, HostComplexity::real));
-    std::copy(pairs.begin(), pairs.end(), getRealData(array.get()));
-    return array;
-}
 
 Doubles contents(const HostArray* array)
 {
     EXPECT_TRUE(isReal2dMatrix(array));
     EXPECT_EQ(getDimensions(array)[0], 2U);
-    const double* data = getRealData(array);
-    return data == nullptr ? Doubles() : Doubles(data, data + getNumberOfElements(array));
+    return test::realOf(array);
 }
 
 Doubles thin(DataThinner& thinner, const HostArray* array, int points, double ratio, bool continued)
@@ -77,30 +27,8 @@ Doubles thin(DataThinner& thinner, const HostArray* array, int points, double ra
 
 Doubles thin(DataThinner& thinner, const Doubles& pairs, double ratio, bool continued)
 {
-    return thin(thinner, asArray(pairs).get(), static_cast<int>(pairs.size() / 2), ratio, continued);
-}
-
-TEST(DataThinnerTest, BatchAgreesWithTheRuleOnHostileLinesCutAnywhere)
-{
-    for (unsigned seed = 0; seed < 3000; ++seed) {
-        Hostile hostile(seed);
-        DataThinner thinner;
-        double pixelStart = -kInf;
-        const unsigned longest = seed % 20 < 4 ? 20'000 : 200;
-        const double ratio = hostile.ratio();
-        for (unsigned block = hostile.below(6); block-- > 0;) {
-            Doubles pairs;
-            for (unsigned k = hostile.below(longest); k-- > 0;) {
-                pairs.push_back(hostile.time());
-                pairs.push_back(hostile.value());
-            }
-            const bool continued = hostile.below(4) != 0;
-            if (!continued)
-                pixelStart = -kInf;
-            const Doubles expected = thinBatch(pairs, ratio, pixelStart);
-            ASSERT_TRUE(sameBits(thin(thinner, pairs, ratio, continued), expected)) << "seed " << seed;
-        }
-    }
+    return thin(thinner, test::matrix(2, pairs.size() / 2, pairs).get(), static_cast<int>(pairs.size() / 2), ratio,
+                continued);
 }
 
 TEST(DataThinnerTest, BatchOpensAColumnAtTheVeryDoubleAtWhichTheRuleDoes)
@@ -131,7 +59,7 @@ TEST(DataThinnerTest, BatchOpensAColumnAtTheVeryDoubleAtWhichTheRuleDoes)
 TEST(DataThinnerTest, BatchTakesNoMorePointsThanThereAre)
 {
     DataThinner thinner;
-    const HostArrayPtr line = asArray({0, 1, 1, 2, 2, 3});
+    const HostArrayPtr line = makeMatrix(2, 3, {0, 1, 1, 2, 2, 3});
     EXPECT_EQ(thin(thinner, line.get(), 1000, 1, false).size(), 6U);
     EXPECT_EQ(thin(thinner, line.get(), 2, 1, false).size(), 4U);
     EXPECT_EQ(thin(thinner, line.get(), 0, 1, true).size(), 0U);

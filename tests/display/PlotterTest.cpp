@@ -1,5 +1,5 @@
 #include "support/Expect.h"
-#include "support/FakeHost.h"
+#include "support/TestHost.h"
 
 #include <tracery/AbstractTimeDomainPlotter.h>
 #include <tracery/WrappingTimeDomainController.h>
@@ -88,7 +88,7 @@ struct OpenPlotter : AbstractTimeDomainPlotter {
 
 TEST(PlotterTest, KeepsCopiesOfAxesLinesAndDimensions)
 {
-    const FakeHost countsArrays;
+    const TestHost countsArrays;
     OpenPlotter plotter;
     plotter.setPreviousEndTimeForLine(0, 5);
     EXPECT_EQ(plotter.getPreviousEndTimeForLine(0), 0);
@@ -124,7 +124,7 @@ TEST(PlotterTest, KeepsCopiesOfAxesLinesAndDimensions)
 
 TEST(PlotterTest, LooksUpLinesAndTransformsOnFirstUse)
 {
-    FakeHost host;
+    TestHost host;
     const HostScope scope(host);
     const auto transform = std::make_shared<FakeObject<int>>(), foreign = std::make_shared<FakeObject<int>>();
     const auto line = std::make_shared<FakeObject<TimeScopeLine>>();

@@ -1,5 +1,5 @@
 #include "support/Expect.h"
-#include "support/FakeHost.h"
+#include "support/TestHost.h"
 
 #include <tracery/TimeScopeLine.h>
 
@@ -50,15 +50,7 @@ protected:
         return y;
     }
 
-    struct : FakeHost, COSClient {
-        COSClient& publicClient() override { return *this; }
-        void release(const COSInterfacePtr& object) override
-        {
-            released.push_back(object);
-            throw Refused("no"); // which the end of a line does not pass on
-        }
-        std::vector<COSInterfacePtr> released;
-    } host;
+    TestHost host; // it throws when an object is released, which the end of a line does not pass on
     std::optional<HostScope> scope{host};
     HostObjectRef graphics = std::make_shared<FakeObject<int>>();
     std::vector<std::string> calls;
@@ -82,6 +74,7 @@ TEST_F(TimeScopeLineTest, DrawsWholeOrThinnedOnceThereIsALine)
     EXPECT_EQ(graphics.use_count(), 2);
     line->plotData(whole.get(), false, 1);
     EXPECT_EQ(added, Doubles{77}) << "the array itself";
+    line->plotData(nullptr, false, 1);
     line->plotData(whole.get(), true, 1);
     EXPECT_EQ(added, realOf(whole.get())) << "each point is an extreme";
     line->plotData(matrix(2, 1, {1.1, 4}).get(), true, 1);
@@ -96,7 +89,7 @@ TEST_F(TimeScopeLineTest, DrawsWholeOrThinnedOnceThereIsALine)
 TEST_F(TimeScopeLineTest, ALineThatEndsReleasesItsObjectAtItsHostIfThatIsAttached)
 {
     using Objects = std::vector<COSInterfacePtr>;
-    FakeHost other;
+    TestHost other;
     line.emplace(); // never had a line
     line->setLine(objectArray({std::make_shared<FakeObject<int>>()}).get());
     line->setLine(objectArray({graphics, nullptr}).get());
@@ -193,6 +186,7 @@ TEST_F(TimeScopeLineTest, FindsItsParentByObjectOrHandle)
     for (const Doubles& none : {Doubles{-1}, Doubles{}, Doubles{7, 7}})
         EXPECT_EQ(parentFor(row(none)), nullptr);
     EXPECT_EQ(parentFor(nullptr), nullptr);
+    EXPECT_EQ(parentFor(makeMatrix(1, 1, HostComplexity::complex)), nullptr);
     EXPECT_EQ(parentFor(HostArrayPtr(createString("7"))), nullptr);
     EXPECT_EQ(line->getParent(nullptr), nullptr);
 }

@@ -12,7 +12,7 @@ using namespace hostobj;
 using embedded::EmbeddedHost;
 using embedded::HostClass;
 
-inline HostArrayPtr number(double value) { return row({value}); }
+inline HostArrayPtr number(double value) { return makeScalar(value); }
 inline double numberIn(const HostArray* array) { return array != nullptr ? realOf(array).at(0) : getNaN(); }
 inline HostOutputs outputs(HostArrayPtr array)
 {
@@ -27,16 +27,13 @@ struct Gauge {
     std::weak_ptr<COSInterface> self;
 };
 
-class GaugePayload final : public InstancePayload {
-public:
-    explicit GaugePayload(const COSInterfacePtr& self) { gauge_->self = self; }
+struct GaugePayload final : InstancePayload {
+    explicit GaugePayload(const COSInterfacePtr& self) { gauge->self = self; }
     std::shared_ptr<void> as(const std::type_info& type) const noexcept override
     {
-        return type == typeid(Gauge) ? gauge_ : nullptr;
+        return type == typeid(Gauge) ? gauge : nullptr;
     }
-
-private:
-    std::shared_ptr<Gauge> gauge_ = std::make_shared<Gauge>();
+    std::shared_ptr<Gauge> gauge = std::make_shared<Gauge>();
 };
 
 inline Gauge& gaugeOf(const COSInterfacePtr& object)
@@ -47,55 +44,43 @@ inline Gauge& gaugeOf(const COSInterfacePtr& object)
     return *static_cast<Gauge*>(payload->as(typeid(Gauge)).get());
 }
 
-class LevelPropInfo final : public COSPropInfo {
-public:
-    LevelPropInfo(const char* name, Access get, Access set,
-                  COSDataTypePtr type = COSDataType::fromString("double scalar"))
-        : name_(name), get_(get), set_(set), type_(std::move(type))
-    {}
-    COSNameID getName() const override { return name_; }
-    std::string getLabel() const override { return std::string("The ") + name_; }
-    COSDataTypePtr getDataType() const override { return type_; }
-    Access getGetAccess() const override { return get_; }
-    Access getSetAccess() const override { return set_; }
+inline const COSDataTypePtr kNumber = COSDataType::fromString("double scalar");
+
+struct LevelPropInfo final : COSPropInfo {
+    LevelPropInfo(const char* n, Access g, Access s, COSDataTypePtr t = kNumber) : name(n), get(g), set(s), type(t) {}
+    COSNameID getName() const override { return name; }
+    std::string getLabel() const override { return std::string("The ") + name; }
+    COSDataTypePtr getDataType() const override { return type; }
+    Access getGetAccess() const override { return get; }
+    Access getSetAccess() const override { return set; }
     std::uint32_t getAttributes() const override { return 3022; }
-    HostArray* getValue(const COSInterfacePtr& object) const override
-    {
-        return number(gaugeOf(object).level).release();
-    }
+    HostArray* getValue(const COSInterfacePtr& o) const override { return number(gaugeOf(o).level).release(); }
     void setValue(const COSInterfacePtr& object, const HostArray* value) const override
     {
-        gaugeOf(object).level = numberIn(getDataType()->convert(value).get());
+        gaugeOf(object).level = numberIn(type->convert(value).get());
     }
-
-private:
-    const char* name_;
-    Access get_, set_;
-    COSDataTypePtr type_;
+    const char* name;
+    Access get, set;
+    COSDataTypePtr type;
 };
 
-class GaugeMethodInfo final : public COSMethodInfo {
-public:
+/// Abstract without a body.
+struct GaugeMethodInfo final : COSMethodInfo {
     using Body = HostOutputs (*)(HostInputs);
-    GaugeMethodInfo(const char* name, Access access, bool isStatic, Body body)
-        : name_(name), access_(access), isStatic_(isStatic), body_(body)
-    {}
-    COSNameID getName() const override { return name_; }
+    GaugeMethodInfo(const char* n, Access a, bool s, Body b) : name(n), access(a), isStatic(s), body(b) {}
+    COSNameID getName() const override { return name; }
     COSMethodSignaturePtr getSignature() const override
     {
-        const auto type = COSDataType::fromString("double scalar");
-        return COSMethodSignature::createMethodSignature(isStatic_ ? nullptr : COSDataType::fromString("object"),
-                                                         {type, type}, {{"level", type}}, 1);
+        return COSMethodSignature::createMethodSignature(isStatic ? nullptr : COSDataType::fromString("object"),
+                                                         {kNumber, kNumber}, {{"level", kNumber}}, 1);
     }
-    Access getAccess() const override { return access_; }
-    bool isAbstract() const override { return body_ == nullptr; }
-    HostOutputs invoke(HostInputs inputs, std::size_t) const override { return body_(inputs); }
-
-private:
-    const char* name_;
-    Access access_;
-    bool isStatic_;
-    Body body_;
+    Access getAccess() const override { return access; }
+    bool isAbstract() const override { return body == nullptr; }
+    HostOutputs invoke(HostInputs inputs, std::size_t) const override { return body(inputs); }
+    const char* name;
+    Access access;
+    bool isStatic;
+    Body body;
 };
 
 /// Library objects made and given back.
@@ -103,52 +88,47 @@ struct Census {
     int made = 0, returned = 0;
 };
 
-class GaugeClassInfo final : public COSClassInfo {
-public:
-    GaugeClassInfo(Census& census, const char* name) : census_(census), name_(name) {}
-    COSNameID getName() const override { return name_; }
-    bool isAbstract() const override { return name_ == "Base"; }
-    bool isHidden() const override { return name_ == "Base"; }
+struct GaugeClassInfo final : COSClassInfo {
+    GaugeClassInfo(Census& all, const char* n) : census(all), name(n) {}
+    COSNameID getName() const override { return name; }
+    bool isAbstract() const override { return name == "Base"; }
+    bool isHidden() const override { return name == "Base"; }
     void defineClass(ClassDefinition& c) const override
     {
-        const auto method = [](const char* name, Access access, bool isStatic, GaugeMethodInfo::Body body) {
-            return std::make_unique<GaugeMethodInfo>(name, access, isStatic, body);
+        using enum Access;
+        const auto method = [&](const char* n, Access access, bool isStatic, GaugeMethodInfo::Body body) {
+            c.addMethod(std::make_unique<GaugeMethodInfo>(n, access, isStatic, body));
         };
-        if (name_ == "Gauge") {
+        if (name == "Gauge") {
             c.superclass("lab.Base");
-            c.addConstructor(method("Gauge", Access::public_, false, [](HostInputs in) {
+            c.addConstructor(std::make_unique<GaugeMethodInfo>("Gauge", public_, false, [](HostInputs in) {
                 gaugeOf(omGetArrayElement(in[0], 0)).level = in.size() > 1 ? numberIn(in[1]) : 1;
                 return HostOutputs();
             }));
-            c.addMethod(method("onChange", Access::protected_, false, [](HostInputs) { return outputs(number(7)); }));
-            c.addMethod(method("twice", Access::public_, true,
-                               [](HostInputs in) { return outputs(number(2 * numberIn(in[0]))); }));
+            method("onChange", protected_, false, [](HostInputs) { return outputs(number(7)); });
+            method("twice", public_, true, [](HostInputs in) { return outputs(number(2 * numberIn(in[0]))); });
             return;
         }
         c.superclass("handle");
-        c.addProperty(std::make_unique<LevelPropInfo>("Level", Access::public_, Access::public_));
-        c.addProperty(std::make_unique<LevelPropInfo>("Reading", Access::public_, Access::private_));
-        c.addProperty(std::make_unique<LevelPropInfo>("Secret", Access::protected_, Access::protected_));
         const auto modes = TypedEnumStringType::createCaseInsensitiveInstance("ModeEnum", {{0, "Auto"}, {2, "Off"}});
-        c.addProperty(std::make_unique<LevelPropInfo>("Mode", Access::public_, Access::public_,
-                                                      COSDataType::fromEnumeration(modes)));
-        c.addMethod(method("onChange", Access::protected_, false, nullptr));
+        c.addProperty(std::make_unique<LevelPropInfo>("Level", public_, public_));
+        c.addProperty(std::make_unique<LevelPropInfo>("Reading", public_, private_));
+        c.addProperty(std::make_unique<LevelPropInfo>("Secret", protected_, protected_));
+        c.addProperty(std::make_unique<LevelPropInfo>("Mode", public_, public_, COSDataType::fromEnumeration(modes)));
+        method("onChange", protected_, false, nullptr);
         c.addInheritedMethod("enable");
     }
     std::unique_ptr<InstancePayload> createInstance(const COSInterfacePtr& self) const override
     {
-        ++census_.made;
-        return std::make_unique<GaugePayload>(self);
+        return ++census.made, std::make_unique<GaugePayload>(self);
     }
     void destroyInstance(std::unique_ptr<InstancePayload> payload) const noexcept override
     {
         EXPECT_NE(payload, nullptr);
-        ++census_.returned;
+        ++census.returned;
     }
-
-private:
-    Census& census_;
-    std::string name_;
+    Census& census;
+    std::string name;
 };
 
 /// A host that knows "lab"; afterwards nothing is left of it.

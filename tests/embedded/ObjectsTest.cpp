@@ -1,7 +1,6 @@
 #include "embedded/Gauge.h"
 
 #include <map>
-#include <random>
 
 namespace tracery::test {
 
@@ -39,11 +38,12 @@ TEST_F(ObjectsTest, ConstructionMakesTheLibraryObjectAndThenCallsTheConstructor)
     EXPECT_TRUE(gauge->isA("lab.Base") && gauge->isA("handle") && !gauge->isA("lab"));
     EXPECT_EQ(numberIn(host->callStatic("lab.Gauge", "twice", inputs).at(0).get()), 10);
     EXPECT_EQ(host->objects().objectOfHandle(host->handleOf(gauge)), gauge);
-    for (const double handle : {-1.0, 0.0, 1.5, 1e300, getNaN(), getInf()})
-        EXPECT_EQ(host->objects().objectOfHandle(handle), nullptr) << handle;
     const HostObjectRef wrapped = host->objects().wrapPayload("lab.Base", std::make_unique<GaugePayload>(nullptr));
     ++census.made;
     EXPECT_EQ(get(wrapped, "Level"), 0);
+    const double whole = host->handleOf(gauge); // a later object has a higher one
+    for (const double handle : {-1.0, 0.0, whole + 0.5, whole + 2, 1e300, getNaN(), getInf()})
+        EXPECT_EQ(host->objects().objectOfHandle(handle), nullptr) << handle;
     EXPECT_EQ(host->getNumberOfLiveObjects(), 2U);
 }
 
@@ -250,52 +250,6 @@ TEST_F(ObjectsTest, TheHostMayGoBeforeItsObjects)
     EXPECT_EQ(a->payload(), nullptr);
     EXPECT_TRUE(a->isA("lab.Base"));
     EXPECT_EQ(a.use_count(), 1) << "neither the cycle nor the body holds it";
-}
-
-TEST_F(ObjectsTest, AnyOrderOfOperationsAgreesWithAModel)
-{
-    struct Known {
-        HostObjectRef object;
-        bool alive;
-        double level, handle;
-    };
-    std::mt19937 random(1);
-    std::vector<Known> known;
-    std::size_t alive = 0;
-    for (int step = 0; step < 4000; ++step) {
-        const std::size_t pick = known.empty() ? 0 : random() % known.size();
-        const double level = static_cast<double>(random() % 100);
-        const HostArrayPtr value = number(level);
-        switch (known.size() < 2 ? 0 : random() % 4) {
-        case 0: {
-            const HostArray* inputs[] = {value.get()};
-            const HostObjectRef made = host->construct("lab.Gauge", inputs);
-            known.push_back({made, true, level, host->handleOf(made)});
-            ++alive;
-            break;
-        }
-        case 1:
-            host->deleteObject(known[pick].object);
-            alive -= known[pick].alive;
-            known[pick].alive = false;
-            break;
-        case 2:
-            alive -= known[pick].alive;
-            known.erase(known.begin() + static_cast<std::ptrdiff_t>(pick));
-            break;
-        default:
-            EXPECT_EQ(failure([&] { host->set(known[pick].object, "Level", value.get()); }),
-                      known[pick].alive ? "none" : "InvalidObject");
-            known[pick].level = level;
-        }
-        ASSERT_EQ(host->getNumberOfLiveObjects(), known.size());
-        ASSERT_EQ(static_cast<std::size_t>(census.made - census.returned), alive);
-        const Known& any = known[random() % known.size()];
-        ASSERT_EQ(host->objects().objectOfHandle(any.handle), any.alive ? any.object : nullptr);
-        if (any.alive) {
-            ASSERT_EQ(get(any.object, "Level"), any.level);
-        }
-    }
 }
 
 } // namespace tracery::test

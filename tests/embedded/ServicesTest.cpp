@@ -141,6 +141,9 @@ TEST_F(ServicesTest, TasksRunInOrderWithinSlicesUntilTheyAreFinished)
     EXPECT_EQ(order, expected);
     EXPECT_EQ(now - begin, total);
     EXPECT_FALSE(host->runTasks(-5us));
+    session->addTask(task([&](OrderedTaskSession&) { return order.clear(), true; }));
+    EXPECT_FALSE(host->runTasks(100us));
+    EXPECT_EQ(order, std::vector<int>()) << "a finished session has got work again";
 }
 
 TEST_F(ServicesTest, SessionsTakeTurnsAndTasksMayLeaveThrowAndBeDisabled)

@@ -2,12 +2,14 @@
 
 #include "bindings/Script.h"
 #include "support/Expect.h"
+#include "support/FailingMemory.h"
 
 #include <tracery/SpectrumBuffer.h>
 #include <tracery/TimeBuffer.h>
 
 #include <functional>
 #include <limits>
+#include <utility>
 
 using namespace tracery;
 using namespace tracery::test;
@@ -43,7 +45,7 @@ TEST(LimitsTest, SizesUpToTheLimitAreTakenAndThoseAboveRefused)
         };
     };
     const auto array = [](std::uint64_t rows, std::uint64_t columns) {
-        return [rows, columns] { destroyArray(createDoubleMatrix(rows, columns, HostComplexity::real)); };
+        return [rows, columns] { makeMatrix(rows, columns); };
     };
     const struct {
         const char* what;
@@ -99,10 +101,7 @@ TEST(LimitsTest, TimesUpToTheLargestDoubleAndDownToTheSmallestAreFoundAgain)
     TimeBuffer buffer({10}, {1}, 1);
     buffer.addTimeAndValue(row(times).get(), row(times).get(), 0, true);
     const auto found = [&](double from, double to) {
-        HostArray *time = nullptr, *value = nullptr;
-        buffer.GetTimeAndValue(0, time, value, from, to, false);
-        const HostArrayPtr t(time), v(value);
-        return realOf(t.get());
+        return realOf(outputsOf<2>([&](auto&... out) { buffer.GetTimeAndValue(0, out..., from, to, false); })[0].get());
     };
     EXPECT_EQ(found(-kLargest, kLargest), times);
     for (const double time : times) {
@@ -148,6 +147,26 @@ TEST(LimitsTest, ChainsOfAnyLengthAreReleasedAndCopied)
     first = chain();
     host.deleteObject(first);
     EXPECT_EQ(host.getNumberOfLiveObjects(), 1U) << "the one that is held";
+}
+
+TEST(LimitsTest, ARefusalThatThereIsNoMemoryToWordHasAnIdentifierToo)
+{
+    Script script;
+    const HostObjectRef buffer = script.make("tracery.SpectrumBuffer", 4, 0, false, 2);
+    const HostArrayPtr column = matrix(3, 1, {1, 2, 3}), port = row({1});
+    const HostArray* const inputs[] = {column.get(), port.get()};
+    std::string last, outcome;
+    for (long n = 0; outcome != "InvalidSubscript"; ++n) {
+        last = std::exchange(outcome, failure([&] {
+                                 try {
+                                     const MemoryLimit limit(n, Shortage::ofOneAllocation);
+                                     script.host.call(buffer, "addValue", inputs, 0);
+                                 } catch (const std::bad_alloc&) { // of the host, before it called the library
+                                     throw Error(errors::InitializeError);
+                                 }
+                             }));
+    }
+    EXPECT_EQ(last, "OutOfMemory") << "the words are the last that is made";
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "Sizes.h"
 #include "Styles.h"
 #include "drawTrace.h"
+#include "support/TemporaryFolder.h"
 #include "ticks.h"
 
 #include <tracery/basics/WholeFile.h>
@@ -35,27 +36,13 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// An empty directory that goes away with its files.
-class PictureTest : public testing::Test {
+class PictureTest : public testing::Test, protected tracery::test::TemporaryFolder {
 protected:
-    PictureTest()
-    {
-        std::string pattern = testing::TempDir() + "pictureXXXXXX";
-        directory_ = mkdtemp(pattern.data());
-    }
-    ~PictureTest() override { fs::remove_all(directory_); }
-
-    std::string path(const std::string& name) const { return directory_ / name; }
-
     std::string bytesOf(const Figure& figure, const std::string& ending) const
     {
-        const std::string name = path("bytes" + ending);
-        writeFigure(figure, name);
-        std::ifstream file(name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        writeFigure(figure, path("bytes" + ending));
+        return read("bytes" + ending);
     }
-
-    fs::path directory_;
 };
 
 std::string failure(const Figure& figure, const std::string& path)

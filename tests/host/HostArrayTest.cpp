@@ -102,6 +102,8 @@ TEST(HostArrayTest, CellsOwnTheirElements)
     cell.reset();
     EXPECT_EQ(std::string(getChars(getCell(copy.get(), 0)), 6), "second");
     EXPECT_EQ(getNumberOfContainedElements(copy.get()), 2U);
+    setCell(copy.get(), 0, const_cast<HostArray*>(getCell(copy.get(), 0)));
+    EXPECT_EQ(std::string(getChars(getCell(copy.get(), 0)), 6), "second") << "which it holds already";
     EXPECT_EQ(failure([&] { setCell(copy.get(), 2, nullptr); }), kInvalidArray);
     EXPECT_EQ(failure([&] { setCell(copy.get(), 0, copy.get()); }), kInvalidArray);
 }

@@ -1,4 +1,4 @@
-#include "support/FakeHost.h"
+#include "support/TestHost.h"
 
 #include <tracery/host/Error.h>
 
@@ -28,8 +28,8 @@ TEST(ErrorTest, KeepsWhatItWasMadeOfAndIsCopiedWithoutFail)
 
 TEST(HostTest, TheCurrentHostIsTheLastOneAttachedThatLives)
 {
-    std::optional<FakeHost> a(std::in_place), b(std::in_place), c(std::in_place);
-    for (FakeHost* host : {&*a, &*b, &*a}) {
+    std::optional<TestHost> a(std::in_place), b(std::in_place), c(std::in_place);
+    for (TestHost* host : {&*a, &*b, &*a}) {
         Host::attach(*host);
         EXPECT_EQ(Host::current(), host);
     }

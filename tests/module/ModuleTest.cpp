@@ -1,5 +1,6 @@
 #include "support/Expect.h"
-#include "support/RecordingHost.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestHost.h"
 
 #include <tracery/DrawScheduler.h>
 #include <tracery/embedded/EmbeddedHost.h>
@@ -9,7 +10,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
-#include <set>
 
 using namespace tracery;
 using embedded::EmbeddedHost;
@@ -36,61 +36,16 @@ std::string published()
     return listing(host);
 }
 
-/// A host whose every call may fail, in a way of its own. It knows classes by their short names; what it has taken it
-/// takes back, or keeps in spite of all.
-struct FailingHost : test::RecordingHost {
+/// A host whose every call may fail, in a way of its own.
+struct FailingHost : test::TestHost {
     struct Failure {};
-    explicit FailingHost(bool keeps) : keepsClasses(keeps) {}
-
-    void step() const
+    explicit FailingHost(bool keeps)
     {
-        if (callsLeft-- == 0)
-            throw Failure();
-    }
-    COSPackage& rootPackage() override { return step(), *this; }
-    COSPackage& findOrCreatePackage(const hostobj::COSNameID&) override { return step(), *this; }
-    COSPackage* findPackage(const hostobj::COSNameID&) override { return step(), this; }
-    void addPackage(std::unique_ptr<const hostobj::COSPackageInfo> info) override
-    {
-        step();
-        info->addClasses(*this);
-        step();
-    }
-    hostobj::COSClassPtr findClass(const hostobj::COSNameID& name) const override
-    {
-        step();
-        const bool isHere = classes.contains(name.text().substr(name.text().rfind('.') + 1));
-        return isHere ? hostobj::COSClassPtr(hostobj::COSClassPtr(), this) : nullptr;
-    }
-    void addClass(std::unique_ptr<const hostobj::COSClassInfo> info) override
-    {
-        step();
-        if (!classes.insert(info->getName().text()).second)
-            throw Error(errors::DuplicateClass);
-    }
-    void removeClass(const hostobj::COSNameID& name) override
-    {
-        if (!keepsClasses)
-            classes.erase(name.text());
-    }
-    void removeClient(hostobj::COSClient&) override
-    {
-        step();
-        for (const char* name :
-             {"TimeBuffer", "SpectrumBuffer", "TimeDomainTriggerController", "TimeScopeLine", "OneShotTimer"})
-            removeClass(name);
-        ++left;
-    }
-    void registerFeature(const std::string& name, int, FeatureCallback, void*) override
-    {
-        step();
-        known.insert(name);
-    }
-    std::optional<int> getFeature(const std::string&) const override { return step(), std::nullopt; }
-    std::unique_ptr<HookRegistration> addCommitHook(CommitHook hook) override
-    {
-        step();
-        return RecordingHost::addCommitHook(std::move(hook));
+        keepsClasses = keeps;
+        whenAsked = [this](const std::string&) {
+            if (callsLeft-- == 0)
+                throw Failure();
+        };
     }
     /// Whether the call got through.
     bool succeeds(void (*entry)(), int calls)
@@ -103,11 +58,7 @@ struct FailingHost : test::RecordingHost {
         }
         return callsLeft = -1, true;
     }
-
-    bool keepsClasses;
-    mutable int callsLeft = -1;
-    std::set<std::string> classes, known;
-    int left = 0;
+    int callsLeft = -1;
 };
 
 const bool usesSLAAtFirst = timeScopeBlockUsesSLA();
@@ -115,8 +66,8 @@ const bool usesSLAAtFirst = timeScopeBlockUsesSLA();
 TEST(ModuleTest, EachStepIsTakenOnceInItsOrder)
 {
     EXPECT_TRUE(usesSLAAtFirst);
-    test::RecordingHost host;
-    host.whileAdding = &VTInitialize_tracery;
+    test::TestHost host;
+    host.whenAsked = [](const std::string&) { VTInitialize_tracery(); }; // whatever it is asked for
     const HostScope attached(host);
     VTInitialize_tracery();
     DrawScheduler::getInstance()->Init(7, 0);
@@ -125,10 +76,17 @@ TEST(ModuleTest, EachStepIsTakenOnceInItsOrder)
     VTTerminate_tracery();
     VTTerminate_tracery();
     VTInitialize_tracery();
-    EXPECT_EQ(host.takeLog(), "package tracery veltrashared scopes visual AbstractLinePlotter AbstractFramePlotter "
-                              "AbstractTimeDomainPlotter WrappingTimeDomainController ScrollingTimeDomainController "
-                              "TimeScopeBlockUsesSLA=1! UseTaskMgrToLaunchScope=0 FlushTaskMgrOnUELoadForTests=0 hook "
-                              "tracery? left ");
+    std::string bases, looks;
+    for (const std::string base : {"AbstractLinePlotter", "AbstractFramePlotter", "AbstractTimeDomainPlotter",
+                                   "WrappingTimeDomainController", "ScrollingTimeDomainController"})
+        bases += base + ' ', looks += "class veltrashared.scopes.visual." + base + ' ';
+    EXPECT_EQ(host.takeLog(),
+              looks +
+                  "package tracery TimeBuffer SpectrumBuffer TimeDomainTriggerController TimeScopeLine OneShotTimer "
+                  "whole root veltrashared scopes visual " +
+                  bases +
+                  "TimeScopeBlockUsesSLA=1! feature TimeScopeBlockUsesSLA UseTaskMgrToLaunchScope=0 "
+                  "FlushTaskMgrOnUELoadForTests=0 hook tracery? left ");
 }
 
 TEST(ModuleTest, WhatAHostFailsAtArrivesAsItIsAndIsTriedAgain)
@@ -145,20 +103,21 @@ TEST(ModuleTest, WhatAHostFailsAtArrivesAsItIsAndIsTriedAgain)
             for (const int calls : {first, second}) {
                 if (!host.succeeds(&VTInitialize_tracery, calls))
                     longest = std::max(longest, calls + 1);
-                if (!keeps && host.known.empty()) {
+                if (!keeps && host.featureNames.empty()) {
                     EXPECT_TRUE(host.classes.empty() || host.classes.size() == 10) << first << ' ' << second;
                 }
             }
             for (int i = 0; i < 2; ++i)
                 ASSERT_TRUE(host.succeeds(&VTInitialize_tracery, -1)) << first << ' ' << second;
             EXPECT_EQ(host.classes.size(), 10U);
-            EXPECT_EQ(host.known.size(), 3U);
+            EXPECT_EQ(host.featureNames.size(), 3U);
             EXPECT_EQ(DrawScheduler::getInstance()->getCommitHost(), &host);
-            const int before = host.left;
+            host.takeLog();
             host.succeeds(&VTTerminate_tracery, first % 3);
             for (int i = 0; i < 2; ++i)
                 EXPECT_TRUE(host.succeeds(&VTTerminate_tracery, -1));
-            EXPECT_EQ(host.left, before + 1);
+            const std::string log = host.takeLog();
+            EXPECT_TRUE(log.find("left") != log.npos && log.find("left") == log.rfind("left")) << log;
         }
         EXPECT_GT(longest, 20);
     }
@@ -297,8 +256,8 @@ TEST(ModuleTest, AModuleOfAnotherMakeWorksWithItsObjectsToTheEnd)
         const HostArray* inputs[] = {two.get(), three.get(), nullptr};
         const hostobj::HostOutputs outputs = host.functions().call("demoSum", std::span(inputs).first(2), 2);
         ASSERT_EQ(outputs.size(), 2u);
-        EXPECT_EQ(*getRealData(outputs[0].get()), 1);
-        EXPECT_EQ(*getRealData(outputs[1].get()), 5);
+        EXPECT_EQ(realValues(outputs[0].get())[0], 1);
+        EXPECT_EQ(realValues(outputs[1].get())[0], 5);
         EXPECT_EQ(host.functions().call("demoSum", {}, 0).size(), 1u);
         const std::size_t arrays = getNumberOfLiveArrays();
         EXPECT_EQ(failure([&] { host.functions().call("demoSum", inputs, 2); }), "EmptyInput");
@@ -306,7 +265,7 @@ TEST(ModuleTest, AModuleOfAnotherMakeWorksWithItsObjectsToTheEnd)
     }
     EXPECT_EQ(Host::current(), &other) << "the one that is left";
     EXPECT_EQ(kept->payload(), nullptr);
-    EXPECT_EQ(*getRealData(other.functions().call("demoSum", {}, 1)[0].get()), 0);
+    EXPECT_EQ(realValues(other.functions().call("demoSum", {}, 1)[0].get())[0], 0);
     kept = other.construct("demo.Counter"); // outlives its host and module
 }
 
@@ -328,7 +287,8 @@ TEST(ModuleTest, WhatIsNoSuchModuleIsRefusedByName)
                  {DEMO_MODULE, "nameless", "InvalidModule", "name"},
                  {DEMO_MODULE, "loose", "InvalidModule", "attached"},
                  {DEMO_MODULE, "bodiless", "InvalidModule", "functions"},
-                 {OLD_MODULE, "demo", "ModuleVersion", OLD_MODULE}};
+                 {OLD_MODULE, "demo", "ModuleVersion", OLD_MODULE},
+                 {NEW_MODULE, "demo", "ModuleVersion", NEW_MODULE}};
     for (const auto& [path, name, error, word] : cases) {
         try {
             host.loadModule(path, name);
@@ -344,17 +304,17 @@ TEST(ModuleTest, WhatIsNoSuchModuleIsRefusedByName)
 
 TEST(ModuleTest, ACopyOfTheLibraryElsewhereWorks)
 {
-    const std::filesystem::path copy = std::filesystem::path(testing::TempDir()) / "tracery copy.so";
-    std::filesystem::copy_file(TRACERY_LIBRARY, copy, std::filesystem::copy_options::overwrite_existing);
+    const test::TemporaryFolder folder;
+    const std::string copy = folder.path("tracery copy.so");
+    std::filesystem::copy_file(TRACERY_LIBRARY, copy);
     HostObjectRef kept;
     {
         EmbeddedHost host;
-        host.loadModule(copy.string());
+        host.loadModule(copy);
         EXPECT_EQ(listing(host), published());
         kept = host.construct("tracery.OneShotTimer");
         host.functions().call("SetScopeRefreshRateImpl", {}, 0);
     }
-    std::filesystem::remove(copy);
 }
 
 /// Each order ends the process; leaks and uses of what is gone make the exit status another one.

@@ -1,4 +1,5 @@
 // A module of another make, "demo": publishes demo.Counter, whose objects count themselves, and the function demoSum.
+#include <tracery/host/Arrays.h>
 #include <tracery/host/Error.h>
 #include <tracery/host/Host.h>
 #include <tracery/host/Module.h>
@@ -32,15 +33,14 @@ struct DemoPackage : hostobj::COSPackageInfo {
 /// Two results: the number of counters and the sum of the inputs, which are numbers.
 void demoSum(int numOutputs, HostArray** outputs, int numInputs, const HostArray** inputs)
 {
-    outputs[0] = createDoubleMatrix(1, 1, HostComplexity::real);
-    *getRealData(outputs[0]) = counters;
+    outputs[0] = makeScalar(counters).release();
     if (numOutputs < 2)
         return;
-    outputs[1] = createDoubleMatrix(1, 1, HostComplexity::real);
+    outputs[1] = makeScalar(0).release();
     for (int i = 0; i < numInputs; ++i) {
         if (inputs[i] == nullptr)
             throw Error(errors::EmptyInput);
-        *getRealData(outputs[1]) += *getRealData(inputs[i]);
+        realValues(outputs[1])[0] += realValues(inputs[i])[0];
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <tracery/TimeBuffer.h>
 #include <tracery/embedded/EmbeddedHost.h>
+#include <tracery/host/Arrays.h>
 #include <tracery/host/Publish.h>
 
 #include <cstdio>
@@ -19,10 +20,8 @@ int main()
     const tracery::HostScope attached(host);
     tracery::publishClasses(host.objects());
     const auto timer = host.construct("tracery.OneShotTimer");
-    const tracery::HostArrayPtr wanted(tracery::createDoubleMatrix(1, 1, tracery::HostComplexity::real));
-    *tracery::getRealData(wanted.get()) = 2.5;
-    host.set(timer, "TimeoutDuration", wanted.get());
-    const double seconds = *tracery::getRealData(host.get(timer, "TimeoutDuration").get());
+    host.set(timer, "TimeoutDuration", tracery::makeScalar(2.5).get());
+    const double seconds = tracery::realValues(host.get(timer, "TimeoutDuration").get())[0];
     std::printf("steps %d to %d, %g s\n", first, last, seconds);
     return first == 1 && last == 2 && seconds == 2.5 ? 0 : 1;
 }

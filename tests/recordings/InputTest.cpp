@@ -64,7 +64,7 @@ protected:
         add(writeSound("int.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2, 40));
         add(writeSound("float.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, 3, 40, 5.0));
         add(writeSound("exact.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 1, 9000));
-        add(write("endless.flac", withoutLength(content("exact.flac"))));
+        add(write("endless.flac", withoutLength(read("exact.flac"))));
         add(writeSound("packets.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 1, 9000));
         add(writeSound("noseek.wav", SF_FORMAT_WAV | SF_FORMAT_GSM610, 1, 640));
         add(writeSigMf("iq", R"("core:datatype": "cf32_le", "core:sample_rate": 7.5, "core:num_channels": 2)",
@@ -126,7 +126,7 @@ TEST_F(InputTest, SoundKeepsItsValuesAndTellsItsFormat)
 
     const auto sound = openRecording(writeSound("s.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 500), {});
     EXPECT_EQ(sound->info().format, "WAV, signed 16 bit PCM");
-    const std::string bytes = content("s.wav");
+    const std::string bytes = read("s.wav");
     const Block all = rest(*sound);
     ASSERT_EQ(all.steps(), 500U);
     for (std::size_t i = 0; i < 500; ++i) {
@@ -156,7 +156,7 @@ TEST_F(InputTest, WavFilesWhoseLengthWasNeverFilledInAreReadToTheirEnd)
 {
     writeSound("stream.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 100);
     for (const char fill : {'\0', '\xFF'}) {
-        std::string bytes = content("stream.wav");
+        std::string bytes = read("stream.wav");
         bytes.replace(40, 4, 4, fill);
         EXPECT_EQ(rest(*openRecording(write("open.wav", bytes), {})).steps(), 100U);
     }
@@ -165,7 +165,7 @@ TEST_F(InputTest, WavFilesWhoseLengthWasNeverFilledInAreReadToTheirEnd)
 TEST_F(InputTest, WavFilesLongerThanTheirLengthFieldAreReadToTheEnd)
 {
     writeSound("head.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 100);
-    const std::string head = content("head.wav").substr(0, 44);
+    const std::string head = read("head.wav").substr(0, 44);
     const auto length = [](std::uint64_t value) {
         std::string field;
         for (int i = 0; i < 4; ++i, value >>= 8)
@@ -208,7 +208,7 @@ TEST_F(InputTest, WavFilesLongerThanTheirLengthFieldAreReadToTheEnd)
 TEST_F(InputTest, BrokenCompressedSoundIsToldWithTheFrame)
 {
     writeSound("whole.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 1, 40000);
-    const std::string whole = content("whole.flac");
+    const std::string whole = read("whole.flac");
     write("cut.flac", whole.substr(0, whole.size() / 2));
     EXPECT_TRUE(failure("cut.flac").starts_with("cut.flac: frame 16384: ")) << failure("cut.flac");
     write("hole.flac", std::string(whole).replace(whole.size() / 2, 200, 200, '\0'));

@@ -3,10 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 #include <future>
-#include <limits>
+#include <iterator>
+#include <memory>
 #include <random>
+#include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace tracery;
@@ -14,100 +18,83 @@ using namespace tracery;
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr double kHour = 3600;
+constexpr double kLong = 10; // seconds: longer than any of these tests, and what is stuck is told of after as long
 
 double secondsSince(Clock::time_point begin) { return std::chrono::duration<double>(Clock::now() - begin).count(); }
 
-void awaitTimeUp(OneShotTimer& timer)
+bool comesUp(OneShotTimer& timer)
 {
-    while (!timer.isTimeUp())
+    const auto begin = Clock::now();
+    while (!timer.isTimeUp() && secondsSince(begin) < kLong)
         std::this_thread::yield();
+    return timer.isTimeUp();
 }
 
-TEST(OneShotTimerThreadTest, TimeIsUpOnceTheTimeoutHasPassedAndCountsOnce)
+TEST(OneShotTimerThreadTest, AStartCutsShortThePeriodBeforeAndTheNextHasItsOwnEnd)
 {
     OneShotTimer timer;
-    timer.setTimeout(0.05);
-    const double before = timer.getCounter();
+    EXPECT_TRUE(comesUp(timer)) << "a new timer has a period of 0 s";
+    timer.setTimeout(kLong);
+    timer.start();
     const auto begin = Clock::now();
     timer.start();
-    const bool upAtOnce = timer.isTimeUp();
-    EXPECT_TRUE(!upAtOnce || secondsSince(begin) >= 0.05); // this thread may have been held up
-    awaitTimeUp(timer);
-    EXPECT_GE(secondsSince(begin), 0.05);
-    for (int i = 0; i < 5; ++i)
-        EXPECT_TRUE(timer.isTimeUp() && timer.isTimeUpCOS());
-    EXPECT_EQ(timer.getCounter(), before + 1);
-}
-
-TEST(OneShotTimerThreadTest, ANewTimerIsUpWithoutAPeriodOfItsOwn)
-{
-    OneShotTimer timer;
-    EXPECT_EQ(timer.getTimeout(), 0);
-    awaitTimeUp(timer); // its period of 0 s
-    EXPECT_EQ(timer.getCounter(), 1);
-    timer.start(); // likewise
-    awaitTimeUp(timer);
-    EXPECT_EQ(timer.getCounter(), 2);
-}
-
-TEST(OneShotTimerThreadTest, TimeoutsThatAreNotPositiveChangeNothing)
-{
-    OneShotTimer timer;
-    timer.setTimeout(kHour);
-    timer.start();
-    for (const double ignored : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
-        timer.setTimeout(ignored);
-        EXPECT_EQ(timer.getTimeout(), kHour);
-        EXPECT_FALSE(timer.isTimeUp()); // a taken one would have stopped it
-    }
-    for (const double huge : {1e300, std::numeric_limits<double>::infinity()}) {
-        timer.setTimeout(huge);
-        EXPECT_EQ(timer.getTimeout(), huge);
-        EXPECT_TRUE(timer.isTimeUp());
-        timer.start();
-        OneShotTimer other;
-        other.setTimeout(0.002);
-        other.start();
-        awaitTimeUp(other);
-        EXPECT_FALSE(timer.isTimeUp());
-    }
-}
-
-TEST(OneShotTimerThreadTest, RestartAndStopCountAPeriodOnlyWhenItWasSeenOver)
-{
-    OneShotTimer timer;
-    timer.setTimeout(kHour);
-    timer.start();
-    timer.start(); // the period cut short does not count
+    EXPECT_LT(secondsSince(begin), kLong / 2) << "it waited for the period before";
     EXPECT_FALSE(timer.isTimeUp());
-    EXPECT_EQ(timer.getCounter(), 0);
-    timer.stop();
-    EXPECT_TRUE(timer.isTimeUp());
-    timer.stop();
-    EXPECT_TRUE(timer.isTimeUp());
-    EXPECT_EQ(timer.getCounter(), 1);
+    timer.setTimeout(0.05);
     timer.start();
-    timer.stop();
-    timer.start(); // nobody asked in between
-    EXPECT_EQ(timer.getCounter(), 1);
+    EXPECT_TRUE(comesUp(timer) && timer.isTimeUpCOS());
+    EXPECT_GE(secondsSince(begin), 0.05);
+    EXPECT_LT(secondsSince(begin), kLong / 2);
 }
 
-/// Timers that one thread starts, stops, changes and destroys at random: the flag is down while a long period runs, up
-/// once it is stopped or changed, and never up before the time of a short one, which may run out at any moment.
-std::size_t driveAtRandom(unsigned seed)
+/// A timer and what it must say: the flag is down while a long period runs, up once it is stopped or changed, and never
+/// up before the time of a short one, which may run out at any moment; a period counts once it was seen to be over.
+struct Driven {
+    std::unique_ptr<OneShotTimer> timer = std::make_unique<OneShotTimer>();
+    double timeout = 0;
+    bool running = true, seenOver = false; // with a period of 0 s
+    int periodsOver = 0;
+    Clock::time_point begin = Clock::now();
+
+    void setTimeout(double seconds)
+    {
+        timer->setTimeout(seconds);
+        if (!(seconds > 0))
+            return; // ignored
+        timeout = seconds;
+        running = false;
+    }
+    void start()
+    {
+        running = true;
+        seenOver = false;
+        begin = Clock::now();
+        timer->start();
+    }
+    /// What is wrong; nothing at best.
+    std::string check()
+    {
+        const bool up = timer->isTimeUp();
+        if (up && running && secondsSince(begin) < timeout)
+            return "up before its time";
+        if (!up && !running)
+            return "not up, though it is stopped";
+        if (up && !std::exchange(seenOver, true))
+            ++periodsOver;
+        return timer->getCounter() != periodsOver ? "periods are not counted once each"
+               : timer->getTimeout() != timeout   ? "another timeout"
+                                                  : "";
+    }
+};
+
+std::string driveAtRandom(unsigned seed)
 {
-    struct Driven {
-        std::unique_ptr<OneShotTimer> timer = std::make_unique<OneShotTimer>();
-        double timeout = 0;
-        bool running = true; // with a period of 0 s
-        Clock::time_point begin = Clock::now();
-    };
     std::mt19937 random(seed);
     std::vector<Driven> driven(8);
-    std::size_t failures = 0;
+    const double odd[] = {0, -1, NAN, 1e300, INFINITY};
     for (int i = 0; i < 20000; ++i) {
         Driven& d = driven[random() % driven.size()];
+        const auto begin = Clock::now();
         switch (random() % 8) {
         case 0:
             d.running = false;
@@ -118,40 +105,42 @@ std::size_t driveAtRandom(unsigned seed)
                 d = Driven();
             break;
         case 2:
+            d.setTimeout(random() % 4 == 0 ? odd[random() % std::size(odd)] : kLong);
+            break;
         case 3:
-            d.timeout = random() % 2 == 0 ? kHour : 1e-6 * static_cast<double>(1 + random() % 200);
-            d.running = false;
-            d.timer->setTimeout(d.timeout);
+            d.setTimeout(1e-6 * static_cast<double>(1 + random() % 200));
             break;
         case 4:
         case 5:
-            if (d.timeout > 0) {
-                d.running = true;
-                d.begin = Clock::now();
-                d.timer->start();
-            }
+            if (d.timeout > 0)
+                d.start();
             break;
         default:
             break;
         }
-        const bool up = d.timer->isTimeUp();
-        const bool mayBeUp = !d.running || secondsSince(d.begin) >= d.timeout;
-        failures += up && !mayBeUp ? 1 : 0;
-        failures += !up && !d.running ? 1 : 0;
+        if (secondsSince(begin) > kLong / 2)
+            return "a call that waits for a period";
+        if (const std::string wrong = d.check(); !wrong.empty())
+            return wrong;
     }
     for (Driven& d : driven)
-        if (d.timeout < kHour)
-            awaitTimeUp(*d.timer); // or the test runs out of its own time
-    return failures;
+        if (d.timeout < kLong && !comesUp(*d.timer))
+            return "a short period that does not end";
+    return "";
 }
 
 TEST(OneShotTimerThreadTest, ManyTimersKeepTheirFlagsWhateverIsDoneToThem)
 {
-    std::vector<std::future<std::size_t>> threads;
-    for (unsigned seed = 1; seed <= 3; ++seed)
-        threads.push_back(std::async(std::launch::async, driveAtRandom, seed));
-    for (std::future<std::size_t>& thread : threads)
-        EXPECT_EQ(thread.get(), 0U);
+    std::vector<std::future<std::string>> outcomes;
+    for (unsigned seed = 1; seed <= 3; ++seed) {
+        std::packaged_task<std::string(unsigned)> drive(driveAtRandom);
+        outcomes.push_back(drive.get_future());
+        std::thread(std::move(drive), seed).detach(); // one that is stuck is not waited for
+    }
+    for (std::future<std::string>& outcome : outcomes) {
+        ASSERT_EQ(outcome.wait_for(std::chrono::seconds(100)), std::future_status::ready) << "stuck in a call";
+        EXPECT_EQ(outcome.get(), "");
+    }
 }
 
 } // namespace

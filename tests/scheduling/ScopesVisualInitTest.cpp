@@ -1,5 +1,5 @@
 #include "support/Expect.h"
-#include "support/RecordingHost.h"
+#include "support/TestHost.h"
 
 #include <tracery/ScopesVisualInit.h>
 #include <tracery/embedded/EmbeddedHost.h>
@@ -54,10 +54,10 @@ using ScopesVisualInitTest = Fixture;
 TEST(ScopesVisualInitSessionTest, WhatAHostFailsToQueueLeavesNothingToDo)
 {
     for (const std::size_t queued : {1U, 2U, 3U, 4U, 5U, 6U}) {
-        test::RecordingHost host;
+        test::TestHost host;
         const HostScope attached(host);
-        host.whileQueueing = [&] {
-            if (host.session->tasks.size() == queued)
+        host.whenAsked = [&](const std::string& what) {
+            if (what.starts_with('+') && host.session->tasks.size() == queued)
                 throw 7;
         };
         EXPECT_THROW(ScopesVisualInit(), int);
@@ -70,7 +70,7 @@ TEST(ScopesVisualInitSessionTest, OneSessionServesAllObjectsUntilItIsFinished)
 {
     const std::string queued = "session ScopesVisualInitializer +ExtMgr +VarnWidgets +ScopeExt +ScopesGfx2Phase1 "
                                "+ScopesVELTRAGraphics2Phase2 +ScopesVELTRATasks ";
-    test::RecordingHost host;
+    test::TestHost host;
     host.knownClass = "half";
     const HostScope attached(host);
     ScopesVisualInit first;
@@ -86,8 +86,10 @@ TEST(ScopesVisualInitSessionTest, OneSessionServesAllObjectsUntilItIsFinished)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "half failed to load\nhalf failed to load\n");
     EXPECT_FALSE(host.session->tasks.at(4)->run(*host.session));
     first.removeAllTasks();
-    EXPECT_EQ(host.takeLog(), "call0 -ExtMgr -VarnWidgets -ScopeExt -ScopesGfx2Phase1 call1 "
-                              "-ScopesVELTRAGraphics2Phase2 -ScopesVELTRATasks ");
+    const std::string flush = "feature FlushTaskMgrOnUELoadForTests ";
+    EXPECT_EQ(host.takeLog(), flush + "class half class half " + flush + "class half " + flush +
+                                  "call0 -ExtMgr -VarnWidgets -ScopeExt -ScopesGfx2Phase1 call1 "
+                                  "-ScopesVELTRAGraphics2Phase2 -ScopesVELTRATasks ");
     host.session->finished = true;
     const ScopesVisualInit third;
     EXPECT_EQ(host.takeLog(), queued);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/TemporaryFolder.h"
+
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -11,25 +13,15 @@
 namespace fs = std::filesystem;
 
 /// Runs the program in a folder that goes away with the test.
-class ProgramTest : public ::testing::Test {
+class ProgramTest : public ::testing::Test, protected tracery::test::TemporaryFolder {
 protected:
     ProgramTest()
     {
-        std::string name = (fs::temp_directory_path() / "tracery-program-XXXXXX").string();
-        folder_ = mkdtemp(name.data());
         std::string table = "time,v [V],w\n";
         for (int i = 0; i < 1000; ++i)
             table += std::to_string(i * 0.001) + "," + std::to_string(i / 100 % 2) + "," +
                      (i >= 300 && i < 400 ? "" : std::to_string(i % 7)) + "\n";
         write("good.csv", table);
-    }
-    ~ProgramTest() override { fs::remove_all(folder_); }
-
-    void write(const std::string& name, const std::string& text) { std::ofstream(folder_ / name) << text; }
-    std::string read(const std::string& name)
-    {
-        std::ifstream file(folder_ / name);
-        return {std::istreambuf_iterator<char>(file), {}};
     }
 
     struct Outcome {
@@ -53,5 +45,5 @@ protected:
         return run(arguments).status == 0 ? read(arguments.substr(arguments.rfind(' ') + 1)) : "";
     }
 
-    fs::path folder_;
+    const fs::path& folder_ = path();
 };

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <tracery/host/Error.h>
-#include <tracery/host/HostArray.h>
+#include <tracery/host/Arrays.h>
 
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -42,29 +40,21 @@ inline ::testing::AssertionResult sameBits(const std::vector<double>& actual, co
     return sameBits(actual.data(), expected.data(), actual.size());
 }
 
-/// A real matrix from values in column-major order.
+/// Short names of what tests make most.
 inline HostArrayPtr matrix(std::uint64_t rows, std::uint64_t columns, const std::vector<double>& values)
 {
-    HostArrayPtr array(createDoubleMatrix(rows, columns, HostComplexity::real));
-    if (!values.empty())
-        std::memcpy(getRealData(array.get()), values.data(), values.size() * sizeof(double));
-    return array;
+    return makeMatrix(rows, columns, values);
 }
+inline HostArrayPtr row(const std::vector<double>& values) { return makeRow(values); }
 
-inline HostArrayPtr row(const std::vector<double>& values) { return matrix(1, values.size(), values); }
-
-/// One part of an array as a vector; empty for null.
-inline std::vector<double> part(const HostArray* array, const double* data)
-{
-    return data != nullptr ? std::vector<double>(data, data + getNumberOfElements(array)) : std::vector<double>();
-}
+/// One part of an array, to be compared; empty for null.
 inline std::vector<double> realOf(const HostArray* array)
 {
-    return array ? part(array, getRealData(array)) : part(nullptr, nullptr);
+    return {realValues(array).begin(), realValues(array).end()};
 }
 inline std::vector<double> imagOf(const HostArray* array)
 {
-    return array ? part(array, getImagData(array)) : part(nullptr, nullptr);
+    return {imagValues(array).begin(), imagValues(array).end()};
 }
 
 } // namespace tracery::test

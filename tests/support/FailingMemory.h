@@ -15,6 +15,9 @@ bool memoryRanOut();
 /// How many bytes this thread has allocated in all, freed or not.
 std::size_t bytesAllocated();
 
+/// From now on allocations above `largest` bytes fail, and with operator new those past `most` in all.
+void limitBytes(std::size_t largest = -1, std::size_t most = -1);
+
 /// Memory for so many allocations, for as long as this lives.
 struct MemoryLimit {
     MemoryLimit(long allocations, Shortage shortage) { allowAllocations(allocations, shortage); }

@@ -3,6 +3,7 @@
 #include "UsageError.h"
 
 #include <tracery/embedded/errors.h>
+#include <tracery/host/Arrays.h>
 
 #include <dlfcn.h>
 
@@ -95,8 +96,7 @@ ScopeHost::ScopeHost(const std::string& module)
 
 void ScopeHost::setRefreshPeriod(double seconds)
 {
-    const HostArrayPtr period(createDoubleMatrix(1, 1, HostComplexity::real));
-    *getRealData(period.get()) = seconds;
+    const HostArrayPtr period = makeScalar(seconds);
     const HostArray* inputs[] = {period.get()};
     host_.functions().call("SetScopeRefreshRateImpl", inputs, 0);
 }

@@ -2,6 +2,7 @@
 
 #include <tracery/embedded/HostClass.h>
 #include <tracery/embedded/errors.h>
+#include <tracery/host/Arrays.h>
 #include <tracery/host/ObjectSystem.h>
 
 #include <cstring>
@@ -94,11 +95,8 @@ HostOutputs addXY(LineAnimator& animator, const HostObjectRef& line, const HostA
 HostOutputs getXY(LineAnimator& animator, const HostObjectRef& line, const HostArray*)
 {
     const std::span<const double> points = animator.points(line);
-    HostArrayPtr array(createDoubleMatrix(2, points.size() / 2, HostComplexity::real));
-    if (!points.empty())
-        std::memcpy(getRealData(array.get()), points.data(), points.size_bytes());
     HostOutputs outputs;
-    outputs.push_back(std::move(array));
+    outputs.push_back(makeMatrix(2, points.size() / 2, points));
     return outputs;
 }
 
@@ -129,8 +127,7 @@ void AnimatorClassInfo::defineClass(ClassDefinition& definition) const
 std::unique_ptr<InstancePayload> AnimatorClassInfo::createInstance(const HostObjectRef&) const
 {
     auto payload = std::make_unique<LinePayload>();
-    HostArrayPtr none(createDoubleMatrix(1, 1, HostComplexity::real));
-    *getRealData(none.get()) = -1;
+    HostArrayPtr none = makeScalar(-1);
     setArrayScope(none.get(), HostArrayScope::persistent);
     std::static_pointer_cast<DrawnLine>(payload->as(typeid(DrawnLine)))->parent = std::move(none);
     return payload;

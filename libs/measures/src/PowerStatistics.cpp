@@ -1,3 +1,4 @@
+#include <tracery/host/Arrays.h>
 #include <tracery/measures/PowerStatistics.h>
 
 #include <algorithm>
@@ -25,8 +26,8 @@ void PowerStatistics::forPowers(std::span<const double> real, std::span<const do
 
 void PowerStatistics::add(std::span<const double> real, std::span<const double> imag)
 {
-    const HostArrayPtr powers(createDoubleMatrix(real.size() / width_, channels_.size(), HostComplexity::real));
-    double* next = getRealData(powers.get());
+    const HostArrayPtr powers = makeMatrix(real.size() / width_, channels_.size());
+    auto next = realValues(powers.get()).begin();
     forPowers(real, imag, [&](Channel& totals, double power, std::size_t i) {
         *next++ = power;
         if (!std::isfinite(power)) {
@@ -39,10 +40,9 @@ void PowerStatistics::add(std::span<const double> real, std::span<const double> 
         totals.sum += power;
         totals.peak = std::max(totals.peak, power);
     });
-    HostArray *peaks = nullptr, *averages = nullptr, *counts = nullptr, *curves = nullptr;
-    buffer_.updateCCDF(powers.get(), bins_, resolution_, peaks, averages, counts, curves);
-    const HostArrayPtr ownedPeaks(peaks), ownedAverages(averages), ownedCounts(counts);
-    curves_.reset(curves);
+    auto outputs = outputsOf<4>(
+        [&](auto&... out) { buffer_.updateCCDF(powers.get(), bins_, resolution_, out...); }); // the curves last
+    curves_ = std::move(outputs.back());
 }
 
 void PowerStatistics::countAbove(std::span<const double> real, std::span<const double> imag)

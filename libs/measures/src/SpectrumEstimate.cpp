@@ -1,3 +1,4 @@
+#include <tracery/host/Arrays.h>
 #include <tracery/measures/SpectrumEstimate.h>
 
 #include <unsupported/Eigen/FFT>
@@ -43,7 +44,7 @@ SpectrumEstimate::SpectrumEstimate(SpectrumSettings settings)
     const std::size_t overlap = buffer_.getNumOverlapSamples(), hop = settings_.segment - overlap;
     notWhole_ = (overlap + hop - 1) / hop;
     if (const std::size_t more = notWhole_ * hop - overlap; more > 0) {
-        const HostArrayPtr zeros(createDoubleMatrix(more, channels_.size(), buffer_.getComplexity()));
+        const HostArrayPtr zeros = makeMatrix(more, channels_.size(), buffer_.getComplexity());
         buffer_.AddValue(zeros.get(), 0, false);
     }
     frameSteps_ = hop * std::max<std::size_t>(1, kBufferedValues / settings_.segment);
@@ -63,7 +64,7 @@ void SpectrumEstimate::add(std::span<const double> real, std::span<const double>
 void SpectrumEstimate::addFrame(std::span<const double> real, std::span<const double> imag)
 {
     const std::size_t steps = real.size() / settings_.width;
-    const HostArrayPtr frame(createDoubleMatrix(steps, channels_.size(), buffer_.getComplexity()));
+    const HostArrayPtr frame = makeMatrix(steps, channels_.size(), buffer_.getComplexity());
     const auto fill = [&](double* to, std::span<const double> from) {
         for (const std::size_t channel : settings_.channels)
             for (std::size_t i = 0; i < steps; ++i)

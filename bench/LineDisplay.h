@@ -2,13 +2,14 @@
 
 #include <tracery/AbstractTimeDomainPlotter.h>
 #include <tracery/embedded/EmbeddedHost.h>
+#include <tracery/host/Arrays.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <span>
 #include <vector>
 
-namespace tracery::test {
+namespace tracery::bench {
 
 /// A time display as a host makes it: its lines are objects of the embedded host, which keeps the points that are
 /// drawn. The host outlives the display and has the library's classes.
@@ -33,8 +34,7 @@ public:
     {
         if (pairs == nullptr)
             return;
-        const HostArrayPtr points(createDoubleMatrix(2, getNumberOfElements(pairs) / 2, HostComplexity::real));
-        std::copy_n(getRealData(pairs), getNumberOfElements(pairs), getRealData(points.get()));
+        const HostArrayPtr points = makeMatrix(2, getNumberOfElements(pairs) / 2, realValues(pairs));
         getTimeScopeLine(line)->plotData(points.get(), true, columns / getTimeSpan());
     }
     void clearLines()
@@ -50,4 +50,4 @@ private:
     std::vector<HostObjectRef> animated_;
 };
 
-} // namespace tracery::test
+} // namespace tracery::bench
