@@ -1,9 +1,5 @@
 #include "buffers/PortRings.h"
 
-#include <tracery/host/Error.h>
-
-#include <algorithm>
-
 namespace tracery {
 
 std::uint64_t PortRings::capacityOf(const StepLayout& layout, std::uint64_t steps)
@@ -27,31 +23,6 @@ PortRings::ValueLine& PortRings::line(HostComplexity part)
     if (!imag_)
         throw Error(errors::AddComplexDataError);
     return *imag_;
-}
-
-StepLayout::Input PortRings::inputOf(std::span<const std::uint64_t> dims, const ValueLine& line,
-                                     std::uint64_t timeSteps) const
-{
-    StepLayout::Input input = layout_.inputOf(dims);
-    if (line.steps + input.steps != timeSteps)
-        throw Error(errors::AddValueError);
-    return input;
-}
-
-void PortRings::append(ValueLine& line, StepLayout::Input& input, const double* values) noexcept
-{
-    line.steps += input.steps;
-    layout_.append(line.ring, input, values);
-    dropValuesWithoutTimes();
-}
-
-void PortRings::dropValuesWithoutTimes() noexcept
-{
-    forEachLine([&](ValueLine& line) {
-        const std::uint64_t lag = times_->steps - line.steps; // the newest times whose values are still to come
-        const std::uint64_t kept = times_->ring.size() - std::min(lag, times_->ring.size());
-        line.ring.keepNewest(kept * layout_.elements());
-    });
 }
 
 void PortRings::follow(TimeLine::Drop drop) noexcept

@@ -3,8 +3,10 @@
 #include "buffers/StepLayout.h"
 #include "buffers/TimeLine.h"
 
+#include <tracery/host/Error.h>
 #include <tracery/host/HostArray.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -51,13 +53,30 @@ public:
 
     /// What `dims` come to for a line that must be level with `timeSteps` times then.
     /// throws  AddValueInputFormatError, AddValueError
-    StepLayout::Input inputOf(std::span<const std::uint64_t> dims, const ValueLine& line,
-                              std::uint64_t timeSteps) const;
+    StepLayout::Input inputOf(std::span<const std::uint64_t> dims, const ValueLine& line, std::uint64_t timeSteps) const
+    {
+        StepLayout::Input input = layout_.inputOf(dims);
+        if (line.steps + input.steps != timeSteps)
+            throw Error(errors::AddValueError);
+        return input;
+    }
     /// Appends values that there is room for.
-    void append(ValueLine& line, StepLayout::Input& input, const double* values) noexcept;
+    void append(ValueLine& line, StepLayout::Input& input, const double* values) noexcept
+    {
+        line.steps += input.steps;
+        layout_.append(line.ring, input, values);
+        dropValuesWithoutTimes();
+    }
 
     /// Keeps steps aligned with times from the newest end: no value may outlast its time.
-    void dropValuesWithoutTimes() noexcept;
+    void dropValuesWithoutTimes() noexcept
+    {
+        forEachLine([&](ValueLine& line) {
+            const std::uint64_t lag = times_->steps - line.steps; // the newest times whose values are still to come
+            const std::uint64_t kept = times_->ring.size() - std::min(lag, times_->ring.size());
+            line.ring.keepNewest(kept * layout_.elements());
+        });
+    }
     /// Drops the values of newest times that are gone.
     void follow(TimeLine::Drop drop) noexcept;
     /// Drops all values but that of the newest time, which was step number `newest`, if it has come.

@@ -70,24 +70,14 @@ void Ports::addArray(Port& port, const HostArray* times, const HostArray* values
         throw Error(errors::AddValueInputFormatError);
 
     const std::uint64_t newSteps = times != nullptr ? getNumberOfElements(times) : 0;
-    struct Part {
-        PortRings::ValueLine* line;
-        StepLayout::Input input;
-        const double* values;
-    } parts[2]{};
-    const double* const data[] = {getRealData(values), getImagData(values)};
-    std::size_t count = 0;
-    port.rings.forEachLine([&](PortRings::ValueLine& line) {
-        parts[count] = {&line, port.rings.inputOf(extents, line, port.rings.times().steps + newSteps), data[count]};
-        ++count;
-    });
-    const std::span<Part> lines = std::span(parts).first(count);
+    const std::uint64_t timeSteps = port.rings.times().steps + newSteps;
+    PortRings::ValueLine& real = port.rings.line(HostComplexity::real);
+    PortRings::ValueLine* const imag = port.rings.complex() ? &port.rings.line(HostComplexity::complex) : nullptr;
+    StepLayout::Input realInput = port.rings.inputOf(extents, real, timeSteps);
+    StepLayout::Input imagInput = imag != nullptr ? port.rings.inputOf(extents, *imag, timeSteps) : StepLayout::Input();
     std::vector<double> zeros;
-    for (Part& part : lines)
-        if (part.values == nullptr) {
-            zeros.resize(elements);
-            part.values = zeros.data();
-        }
+    if (getRealData(values) == nullptr || (imag != nullptr && getImagData(values) == nullptr))
+        zeros.resize(elements);
     Counts newExtents;
     const bool otherExtents =
         takeExtents && !std::equal(extents.begin(), extents.end(), port.arrayExtents.begin(), port.arrayExtents.end());
@@ -95,8 +85,9 @@ void Ports::addArray(Port& port, const HostArray* times, const HostArray* values
         newExtents.assign(extents.begin(), extents.end());
     if (times != nullptr)
         forWrittenTimeLines(port, [newSteps](TimeLine& line) { line.ring.reserveFor(newSteps); });
-    for (const Part& part : lines)
-        port.rings.layout().reserve(part.line->ring, part.input);
+    port.rings.layout().reserve(real.ring, realInput);
+    if (imag != nullptr)
+        port.rings.layout().reserve(imag->ring, imagInput);
 
     // From here on nothing can fail.
     if (times != nullptr)
@@ -104,8 +95,10 @@ void Ports::addArray(Port& port, const HostArray* times, const HostArray* values
     if (otherExtents)
         port.arrayExtents.swap(newExtents);
     port.takeArrayExtents &= !takeExtents;
-    for (Part& part : lines)
-        write(port, *part.line, part.input, part.values);
+    const auto orZeros = [&zeros](const double* part) { return part != nullptr ? part : zeros.data(); };
+    write(port, real, realInput, orZeros(getRealData(values)));
+    if (imag != nullptr)
+        write(port, *imag, imagInput, orZeros(getImagData(values)));
 }
 
 } // namespace tracery

@@ -57,44 +57,33 @@ StepLayout::Input StepLayout::inputOf(std::span<const std::uint64_t> dims) const
     if (numDims != numExtents && numDims != numExtents + 1)
         throw Error(errors::AddValueInputFormatError);
     input.steps = dim(numExtents);
-    input.extents.resize(numExtents);
-    for (std::size_t d = 0; d < numExtents; ++d)
+    input.extents.resize(2 * numExtents);
+    std::uint64_t elementsPerStep = 1;
+    for (std::size_t d = 0; d < numExtents; ++d) {
         if ((input.extents[d] = dim(d)) > extents_[d])
             throw Error(errors::AddValueInputFormatError);
-    const std::uint64_t elementsPerStep = elementsOf(input.extents);
+        elementsPerStep *= dim(d);
+    }
     input.elements = elementsPerStep * input.steps;
     input.whole = elementsPerStep == elements_;
-    input.subscripts.assign(numExtents, 0);
     return input;
 }
 
-std::uint64_t StepLayout::kept(const Ring& ring, const Input& input) const
+void StepLayout::appendParts(Ring& ring, Input& input, const double* values) const noexcept
 {
-    return std::min(input.steps, ring.capacity() / elements_);
-}
-
-void StepLayout::reserve(Ring& ring, const Input& input) const
-{
-    ring.reserveFor(input.whole ? input.elements : kept(ring, input) * elements_);
-}
-
-void StepLayout::append(Ring& ring, Input& input, const double* values) const noexcept
-{
-    if (input.whole)
-        return ring.append(values, input.elements);
-    const std::uint64_t inputStep = elementsOf(input.extents);
+    const std::uint64_t inputStep = input.elements / input.steps;
     const bool sparse = static_cast<double>(inputStep) / static_cast<double>(elements_) < kSparseShare;
     for (std::uint64_t i = input.steps - kept(ring, input); i < input.steps; ++i)
         sparse ? fillSparse(ring, input, values + i * inputStep) : fillDense(ring, input, values + i * inputStep);
 }
 
 /// Walks the columns of one step of the input: calls visit(offset of the column's first element in the block) in storage
-/// order. `subscripts` has a 0 for each extent, and again afterwards.
+/// order.
 template <class Visit>
 void StepLayout::forEachColumn(Input& input, Visit&& visit) const
 {
-    const Counts& extents = input.extents;
-    Counts& subscripts = input.subscripts;
+    const auto extents = std::span(input.extents).first(extents_.size()),
+               subscripts = std::span(input.extents).subspan(extents_.size());
     while (true) {
         std::uint64_t offset = 0;
         std::uint64_t stride = 1;
