@@ -5,6 +5,10 @@
 
 #include <tracery/host/HostArray.h>
 
+#include <malloc.h>
+
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -16,10 +20,13 @@ thread_local long allocationsLeft = -1;
 thread_local Shortage shortageToCome = Shortage::ofOneAllocation;
 thread_local bool ranOut = false;
 thread_local std::size_t bytesSoFar = 0;
+std::atomic<std::size_t> largestAllowed = -1, mostAllowed = -1, held = 0;
 
-/// throws when this allocation is to fail
-void countAllocation()
+/// throws  std::bad_alloc when this allocation is to fail
+void countAllocation(std::size_t bytes)
 {
+    if (bytes > largestAllowed)
+        throw std::bad_alloc();
     if (allocationsLeft < 0)
         return;
     if (allocationsLeft > 0) {
@@ -41,9 +48,25 @@ void* checked(void* memory)
 
 void* allocate(std::size_t bytes)
 {
-    countAllocation();
+    countAllocation(bytes);
     bytesSoFar += bytes;
     return checked(std::malloc(bytes != 0 ? bytes : 1));
+}
+
+/// With operator new.
+void* hold(std::size_t bytes)
+{
+    if (bytes > mostAllowed - std::min<std::size_t>(mostAllowed, held))
+        throw std::bad_alloc();
+    void* memory = allocate(bytes);
+    held += malloc_usable_size(memory);
+    return memory;
+}
+
+void release(void* memory) noexcept
+{
+    held -= malloc_usable_size(memory);
+    std::free(memory);
 }
 
 } // namespace
@@ -55,19 +78,32 @@ void tracery::test::allowAllocations(long count, Shortage shortage)
     if (count >= 0)
         ranOut = false;
 }
+void tracery::test::limitBytes(std::size_t largest, std::size_t most)
+{
+    largestAllowed = largest;
+    mostAllowed = most;
+}
 bool tracery::test::memoryRanOut() { return ranOut; }
 std::size_t tracery::test::bytesAllocated() { return bytesSoFar; }
 
 void* tracery::allocateMemory(std::size_t bytes) { return allocate(bytes); }
 void* tracery::allocateZeros(std::size_t bytes)
 {
-    countAllocation();
+    countAllocation(bytes);
     return checked(std::calloc(bytes != 0 ? bytes : 1, 1));
 }
 
-void* operator new(std::size_t bytes) { return allocate(bytes); }
-void* operator new[](std::size_t bytes) { return allocate(bytes); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new(std::size_t bytes) { return hold(bytes); }
+void* operator new[](std::size_t bytes) { return hold(bytes); }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept
+{
+    try {
+        return hold(bytes);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { release(memory); }

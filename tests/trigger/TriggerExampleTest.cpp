@@ -69,22 +69,6 @@ TEST(EdgeTriggerTest, ACrossingAtNoFiniteTimeLeavesLaterOnesAlone)
     EXPECT_EQ(eventsOf(automatic, everySecond({1, 1, -1, 1}), low), Events{2.5});
 }
 
-TEST(WindowTriggerTest, AnExcursionOfNegativePolarityNeedsMoreThanReachingTheLevelOnPurpose)
-{
-    EXPECT_EQ(events<Window>({.polarity = -1}, {1, 2.1, 1}), Events{});
-    EXPECT_EQ(events<Window>({.polarity = 0, .maxTime = 0}, {0.5, 2.1, 1}), Events{1}) << "reached and left at 1 s";
-}
-
-TEST(WindowTriggerTest, AStayWithoutACrossingStartsAtTheSampleValueOnPurpose)
-{
-    const Signal signal{{100, 1}, {101, 1}, {102, 2.1}};
-    auto exact = make<Window>({.minTime = 101, .maxTime = 101});
-    EXPECT_EQ(eventsOf(exact, signal), Events{102}) << "102 s less the value 1";
-    auto shorter = make<Window>({.maxTime = 100});
-    EXPECT_EQ(eventsOf(shorter, signal), Events{});
-    EXPECT_EQ(shorter.getNumOutOfTimeBounds(), 1U);
-}
-
 TEST(TriggerBaseTest, AutoLevelFollowsTheWindowButNotOnAnEmptyBlock)
 {
     // Extremes at which other orders of operations round otherwise.
