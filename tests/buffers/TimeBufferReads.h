@@ -146,46 +146,84 @@ protected:
         port.cleared = false;
     }
 
+    /// A channel's samples of steps [s, e), as (time, value) pairs of both parts; `fits` until it reaches outside.
+    struct Pairs {
+        Samples parts[2];
+        bool fits = true;
+    };
+    static Pairs pairsOf(const PortModel& port, std::size_t s, std::size_t e, std::uint64_t channels,
+                         std::uint64_t channel, std::uint64_t perFrame, double period, bool polar, double offset = 0)
+    {
+        Pairs pairs;
+        const Samples re = port.values(0, s, e), im = port.values(1, s, e);
+        const double dt = std::isinf(period) ? 0 : period / static_cast<double>(perFrame);
+        for (std::size_t i = s; i < e; ++i)
+            for (std::uint64_t j = 0; j < perFrame; ++j) {
+                const std::uint64_t at = (i - s) * perFrame * channels + perFrame * channel + j;
+                if (at >= re.size())
+                    return {{}, false};
+                const double t = static_cast<double>(j) * dt + port.steps[i].time + offset;
+                const double magnitude = im[at] == 0 ? std::abs(re[at]) : std::hypot(re[at], im[at]);
+                const double phase = std::atan2(im[at], re[at]) * 57.29577951308232;
+                pairs.parts[0].insert(pairs.parts[0].end(), {t, polar ? magnitude : re[at]});
+                pairs.parts[1].insert(pairs.parts[1].end(), {t, polar ? phase : im[at]});
+            }
+        return pairs;
+    }
+    /// Those at times in (after, upTo] of the steps from `from` on, of a channel of frames as long as the first extent.
+    Pairs pairsWithin(const PortModel& port, double from, double after, double upTo, std::uint64_t channel,
+                      bool isFrameBased, double period, TimeBuffer::SamplePart part)
+    {
+        const std::uint64_t perFrame = isFrameBased && !port.maxExtents.empty() ? port.maxExtents[0] : 1;
+        const bool polar = part == TimeBuffer::SamplePart::magnitude || part == TimeBuffer::SamplePart::phase;
+        int s = 0, e = 0;
+        if (!port.find(from, std::numeric_limits<double>::max(), false, s, e))
+            return {};
+        const Pairs all = pairsOf(port, static_cast<std::size_t>(s), static_cast<std::size_t>(e) + 1,
+                                  port.width() / perFrame, channel, perFrame, isFrameBased ? period : INFINITY, polar);
+        const Samples& wanted =
+            all.parts[part == TimeBuffer::SamplePart::imaginary || part == TimeBuffer::SamplePart::phase];
+        Pairs within{{}, all.fits};
+        for (std::size_t i = 0; i < wanted.size(); i += 2)
+            if (wanted[i] > after && wanted[i] <= upTo)
+                within.parts[0].insert(within.parts[0].end(), {wanted[i], wanted[i + 1]});
+        return within;
+    }
+    /// Of the channels of a port; now and then one more.
+    std::uint64_t anyChannel(const PortModel& port, bool isFrameBased)
+    {
+        const std::uint64_t perFrame = isFrameBased && !port.maxExtents.empty() ? port.maxExtents[0] : 1;
+        return below((perFrame == 0 ? 1 : port.width() / perFrame) + (chance(0.1) ? 2 : 0) + (port.width() == 0));
+    }
+
     void checkInterleaved(std::uint64_t k, double tStart, double tEnd, bool widen, double lastDrawn)
     {
         const PortModel& port = ports_[k];
-        const bool isFrameBased = chance(0.5);
-        const std::uint64_t perFrame = isFrameBased && chance(0.8) ? below(chance(0.3) ? 12 : 3) + 1 : 1;
-        const std::uint64_t channels = below(4) + 1, channel = below(channels + (chance(0.1) ? 1 : 0));
+        const bool isFrameBased = chance(0.5), polar = chance(0.3), fits = chance(0.5) && port.width() > 0;
+        std::uint64_t perFrame = isFrameBased && chance(0.8) ? below(chance(0.3) ? 12 : 3) + 1 : 1;
+        if (fits)
+            perFrame = isFrameBased && !port.maxExtents.empty() ? port.maxExtents[0] : 1;
+        const std::uint64_t channels = fits ? port.width() / perFrame : below(4) + 1;
+        const std::uint64_t channel = below(channels + (chance(0.1) ? 1 : 0));
         const double period = chance(0.2) ? INFINITY : 0.7, offset = chance(0.5) ? 0.0 : -2.5;
-        const bool polar = chance(0.3);
-
         const Samples seeds{INFINITY, -INFINITY, INFINITY, -INFINITY};
-        Samples limits = seeds, expectedLimits = seeds, real, imag;
+        Samples limits = seeds, expectedLimits = seeds;
         int s = 0, e = 0;
         std::string expected = port.refusal();
+        Pairs pairs;
         if (expected == "none" && port.find(tStart, tEnd, widen, s, e)) {
             if (port.steps[static_cast<std::size_t>(s)].time <= lastDrawn)
                 ++s;
-            const auto first = static_cast<std::size_t>(s), end = static_cast<std::size_t>(e) + 1;
-            const Samples re = port.values(0, first, end), im = port.values(1, first, end);
-            for (std::size_t i = first; i < end && expected == "none"; ++i)
-                for (std::uint64_t j = 0; j < perFrame; ++j) {
-                    const std::uint64_t at = (i - first) * perFrame * channels + perFrame * channel + j;
-                    if (at >= re.size()) {
-                        expected = "InvalidChannelID";
-                        break;
-                    }
-                    const double dt = !isFrameBased || std::isinf(period) ? 0 : period / static_cast<double>(perFrame);
-                    const double t = static_cast<double>(j) * dt + port.steps[i].time + offset;
-                    double values[] = {re[at], im[at]};
-                    if (polar) {
-                        values[0] = im[at] == 0 ? std::abs(re[at]) : std::hypot(re[at], im[at]);
-                        values[1] = std::atan2(im[at], re[at]) * 57.29577951308232;
-                    }
-                    real.insert(real.end(), {t, values[0]});
-                    imag.insert(imag.end(), {t, values[1]});
-                    for (const std::size_t part : {0U, 1U}) {
-                        double &least = expectedLimits[2 * part], &greatest = expectedLimits[2 * part + 1];
-                        least = values[part] < least ? values[part] : least;
-                        greatest = values[part] > greatest ? values[part] : greatest;
-                    }
-                }
+            pairs = pairsOf(port, static_cast<std::size_t>(s), static_cast<std::size_t>(e) + 1, channels, channel,
+                            perFrame, isFrameBased ? period : INFINITY, polar, offset);
+            for (std::size_t i = 0; i < 2 * pairs.parts[0].size(); ++i) {
+                const std::size_t part = i % 2, at = i / 2;
+                double &least = expectedLimits[2 * part], &greatest = expectedLimits[2 * part + 1];
+                const double value = pairs.parts[part][at];
+                least = at % 2 == 1 && value < least ? value : least;
+                greatest = at % 2 == 1 && value > greatest ? value : greatest;
+            }
+            expected = pairs.fits ? expected : "InvalidChannelID";
         }
         HostArray* out = nullptr;
         attempt(expected, [&] {
@@ -194,58 +232,47 @@ protected:
                                                isFrameBased, period, static_cast<std::int32_t>(perFrame), widen, polar);
         });
         const HostArrayPtr owned(out);
-        run_.pairs += real.size() / 2;
+        run_.pairs += pairs.parts[0].size() / 2;
         if (expected != "none")
             return;
-        ASSERT_TRUE(sameBits(realOf(out), real));
-        ASSERT_TRUE(sameBits(imagOf(out), imag));
+        ASSERT_TRUE(sameBits(realOf(out), pairs.parts[0]));
+        ASSERT_TRUE(sameBits(imagOf(out), pairs.parts[1]));
         ASSERT_TRUE(sameBits(limits, expectedLimits));
     }
 
-    /// The trigger read is the later part of the display read, one part of the values at a time.
     void checkSamplesAfter(std::uint64_t k, double after)
     {
         const PortModel& port = ports_[k];
         const bool isFrameBased = chance(0.5);
-        const std::uint64_t perFrame = isFrameBased && !port.maxExtents.empty() ? port.maxExtents[0] : 1;
-        const std::uint64_t channels = perFrame == 0 ? 1 : port.width() / perFrame;
-        const std::uint64_t channel = below(channels + (chance(0.1) || channels == 0 ? 2 : 0));
+        const std::uint64_t channel = anyChannel(port, isFrameBased);
         const double period = chance(0.2) ? INFINITY : 0.7;
-        const double from = std::isinf(after) ? std::numeric_limits<double>::lowest() : after;
-        const auto wanted = static_cast<TimeBuffer::SamplePart>(below(4));
-        const bool polar = wanted == TimeBuffer::SamplePart::magnitude || wanted == TimeBuffer::SamplePart::phase;
-        const bool first = wanted == TimeBuffer::SamplePart::real || wanted == TimeBuffer::SamplePart::magnitude;
-
-        Samples limits(4), expected, pairs{1, 2, 3};
-        HostArray* out = nullptr;
-        const std::string failed = failure([&] {
-            buffer_.GetTimeAndValueInterleaved(k, out, limits, 0, from, std::numeric_limits<double>::max(), -INFINITY,
-                                               channels, channel, isFrameBased, period,
-                                               static_cast<std::int32_t>(perFrame), false, polar);
-        });
-        const HostArrayPtr owned(out);
-        const Samples all = first ? realOf(out) : imagOf(out);
-        for (std::size_t i = 0; i < all.size(); i += 2)
-            if (all[i] > after)
-                expected.insert(expected.end(), {all[i], all[i + 1]});
-        attempt(failed, [&] { buffer_.GetSamplesAfter(after, k, channel, isFrameBased, period, wanted, pairs); });
-        ASSERT_TRUE(sameBits(pairs, expected));
+        const auto part = static_cast<TimeBuffer::SamplePart>(below(4));
+        std::string expected = port.refusal();
+        Pairs pairs;
+        if (expected == "none")
+            pairs = pairsWithin(port, std::max(after, std::numeric_limits<double>::lowest()), after, INFINITY, channel,
+                                isFrameBased, period, part);
+        Samples got{1, 2, 3};
+        expected = pairs.fits ? expected : "InvalidChannelID";
+        attempt(expected, [&] { buffer_.GetSamplesAfter(after, k, channel, isFrameBased, period, part, got); });
+        ASSERT_TRUE(sameBits(got, pairs.parts[0]));
     }
 
-    /// Blocks end to end are the trigger read up to a time, however long they are; one that is full of one time is asked
-    /// for again, larger. Frames last no time here, as random steps would part others.
+    /// Blocks end to end, however long they are; one that is full of one time is asked for again, larger. Frames last no
+    /// time here, as random steps would part others.
     void checkSamplesBetween(std::uint64_t k, double after, double upTo)
     {
         const PortModel& port = ports_[k];
         const bool isFrameBased = chance(0.5);
-        const std::uint64_t perFrame = isFrameBased && !port.maxExtents.empty() ? port.maxExtents[0] : 1;
-        const std::uint64_t channel = port.width() == 0 ? 0 : below(port.width() / perFrame);
+        const std::uint64_t channel = anyChannel(port, isFrameBased);
         const auto part = static_cast<TimeBuffer::SamplePart>(below(4));
-        Samples all, expected, got;
-        if (failure([&] { buffer_.GetSamplesAfter(after, k, channel, isFrameBased, INFINITY, part, all); }) != "none")
+        if (!port.isLevel())
             return;
-        for (std::size_t i = 0; i < all.size() && all[i] <= upTo; i += 2)
-            expected.insert(expected.end(), {all[i], all[i + 1]});
+        const Pairs pairs = pairsWithin(port, std::numeric_limits<double>::lowest(), after, upTo, channel, isFrameBased,
+                                        INFINITY, part);
+        Samples got;
+        if (!pairs.fits)
+            return;
         Samples block(2 + below(18));
         for (double from = after;;) {
             std::uint64_t count = 0;
@@ -262,7 +289,7 @@ protected:
             got.insert(got.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(2 * count));
             from = got.end()[-2];
         }
-        ASSERT_TRUE(sameBits(got, expected));
+        ASSERT_TRUE(sameBits(got, pairs.parts[0]));
     }
 
     Random& random_;

@@ -83,16 +83,14 @@ TEST(TriggerBaseTest, AutoLevelFollowsTheWindowButNotOnAnEmptyBlock)
     edge.updateEventQueue(static_cast<const std::complex<double>*>(nullptr), 0, others, 0, queue);
     EXPECT_EQ(edge.getLevel(), (0.1 + 0.7) * 0.5);
 
-    const auto followsTwo = [&]<class Detector>(Detector detector) {
+    const auto expectTwo = [&]<class Detector>(Detector detector) {
         eventsOf(detector, everySecond({0}), extrema);
-        return detector.getLowerLevel() == 0.1 + (0.7 - 0.1) * 0.1 &&
-               detector.getUpperLevel() == 0.1 + (0.7 - 0.1) * 0.9;
+        EXPECT_EQ(detector.getLowerLevel(), 0.1 + (0.7 - 0.1) * 0.1);
+        EXPECT_EQ(detector.getUpperLevel(), 0.1 + (0.7 - 0.1) * 0.9);
     };
     const Settings automatic{.autoLevel = true};
-    EXPECT_TRUE(followsTwo(make<PulseWidth>(automatic)));
-    EXPECT_TRUE(followsTwo(make<Runt>(automatic)));
-    EXPECT_TRUE(followsTwo(make<Transition>(automatic)));
-    EXPECT_TRUE(followsTwo(make<Window>(automatic)));
+    expectTwo(make<PulseWidth>(automatic)), expectTwo(make<Runt>(automatic));
+    expectTwo(make<Transition>(automatic)), expectTwo(make<Window>(automatic));
 
     auto timeout = make<Timeout>({.level = 7});
     timeout.setAutoLevel(true);
