@@ -1,5 +1,6 @@
 // A TimeBuffer beside its plain model; or alone, with times and arguments of any kind.
 
+#include "Floor.h"
 #include "arrays.h"
 #include "buffers/TimeBufferModel.h"
 
@@ -101,11 +102,20 @@ private:
 
 void fuzz::runInput(Bytes& bytes)
 {
+    static Floor refusals("refusals", 2000), shortages("operations short of memory", 5000);
+    static Floor apart("values that came later than their times", 2000), lost("readers that were late", 300);
+    static Floor oneTime("blocks full of one time", 2000), patterns("patterns of NaN", 100),
+        pairs("pairs drawn", 100000);
     const std::size_t before = getNumberOfLiveArrays();
-    const auto run = [&](auto&& subject) {
-        while (!bytes.isEmpty())
+    if (bytes.flag()) {
+        for (Any subject(bytes); !bytes.isEmpty();)
             subject.step();
-    };
-    bytes.flag() ? run(test::RandomBuffer<Bytes>(bytes)) : run(Any(bytes));
+    } else {
+        test::BufferRun run;
+        for (test::RandomBuffer<Bytes> subject(bytes, run); !bytes.isEmpty();)
+            subject.step();
+        refusals += run.refusals, shortages += run.shortages, apart += run.apart, lost += run.lost;
+        oneTime += run.fullOfOneTime, patterns += run.patterns, pairs += run.pairs;
+    }
     EXPECT_EQ(getNumberOfLiveArrays(), before);
 }

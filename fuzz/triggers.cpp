@@ -1,6 +1,7 @@
 // Each detector beside its naive rule, on signals of any samples that come in blocks of any size.
 
 #include "Bytes.h"
+#include "Floor.h"
 #include "support/Expect.h"
 #include "trigger/TriggerFixtures.h"
 
@@ -35,13 +36,23 @@ naive::Settings anySettings(Bytes& bytes)
     return s;
 }
 
+/// Edge and timeout have none.
 template <class Detector>
-void compare(Bytes& bytes, naive::Outcome (naive::Rules::*rule)())
+constexpr bool hasDurations =
+    !std::is_same_v<Detector, EdgeTimeDomainTrigger> && !std::is_same_v<Detector, TimeoutTimeDomainTrigger>;
+
+template <class Detector>
+void compare(Bytes& bytes, naive::Outcome (naive::Rules::*rule)(), const std::string& kind)
 {
-    const naive::Settings settings = anySettings(bytes);
+    static fuzz::Floor found(kind + ": events", 10000), heldOff(kind + ": held off", 5000);
+    static fuzz::Floor ofComplex(kind + ": events of complex samples", 5000);
+    static fuzz::Floor outOfBounds(kind + ": out of bounds", hasDurations<Detector> ? 2000 : 0);
+    const bool hostile = bytes.flag();
+    std::mt19937 random(bytes());
+    const naive::Settings settings = hostile ? tracery::anySettings(random) : anySettings(bytes);
     const std::size_t cuts = 1 + bytes.below(16);
     const bool asComplex = bytes.flag(), imagPart = asComplex && bytes.flag();
-    const naive::Signal signal = anySignal(bytes);
+    const naive::Signal signal = hostile ? hostileSignal(random) : anySignal(bytes);
     auto detector = make<Detector>(settings);
     detector.shouldProcessImagPart(imagPart);
     EventQueue events;
@@ -62,6 +73,8 @@ void compare(Bytes& bytes, naive::Outcome (naive::Rules::*rule)())
     EXPECT_EQ(detector.getNumAcceptedEvents(), expected.events.size());
     EXPECT_EQ(detector.getNumHoldoffRefusals(), expected.heldOff);
     EXPECT_EQ(detector.getNumOutOfTimeBounds(), expected.outOfBounds);
+    found += expected.events.size(), heldOff += expected.heldOff, outOfBounds += expected.outOfBounds;
+    ofComplex += asComplex ? expected.events.size() : 0;
 }
 
 } // namespace
@@ -70,16 +83,16 @@ void fuzz::runInput(Bytes& bytes)
 {
     switch (bytes.below(6)) {
     case 0:
-        return compare<EdgeTimeDomainTrigger>(bytes, &naive::Rules::edge);
+        return compare<EdgeTimeDomainTrigger>(bytes, &naive::Rules::edge, "Edge");
     case 1:
-        return compare<TimeoutTimeDomainTrigger>(bytes, &naive::Rules::timeout);
+        return compare<TimeoutTimeDomainTrigger>(bytes, &naive::Rules::timeout, "Timeout");
     case 2:
-        return compare<PulseWidthTimeDomainTrigger>(bytes, &naive::Rules::pulseWidth);
+        return compare<PulseWidthTimeDomainTrigger>(bytes, &naive::Rules::pulseWidth, "PulseWidth");
     case 3:
-        return compare<RuntTimeDomainTrigger>(bytes, &naive::Rules::runt);
+        return compare<RuntTimeDomainTrigger>(bytes, &naive::Rules::runt, "Runt");
     case 4:
-        return compare<TransitionTimeDomainTrigger>(bytes, &naive::Rules::transition);
+        return compare<TransitionTimeDomainTrigger>(bytes, &naive::Rules::transition, "Transition");
     default:
-        return compare<WindowTimeDomainTrigger>(bytes, &naive::Rules::window);
+        return compare<WindowTimeDomainTrigger>(bytes, &naive::Rules::window, "Window");
     }
 }

@@ -13,7 +13,7 @@ struct SampleView {
     std::ptrdiff_t stride = 1;     ///< doubles from one sample to the next
 
     /// Sample i of count; nothing is checked.
-    double operator[](std::size_t i) const { return first[static_cast<std::ptrdiff_t>(i) * stride]; }
+    const double& operator[](std::size_t i) const { return first[static_cast<std::ptrdiff_t>(i) * stride]; }
 };
 
 /// The real parts of complex samples.

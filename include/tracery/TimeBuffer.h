@@ -270,19 +270,6 @@ public:
 
 private:
     struct TRACERY_NO_EXPORT State;
-    class TRACERY_NO_EXPORT Lock;
-    struct ChannelRead {
-        std::uint64_t port;
-        std::uint64_t channel;
-        bool isFrameBased;
-        double framePeriod;
-        SamplePart part;
-    };
-    template <class Find, class MakeRoom>
-    std::uint64_t readChannel(const ChannelRead& read, double after, double upTo, Find&& find,
-                              MakeRoom&& makeRoom) const;
-    template <class Find>
-    void read(std::uint64_t port, HostArray*& time, HostArray*& value, Find&& find) const;
     std::unique_ptr<State> state_;
 };
 

@@ -1,105 +1,69 @@
+// Reads of all channels of a port.
+
 #include "buffers/TimeBufferState.h"
-#include "support/timeSpacing.h"
+#include "buffers/allocateDoubles.h"
 
 #include <tracery/TimeBuffer.h>
+#include <tracery/host/Error.h>
 
 #include <limits>
-#include <new>
 
 namespace tracery {
 
 namespace {
 
 /// Steps copied out of a port's rings; turned into arrays once the lock is released.
-struct CopiedSteps {
-    std::uint64_t count;
-    std::uint64_t elementsPerStep;
-    HostDoubles times;
-    HostDoubles real;
-    HostDoubles imag;
-
-    HostArrayPtr takeTimes() { return HostArrayPtr(adoptDoubleMatrix(1, count, std::move(times), nullptr)); }
-    HostArrayPtr takeValues()
+class CopiedSteps {
+public:
+    CopiedSteps(const StepsView& steps, const StepRange& range)
+        : count_(range.count()), width_(steps.width), times_(copyOf(steps.times, range, 1)),
+          real_(copyOf(steps.real, range, width_)), imag_(steps.imag ? copyOf(*steps.imag, range, width_) : nullptr)
+    {}
+    void give(HostArray*& time, HostArray*& value)
     {
-        return HostArrayPtr(adoptDoubleMatrix(elementsPerStep, count, std::move(real), std::move(imag)));
+        HostArrayPtr times(adoptDoubleMatrix(1, count_, std::move(times_), nullptr));
+        value = adoptDoubleMatrix(width_, count_, std::move(real_), std::move(imag_));
+        time = times.release();
     }
+
+private:
+    static HostDoubles copyOf(const Ring::View& ring, const StepRange& range, std::uint64_t width)
+    {
+        HostDoubles out = allocateDoubles(range.count() * width);
+        if (width > 0)
+            ring.copy(range.first * width, range.count() * width, out.get());
+        return out;
+    }
+
+    std::uint64_t count_;
+    std::uint64_t width_;
+    HostDoubles times_;
+    HostDoubles real_;
+    HostDoubles imag_;
 };
 
-template <class Range>
-CopiedSteps copySteps(const Ring& times, std::uint64_t elementsPerStep, const Ring& real, const Ring* imag,
-                      const Range& range)
+/// find(rings)  gives the steps to read
+template <class State, class Find>
+void readSteps(State& state, std::uint64_t port, HostArray*& time, HostArray*& value, Find&& find)
 {
-    const std::uint64_t count = range.count();
-    const auto copy = [&](const Ring& ring, std::uint64_t width) {
-        HostDoubles out = allocateDoubles(count * width);
-        if (width > 0)
-            ring.view().copy(range.first * width, count * width, out.get());
-        return out;
-    };
-    return {count, elementsPerStep, copy(times, 1), copy(real, elementsPerStep),
-            imag != nullptr ? copy(*imag, elementsPerStep) : nullptr};
+    time = nullptr;
+    value = nullptr;
+    auto copied = state.onPort(port, [&find](const Ports&, const Port& one) -> std::optional<CopiedSteps> {
+        const std::optional<StepRange> range = find(one.rings);
+        return range ? std::optional<CopiedSteps>(std::in_place, one.rings.view(), *range) : std::nullopt;
+    });
+    if (copied)
+        copied->give(time, value);
+}
+
+void copyRing(const Ring::View& ring, std::uint64_t first, std::uint64_t count, std::vector<double>& out)
+{
+    out.resize(count);
+    if (count > 0)
+        ring.copy(first, count, out.data());
 }
 
 } // namespace
-
-HostDoubles allocateDoubles(std::uint64_t count)
-{
-    std::size_t bytes = 0;
-    if (__builtin_mul_overflow(count, sizeof(double), &bytes))
-        throw std::bad_alloc();
-    return HostDoubles(static_cast<double*>(allocateMemory(bytes)));
-}
-
-bool TimeBuffer::State::readable(std::uint64_t port) const
-{
-    requirePort(port);
-    const Port& p = ports[port];
-    const TimeLine& line = timesOf(port);
-    if (p.real.steps != line.steps)
-        throw Error(errors::AddValueError);
-    if (line.ring.empty() || p.real.ring.empty())
-        return false;
-    if (!p.imag)
-        return true;
-    if (p.imag->steps != line.steps)
-        throw Error(errors::GetComplexDataError);
-    return !p.imag->ring.empty();
-}
-
-std::optional<std::uint64_t> TimeBuffer::State::startingIndex(const Ring& times, double time)
-{
-    const std::uint64_t index = times.view().lowerBound(time - timeSpacing(time));
-    return index < times.size() ? std::optional(index) : std::nullopt;
-}
-
-std::optional<std::uint64_t> TimeBuffer::State::endingIndex(const Ring& times, double time)
-{
-    const std::uint64_t index = times.view().lowerBound(time + timeSpacing(time));
-    return index > 0 ? std::optional(index - 1) : std::nullopt;
-}
-
-TimeBuffer::State::FoundSteps TimeBuffer::State::findSteps(std::uint64_t port, double tStart, double tEnd,
-                                                           bool widen) const
-{
-    FoundSteps found;
-    if (!readable(port))
-        return found;
-    const Ring& ring = timesOf(port).ring;
-    found.first = startingIndex(ring, tStart);
-    if (!found.first)
-        return found;
-    found.last = endingIndex(ring, tEnd);
-    if (!found.last)
-        return found;
-    if (widen) {
-        const Ring::View timeView = ring.view();
-        if (*found.first > 0 && timeView[*found.first] > tStart)
-            --*found.first;
-        if (*found.last < ring.size() - 1 && tEnd > timeView[*found.last])
-            ++*found.last;
-    }
-    return found;
-}
 
 bool TimeBuffer::GetIndexRange(std::uint64_t port, double tStart, double tEnd, bool widen, int& startIndex,
                                int& endIndex) const
@@ -110,10 +74,8 @@ bool TimeBuffer::GetIndexRange(std::uint64_t port, double tStart, double tEnd, b
         return index ? static_cast<int>(*index) : -1;
     };
     startIndex = endIndex = -1;
-    const Lock lock(*state_);
-    if (!state_->initialized)
-        return false;
-    const State::FoundSteps found = state_->findSteps(port, tStart, tEnd, widen);
+    const auto found =
+        state_->onPort(port, [=](const Ports&, const Port& one) { return one.rings.find(tStart, tEnd, widen); });
     startIndex = asIndex(found.first);
     endIndex = asIndex(found.last);
     return found.range().has_value();
@@ -121,39 +83,50 @@ bool TimeBuffer::GetIndexRange(std::uint64_t port, double tStart, double tEnd, b
 
 void TimeBuffer::GetTimeAndValue(std::uint64_t port, HostArray*& time, HostArray*& value) const
 {
-    read(port, time, value, [port](const State& s) -> std::optional<State::StepRange> {
-        if (!s.readable(port))
-            return std::nullopt;
-        return State::StepRange{0, s.timesOf(port).ring.size() - 1};
-    });
+    readSteps(*state_, port, time, value, [](const PortRings& rings) { return rings.all(); });
 }
 
 void TimeBuffer::GetTimeAndValue(std::uint64_t port, HostArray*& time, HostArray*& value, double tStart, double tEnd,
                                  bool widen) const
 {
-    read(port, time, value, [=](const State& s) { return s.findSteps(port, tStart, tEnd, widen).range(); });
+    readSteps(*state_, port, time, value,
+              [=](const PortRings& rings) { return rings.find(tStart, tEnd, widen).range(); });
 }
 
-template <class Find>
-void TimeBuffer::read(std::uint64_t port, HostArray*& time, HostArray*& value, Find&& find) const
+std::uint64_t TimeBuffer::readAfter(std::uint64_t port, ReadPosition& position, ReadSteps& steps) const
 {
-    time = nullptr;
-    value = nullptr;
-    std::optional<CopiedSteps> copied;
-    {
-        const Lock lock(*state_);
-        if (!state_->initialized)
-            return;
-        const std::optional<State::StepRange> range = find(std::as_const(*state_));
-        if (!range)
-            return;
-        const State::Port& p = state_->ports[port];
-        copied = copySteps(state_->timesOf(port).ring, p.elementsPerStep, p.real.ring, p.imag ? &p.imag->ring : nullptr,
-                           *range);
-    }
-    HostArrayPtr times = copied->takeTimes();
-    value = copied->takeValues().release();
-    time = times.release();
+    struct EmptyUnlessKept {
+        ReadSteps& steps;
+        bool kept = false;
+        ~EmptyUnlessKept()
+        {
+            for (std::vector<double>* part : {&steps.times, &steps.real, &steps.imag})
+                if (!kept)
+                    part->clear();
+        }
+    } guard{steps};
+    return state_->onPort(port, [&](const Ports& all, const Port& one) -> std::uint64_t {
+        if (!one.rings.readable())
+            return 0;
+        const StepsView view = one.rings.view();
+        const std::uint64_t written = one.rings.times().steps, stored = one.rings.times().ring.size();
+        const std::uint64_t oldest = written - stored;
+        const bool goesOn = position.clearings == all.clearings && position.steps <= written;
+        const std::uint64_t from = goesOn ? std::max(position.steps, oldest) : oldest;
+        const auto copyPart = [&](const Ring::View& ring, std::uint64_t width, std::vector<double>& out) {
+            copyRing(ring, (from - oldest) * width, (written - from) * width, out);
+        };
+        copyPart(view.times, 1, steps.times);
+        copyPart(view.real, view.width, steps.real);
+        if (view.imag)
+            copyPart(*view.imag, view.width, steps.imag);
+        else
+            steps.imag.clear();
+        guard.kept = true;
+        const std::uint64_t lost = goesOn ? from - position.steps : 0;
+        position = {written, all.clearings};
+        return lost;
+    });
 }
 
 } // namespace tracery

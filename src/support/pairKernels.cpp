@@ -26,9 +26,10 @@ TRACERY_INLINE double timeAt(const SampleRun& run, std::size_t i)
 template <bool kHasTimes, bool kSideBySide, class Four, class One>
 TRACERY_INLINE void forEachVector(const SampleRun& run, const Four& four, const One& one)
 {
+    const SampleView& samples = run.values;
     Lanes index = Lanes{0, 1, 2, 3} + run.first;
     std::size_t i = 0;
-    for (; i + kLanes <= run.count; i += kLanes) {
+    for (; i + kLanes <= samples.count; i += kLanes) {
         Lanes times, values;
         if constexpr (kHasTimes) {
             std::memcpy(&times, run.times + i, sizeof times);
@@ -37,15 +38,15 @@ TRACERY_INLINE void forEachVector(const SampleRun& run, const Four& four, const 
             times = index * run.spacing + run.lead + run.offset;
             index += static_cast<double>(kLanes);
         }
-        const double* x = run.values + i * run.stride;
+        const double* x = &samples[i];
         if constexpr (kSideBySide)
             std::memcpy(&values, x, sizeof values);
         else
-            values = Lanes{x[0], x[run.stride], x[2 * run.stride], x[3 * run.stride]};
+            values = Lanes{x[0], x[samples.stride], x[2 * samples.stride], x[3 * samples.stride]};
         four(times, values);
     }
-    for (; i < run.count; ++i)
-        one(timeAt<kHasTimes>(run, i), run.values[i * run.stride]);
+    for (; i < samples.count; ++i)
+        one(timeAt<kHasTimes>(run, i), samples[i]);
 }
 
 /// The loop that fits the run.
@@ -54,7 +55,7 @@ TRACERY_INLINE void forEachSampleOf(const SampleRun& run, const Four& four, cons
 {
     if (run.times == nullptr)
         forEachVector<false, true>(run, four, one);
-    else if (run.stride == 1)
+    else if (run.values.stride == 1)
         forEachVector<true, true>(run, four, one);
     else
         forEachVector<true, false>(run, four, one);
@@ -66,12 +67,6 @@ TRACERY_INLINE void putPairs(const Lanes& times, const Lanes& values, double* ou
     const Lanes second = __builtin_shufflevector(times, values, 2, 6, 3, 7);
     std::memcpy(out, &first, sizeof first);
     std::memcpy(out + kLanes, &second, sizeof second);
-}
-
-TRACERY_INLINE void widen(ValueRange& range, double value)
-{
-    range.least = value < range.least ? value : range.least;
-    range.greatest = value > range.greatest ? value : range.greatest;
 }
 
 TRACERY_INLINE double* layOutOf(const SampleRun& run, ValueRange& range, double* out)
@@ -88,7 +83,7 @@ TRACERY_INLINE double* layOutOf(const SampleRun& run, ValueRange& range, double*
         [&](double time, double value) __attribute__((always_inline)) {
             *out++ = time;
             *out++ = value;
-            widen(range, value);
+            range.widen(value);
         });
     for (std::size_t k = 0; k < kLanes; ++k) {
         range.least = least[k] < range.least ? least[k] : range.least;

@@ -1,10 +1,12 @@
 #pragma once
 
-#include <cstddef>
+#include "support/vectorUnit.h"
+
+#include <tracery/SampleView.h>
 
 namespace tracery {
 
-/// Samples to lay out as (time, value) pairs. Sample i has the value `values[i * stride]`, and the time
+/// Samples to lay out as (time, value) pairs. Sample i has the value `values[i]`, and the time
 /// (lead + times[i]) + offset, or without `times` ((first + i) * spacing + lead) + offset.
 struct SampleRun {
     const double* times = nullptr;
@@ -12,14 +14,19 @@ struct SampleRun {
     double first = 0;
     double spacing = 0;
     double offset = 0;
-    const double* values = nullptr;
-    std::size_t stride = 1;
-    std::size_t count = 0;
+    SampleView values;
 };
 
 struct ValueRange {
     double least;
     double greatest;
+
+    /// NaN leaves the range alone.
+    TRACERY_INLINE void widen(double value)
+    {
+        least = value < least ? value : least;
+        greatest = value > greatest ? value : greatest;
+    }
 };
 
 /// Lays out a run, and widens the range by its values. NaN leaves the range alone; of zeros of both signs, the range may

@@ -97,6 +97,13 @@ struct NaiveCcdf {
         return levels;
     }
 
+    /// Those of the channels in use: a reset leaves more behind.
+    Matrix totals(Matrix of) const
+    {
+        of.resize(channels);
+        return of;
+    }
+
     void reset()
     {
         channels = 0;

@@ -28,30 +28,17 @@ struct NaiveSegmenter {
             O = L - 1;
     }
 
+    /// Each segment begins with the end of the one before it, the first one with zeros or at once.
     void append(Samples& buf, const Samples& data) const
     {
-        if (L == 0)
-            return;
-        std::size_t next = 0;
-        const auto take = [&](std::size_t count) {
-            for (; count > 0; --count)
-                buf.push_back(data.at(next++));
-        };
-        const auto open = [&] {
+        for (std::size_t i = 0; L > 0; ++i) {
             const std::size_t n = buf.size();
-            for (std::size_t i = 0; i < O; ++i)
-                buf.push_back(n == 0 ? 0.0 : buf.at(n - O + i));
-        };
-        const std::size_t n = buf.size();
-        if (n % L != 0 || (n == 0 && !startWithOverlap))
-            take(std::min(L - n % L, data.size()));
-        for (std::size_t k = (data.size() - next) / (L - O); k > 0; --k) {
-            open();
-            take(L - O);
+            for (std::size_t k = 0; k < O && n % L == 0 && (n > 0 || startWithOverlap); ++k)
+                buf.push_back(n == 0 ? 0.0 : buf.at(n - O + k));
+            if (i == data.size())
+                return;
+            buf.push_back(data[i]);
         }
-        if (buf.size() % L == 0)
-            open();
-        take(data.size() - next);
     }
 
     void addToBuffer(const Frame& frame)

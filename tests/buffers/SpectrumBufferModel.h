@@ -2,6 +2,7 @@
 
 #include "buffers/NaiveSegmenter.h"
 #include "buffers/SpectrumFixtures.h"
+#include "support/ScarceMemory.h"
 
 namespace tracery::test {
 
@@ -9,7 +10,10 @@ namespace tracery::test {
 template <class Random>
 class RandomSpectrum {
 public:
-    explicit RandomSpectrum(Random& random) : random_(random), naive_(6, 50, 1), buffer_(6, 50) { rebuild(); }
+    explicit RandomSpectrum(Random& random) : random_(random), memory_(random), naive_(6, 50, 1), buffer_(6, 50)
+    {
+        rebuild();
+    }
 
     void step()
     {
@@ -25,13 +29,17 @@ public:
         else if (choice == 16)
             both([](auto& n) { n.clear(); }, [](auto& b) { b.clear(); });
         else if (choice == 17)
-            both([](auto& n) { n.flush(); }, [](auto& b) { b.flush(); });
+            flush();
         else if (choice == 18 && below(3) == 0)
             appendToOne();
         else if (choice == 19)
             both([](auto& n) { n.rebuffer(); }, [](auto& b) { b.rebuffer(); });
         compare();
     }
+
+    std::size_t shortages() const { return memory_.failures(); }
+    std::size_t recuts() const { return recuts_; }
+    std::size_t refusals() const { return refusals_; }
 
 private:
     std::size_t below(std::size_t bound) { return random_() % bound; }
@@ -42,9 +50,18 @@ private:
     {
         NaiveSegmenter after = naive_;
         const bool fails = refusal([&] { onNaive(after); }) != "none";
+        refusals_ += fails ? 1 : 0;
+        memory_.attempt(
+            fails ? "invalid vector<T> subscript" : "none", [&] { return refusal([&] { onBuffer(buffer_); }); },
+            [this] { compareContents(); });
         if (!fails)
             naive_ = after;
-        EXPECT_EQ(refusal([&] { onBuffer(buffer_); }), fails ? "invalid vector<T> subscript" : "none");
+    }
+
+    void flush()
+    {
+        naive_.flush();
+        memory_.withoutMemory([this] { buffer_.flush(); });
     }
 
     void addFrame()
@@ -67,6 +84,7 @@ private:
     {
         const auto length = below(2) ? naive_.L : static_cast<std::uint32_t>(below(25));
         const double percent = length != naive_.L ? naive_.percent : 2.5 * static_cast<double>(below(41));
+        recuts_ += naive_.F > 0 && naive_.length() > 0 && (length != naive_.L || percent != naive_.percent) ? 1 : 0;
         both([=](auto& n) { n.setCut(length, percent); },
              [=](auto& b) { b.setSegmentLength(length), b.setOverlapPercent(percent); });
     }
@@ -76,14 +94,23 @@ private:
         const std::size_t channels = below(3) + 1;
         const bool complex = below(2) == 0;
         const HostArrayPtr four = row({4});
-        if (channels != channels_ || complex != (naive_.buffers.size() > channels_))
-            naive_.buffers.assign(channels * (complex ? 2 : 1), {});
+        const bool alone = below(2) == 0, same = complex == (naive_.buffers.size() > channels_);
+        both(
+            [&](auto& n) {
+                if (channels != channels_)
+                    n.buffers.assign(channels * (same == complex ? 2 : 1), {});
+            },
+            [&](auto& b) { b.setNumChannels(static_cast<std::uint32_t>(channels)); });
         channels_ = channels;
-        buffer_.setNumChannels(static_cast<std::uint32_t>(channels));
-        if (below(2) == 0)
-            buffer_.setComplexityFlag(complex ? kComplex : kReal);
-        else
-            buffer_.setupBufferParams(four.get(), nullptr, four.get(), nullptr, complex);
+        both(
+            [&](auto& n) {
+                if (!same)
+                    n.buffers.assign(channels * (complex ? 2 : 1), {});
+            },
+            [&](auto& b) {
+                alone ? b.setComplexityFlag(complex ? kComplex : kReal)
+                      : b.setupBufferParams(four.get(), nullptr, four.get(), nullptr, complex);
+            });
     }
 
     /// To one channel alone: the channels' lengths then differ.
@@ -93,22 +120,37 @@ private:
         const Samples real = ramp(below(30), next_ += 1000);
         std::vector<std::complex<double>> pairs(real.begin(), real.end());
         const auto c = static_cast<std::uint32_t>(channel), count = static_cast<std::uint32_t>(real.size());
-        naive_.append(naive_.buffers[channel], real);
-        if (naive_.buffers.size() > channels_) {
-            naive_.append(naive_.buffers[channels_ + channel], Samples(count, 0.0));
-            buffer_.addtoBuffer(pairs.data(), count, c);
-        } else {
-            buffer_.addtoBuffer(real.data(), count, false, c);
+        const bool complex = naive_.buffers.size() > channels_;
+        both(
+            [&](auto& n) {
+                n.append(n.buffers[channel], real);
+                if (complex)
+                    n.append(n.buffers[channels_ + channel], Samples(count, 0.0));
+            },
+            [&](auto& b) {
+                complex ? b.addtoBuffer(pairs.data(), count, c) : b.addtoBuffer(real.data(), count, false, c);
+            });
+    }
+
+    void compareContents()
+    {
+        EXPECT_EQ(buffer_.getNumOverlapSamples(), naive_.O);
+        EXPECT_EQ(buffer_.getSegmentLength(), naive_.L);
+        EXPECT_EQ(buffer_.getNumChannels(), channels_);
+        EXPECT_EQ(buffer_.getComplexity() == kComplex, naive_.buffers.size() > channels_);
+        EXPECT_EQ(buffer_.getNumSegments(), naive_.segments());
+        EXPECT_EQ(buffer_.getNumProcessedSamples(), naive_.processed);
+        EXPECT_EQ(buffer_.getLastInputFrameLength(), naive_.F);
+        EXPECT_EQ(buffer_.isReady(), naive_.samplesInBlocks() > 0);
+        if (naive_.L > 0) {
+            EXPECT_EQ(buffer_.getNumUnprocessedSamples(),
+                      static_cast<std::uint32_t>(naive_.length() % naive_.L - naive_.O)); // which wraps
         }
     }
 
     void compare()
     {
-        EXPECT_EQ(buffer_.getNumOverlapSamples(), naive_.O);
-        EXPECT_EQ(buffer_.getNumSegments(), naive_.segments());
-        EXPECT_EQ(buffer_.getNumProcessedSamples(), naive_.processed);
-        EXPECT_EQ(buffer_.getLastInputFrameLength(), naive_.F);
-        EXPECT_EQ(buffer_.isReady(), naive_.samplesInBlocks() > 0);
+        compareContents();
         Samples re, im;
         const bool thenClear = below(3) == 0;
         both(
@@ -126,10 +168,12 @@ private:
     }
 
     Random& random_;
+    ScarceMemory<Random> memory_;
     NaiveSegmenter naive_;
     TestBuffer buffer_;
     std::size_t channels_ = 1;
     double next_ = 0;
+    std::size_t recuts_ = 0, refusals_ = 0;
 };
 
 } // namespace tracery::test

@@ -77,31 +77,40 @@ TEST(SpectrumBufferTest, BadInputIsRefusedAndChangesNothing)
     TestBuffer real(0xFFFFFFFF, 100), none(4, 50, kReal, 0), unequal(4, 0, kReal, 2);
     const Samples before = contents(*used);
     const HostArrayPtr narrow = matrix(3, 1, ramp(3)), flag(createLogicalScalar(true)), empty = matrix(0, 1, {});
+    const HostArrayPtr complex(createDoubleMatrix(1, 1, kComplex)), power = matrix(2, 2, {1, 2, 3, 4});
     const double sample = 1, *noSamples = nullptr;
     const HostArray* null = nullptr;
     unequal.addtoBuffer(ramp(4).data(), 4, false, 0);
+    const auto statistics = [&](const HostArray* of, int bins, double resolution) {
+        return [=, &used] { updateCCDF(*used, of, bins, resolution); };
+    };
     const struct {
-        std::function<void()> call;
         const char* refusal;
+        std::vector<std::function<void()>> calls;
     } cases[] = {
-        {[&] { used->AddValue(narrow.get(), 0, true); }, "invalid vector<T> subscript"},
-        {[&] { used->AddValue(flag.get(), 0, true); }, "AddValueDataTypeError"},
-        {[&] { used->addtoBuffer(null); }, "EmptyInput"},
-        {[&] { used->addtoBuffer(&sample, 1, false, 2); }, "invalid vector<T> subscript"},
-        {[&] { used->addtoBuffer(noSamples, 1, true, 1); }, "EmptyInput"},
-        {[&] { used->AddTime(null, 0); }, "EmptyInput"},
-        {[&] { used->AddTime(noSamples, 1, 0); }, "EmptyInput"},
-        {[&] { used->AddTime(flag.get(), 0); }, "AddTimeError"},
-        {[&] { used->clearBackTo(empty.get()); }, "EmptyInput"},
-        {[&] { used->setupBufferParams(narrow.get(), null, null, null, false); }, "EmptyInput"},
-        {[&] { real.addtoBuffer(&sample, 1, true, 0); }, "invalid vector<T> subscript"},
-        {[&] { real.addtoBuffer(&sample, 0xFFFFFFFF, false, 0); }, "vector<T> too long"},
-        {[&] { unequal.getAvailableSegments(); }, "invalid vector<T> subscript"}, // the second channel has none
-        {[&] { unequal.clear(); }, "invalid vector<T> subscript"},
-        {[&] { none.AddValue(narrow.get(), 0, true), none.setSegmentLength(3), none.clear(); }, "none"},
+        {"invalid vector<T> subscript",
+         {[&] { used->AddValue(narrow.get(), 0, true); }, [&] { used->addtoBuffer(&sample, 1, false, 2); },
+          [&] { real.addtoBuffer(&sample, 1, true, 0); },
+          [&] { unequal.getAvailableSegments(); }, // the second channel has none
+          [&] { unequal.clear(); }, statistics(power.get(), 49, 0.5), statistics(power.get(), 0, 0.5)}},
+        {"AddValueDataTypeError", {[&] { used->AddValue(flag.get(), 0, true); }}},
+        {"EmptyInput",
+         {[&] { used->addtoBuffer(null); }, [&] { used->addtoBuffer(noSamples, 1, true, 1); },
+          [&] { used->AddTime(null, 0); }, [&] { used->AddTime(noSamples, 1, 0); },
+          [&] { used->clearBackTo(empty.get()); },
+          [&] { used->setupBufferParams(narrow.get(), null, null, null, false); }, statistics(null, 50, 0.5)}},
+        {"AddTimeError", {[&] { used->AddTime(flag.get(), 0); }}},
+        {"InvalidArgumentType",
+         {statistics(complex.get(), 50, 0.5), statistics(flag.get(), 50, 0.5), statistics(power.get(), 50, 0),
+          statistics(power.get(), 50, -1), statistics(power.get(), 50, std::nan("")), statistics(power.get(), 50, kInf),
+          statistics(power.get(), 50, 1e-320)}},
+        {"vector<T> too long",
+         {[&] { real.addtoBuffer(&sample, 0xFFFFFFFF, false, 0); }, statistics(power.get(), -1, 0.5)}},
+        {"none", {[&] { none.AddValue(narrow.get(), 0, true), none.setSegmentLength(3), none.clear(); }}},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(refusal(c.call), c.refusal) << "case " << &c - cases;
+        for (const auto& call : c.calls)
+            EXPECT_EQ(refusal(call), c.refusal) << "call " << &call - c.calls.data();
     EXPECT_TRUE(sameBits(contents(*used), before));
     EXPECT_FALSE(none.isReady());
 }

@@ -79,10 +79,10 @@ inline Samples contents(SpectrumBuffer& buffer)
     return all;
 }
 
-inline void updateCCDF(SpectrumBuffer& buffer, const HostArray* power)
+inline void updateCCDF(SpectrumBuffer& buffer, const HostArray* power, int bins = 50, double resolution = 0.5)
 {
     HostArray* results[4] = {};
-    buffer.updateCCDF(power, 50, 0.5, results[0], results[1], results[2], results[3]);
+    buffer.updateCCDF(power, bins, resolution, results[0], results[1], results[2], results[3]);
     std::for_each(results, results + 4, destroyArray);
 }
 

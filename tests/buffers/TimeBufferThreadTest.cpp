@@ -8,7 +8,6 @@
 #include <future>
 #include <limits>
 #include <random>
-#include <utility>
 
 using namespace tracery;
 using namespace tracery::test;
@@ -19,246 +18,164 @@ constexpr double kMost = std::numeric_limits<double>::max();
 constexpr double kGeneration = 1.0 / (1 << 20);
 constexpr std::uint64_t kLargest = 400; // capacity
 
-/// Times are whole numbers without gaps, and a value tells its time, its channel and how often the writer had stepped
-/// back when it was written; the imaginary part is the negative. Channel 1 is a square wave besides.
-double valueAt(double time, std::size_t channel, double generation)
-{
-    return channel == 1 ? std::fmod(std::floor(time / 50), 2) : 4 * time + generation * kGeneration;
-}
-
-/// Writes to both ports, changes capacities and clears, as long as `on` holds.
-class Writer {
+/// Two ports, a real one of two channels and a complex one. Times are whole numbers without gaps, and a value tells its
+/// time and how often the writer had stepped back when it was written; the imaginary part is the negative. Channel 1 is
+/// a square wave.
+class SharedBuffer {
 public:
-    Writer(TimeBuffer& buffer, std::atomic<double>& newest) : buffer_(buffer), newest_(newest) {}
-
-    void step()
-    {
-        const unsigned kind = random_() % 64;
-        if (kind == 0)
-            buffer_.SetMaxNumTimeSteps({50 + random_() % (kLargest - 50), 50 + random_() % (kLargest - 50)});
-        else if (kind == 1)
-            stepBack(next_ - 1 - static_cast<double>(random_() % 100));
-        else if (kind == 2)
-            buffer_.clearUptoLastTime();
-        else
-            write(1 + random_() % 24, kind < 8);
-    }
-
-private:
-    void write(std::size_t steps, bool apart)
-    {
-        std::vector<double> times(steps);
-        for (double& time : times)
-            time = next_++;
-        newest_ = std::max(newest_.load(), next_ - 1);
-        for (std::uint64_t port : {0U, 1U}) {
-            const std::size_t channels = 2 - port;
-            HostArrayPtr values(
-                createDoubleMatrix(channels, steps, port == 0 ? HostComplexity::real : HostComplexity::complex));
-            for (std::size_t i = 0; i < steps * channels; ++i) {
-                getRealData(values.get())[i] = valueAt(times[i / channels], i % channels, generation_);
-                if (port == 1)
-                    getImagData(values.get())[i] = -getRealData(values.get())[i];
-            }
-            if (!apart) {
-                buffer_.addTimeAndValue(row(times).get(), values.get(), port, true);
-                continue;
-            }
-            buffer_.AddTime(row(times).get(), port);
-            try {
-                buffer_.AddValue(values.get(), port, true);
-            } catch (const Error&) { // the reader has cleared the times in between
-                buffer_.Clear();
-                return;
-            }
-        }
-    }
-
-    void stepBack(double time)
-    {
-        buffer_.ClearBackTo(time);
-        next_ = std::min(next_, time + 1);
-        ++generation_;
-    }
-
-    TimeBuffer& buffer_;
-    std::atomic<double>& newest_; // time ever written
-    std::mt19937 random_{1};
-    double next_ = 1000;
-    double generation_ = 0;
-};
-
-/// Checks what a read has given: times without gaps, each with its own values.
-class Checker {
-public:
-    void check(bool holds) { failures_ += holds ? 0 : 1; }
-    void step(double time, double value, std::size_t channel)
-    {
-        if (count_++ > 0)
-            check(time == last_ + 1);
-        last_ = time;
-        const double generation = channel == 1 ? 0 : (value - 4 * time) / kGeneration;
-        check(value == valueAt(time, channel, generation) && generation >= generation_ &&
-              generation == std::floor(generation));
-        generation_ = generation;
-    }
-    void begin() { count_ = 0, generation_ = 0; }
-    std::size_t failures() const { return failures_; }
-
-private:
-    std::size_t failures_ = 0;
-    std::size_t count_ = 0;
-    double last_ = 0;
-    double generation_ = 0;
-};
-
-class Reader {
-public:
-    Reader(TimeBuffer& buffer, std::atomic<double>& newest) : buffer_(buffer), newest_(newest)
+    SharedBuffer()
+        : buffer_({200}, {2, 1}, {1, 1}, 2, BufferType::SingleRate, {HostComplexity::real, HostComplexity::complex},
+                  true)
     {
         trigger_.setMode(TDTC::ModeEnum::Normal);
         trigger_.setAutoLevel(false);
         trigger_.setLevel(0.5);
     }
 
-    void step()
+    void write()
     {
-        try {
-            const double last = buffer_.GetLastTime();
-            switch (random_() % 16) {
-            case 0:
-                return changeCapacity();
-            case 1:
-                return random_() % 4 == 0 ? buffer_.Clear() : buffer_.clearUptoLastTime();
-            case 2:
-                return readRange(last);
-            case 3:
-            case 4:
-                return readWindow(last - 100, random_() % 2 == 0 ? last : kMost, random_() % 2 == 0);
-            case 5:
-            case 6:
-                return readPairs(last - 200);
-            case 7:
-            case 8:
-                return readSamples(last - static_cast<double>(random_() % 30));
-            default:
-                return readTriggered(last);
+        const unsigned kind = writing_() % 64;
+        if (kind == 0)
+            return changeCapacity(writing_);
+        if (kind == 1) {
+            const double time = next_ - 1 - static_cast<double>(writing_() % 100);
+            buffer_.ClearBackTo(time);
+            next_ = std::min(next_, time + 1);
+            ++generation_;
+            return;
+        }
+        if (kind == 2)
+            return buffer_.clearUptoLastTime();
+        std::vector<double> times(1 + writing_() % 24);
+        for (double& time : times)
+            time = next_++;
+        newest_ = std::max(newest_.load(), next_ - 1);
+        for (const std::uint64_t port : {0U, 1U}) {
+            const HostArrayPtr values(createDoubleMatrix(2 - port, times.size(), static_cast<HostComplexity>(port)));
+            double *re = getRealData(values.get()), *im = getImagData(values.get());
+            for (const double time : times) {
+                *re++ = 4 * time + generation_ * kGeneration;
+                port == 0 ? * re++ = std::fmod(std::floor(time / 50), 2) : * im++ = -re[-1];
             }
-        } catch (const Error& error) { // what the writer was in the middle of
-            const std::string name = error.name();
-            checker_.check(name == "AddValueError" || name == "GetComplexDataError");
+            if (kind > 8) {
+                buffer_.addTimeAndValue(row(times).get(), values.get(), port, true);
+                continue;
+            }
+            buffer_.AddTime(row(times).get(), port);
+            if (failure([&] { buffer_.AddValue(values.get(), port, true); }) !=
+                "none") // the times were cleared between
+                return buffer_.Clear();
         }
     }
 
-    std::size_t failures() const { return checker_.failures(); }
-    std::size_t windows() const { return windows_; }
-    std::size_t reads() const { return reads_; }
-
-private:
-    void changeCapacity() { buffer_.SetMaxNumTimeSteps({50 + random_() % (kLargest - 50)}); }
-
-    void readRange(double last)
+    void read()
     {
-        int first = 0, end = 0;
-        const bool any = buffer_.GetIndexRange(0, last - 30, kMost, false, first, end);
-        checker_.check(any ? 0 <= first && first <= end && end < static_cast<int>(kLargest) : first == -1 || end == -1);
+        const std::string refused = failure([this] { readAnything(buffer_.GetLastTime(), reading_() % 16); });
+        check(refused == "none" || refused == "AddValueError" || refused == "GetComplexDataError"); // amid a write
     }
 
-    /// Both channels of port 0 in a window.
+    std::size_t failures = 0, reads = 0, windows = 0;
+
+    bool isLevelWhenCleared()
+    {
+        buffer_.Clear();
+        return buffer_.GetIsReady();
+    }
+
+private:
+    void check(bool holds) { failures += holds ? 0 : 1; }
+    void changeCapacity(std::mt19937& random)
+    {
+        buffer_.SetMaxNumTimeSteps({50 + random() % (kLargest - 50), 50 + random() % (kLargest - 50)});
+    }
+
+    void readAnything(double last, unsigned kind)
+    {
+        if (kind == 0)
+            return changeCapacity(reading_);
+        if (kind == 1)
+            return reading_() % 4 == 0 ? buffer_.Clear() : buffer_.clearUptoLastTime();
+        if (kind < 5)
+            return readWindow(last - 100, reading_() % 2 == 0 ? last : kMost, reading_() % 2 == 0);
+        if (kind < 7) {
+            HostArray* out = nullptr;
+            std::vector<double> limits{kMost, -kMost, kMost, -kMost};
+            buffer_.GetTimeAndValueInterleaved(1, out, limits, 0, last - 200, kMost, -1, 1, 0, false, 1, 1, false,
+                                               false);
+            const HostArrayPtr pairs(out);
+            checkPairs(realOf(out), 1);
+            return checkPairs(imagOf(out), -1);
+        }
+        if (kind < 9) {
+            const bool imag = reading_() % 2 == 0;
+            buffer_.GetSamplesAfter(last - 20, 1, 0, false, 0,
+                                    imag ? TimeBuffer::SamplePart::imaginary : TimeBuffer::SamplePart::real, samples_);
+            return checkPairs(samples_, imag ? -1 : 1);
+        }
+        if (!std::isfinite(last))
+            return;
+        double start = 0, end = 0; // around an edge of the square wave
+        trigger_.getTriggerWindow(buffer_, false, 0, 0, 1, 0, last, 40, false, start, end);
+        for (const double event : trigger_.getPendingEvents())
+            check(event > 0 && event <= newest_.load());
+        if (std::isinf(start))
+            return check(start == end);
+        check(end - start == 40 && trigger_.getLastTriggerTime() == start + 20);
+        ++windows;
+        readWindow(start, end, false);
+    }
+
     void readWindow(double from, double to, bool widen)
     {
         HostArray *time = nullptr, *value = nullptr;
         buffer_.GetTimeAndValue(0, time, value, from, to, widen);
         const HostArrayPtr t(time), v(value);
         const std::vector<double> times = realOf(time), values = realOf(value);
-        checker_.check(times.size() <= kLargest && values.size() == 2 * times.size());
-        for (std::size_t channel : {0U, 1U}) {
-            checker_.begin();
-            for (std::size_t i = 0; i < times.size(); ++i) {
-                checker_.check(widen || (times[i] >= from && times[i] <= to));
-                checker_.step(times[i], values[2 * i + channel], channel);
-            }
+        check(times.size() <= kLargest && values.size() == 2 * times.size());
+        std::vector<double> pairs;
+        for (std::size_t i = 0; i < times.size(); ++i) {
+            check(widen || (times[i] >= from && times[i] <= to));
+            check(values[2 * i + 1] == std::fmod(std::floor(times[i] / 50), 2));
+            pairs.insert(pairs.end(), {times[i], values[2 * i]});
         }
-        reads_ += times.size();
+        checkPairs(pairs, 1);
     }
 
-    void readPairs(double from)
+    /// Times without gaps, each with its own value, of generations that do not decrease.
+    void checkPairs(const std::vector<double>& pairs, double sign)
     {
-        constexpr double kInf = std::numeric_limits<double>::infinity();
-        HostArray* pairs = nullptr;
-        std::vector<double> limits{kInf, -kInf, kInf, -kInf};
-        buffer_.GetTimeAndValueInterleaved(1, pairs, limits, 0, from, kMost, -1, 1, 0, false, 1, 1, false, false);
-        const HostArrayPtr p(pairs);
-        const std::vector<double> re = realOf(pairs), im = imagOf(pairs);
-        checker_.begin();
-        for (std::size_t i = 0; i + 1 < re.size(); i += 2) {
-            checker_.step(re[i], re[i + 1], 0);
-            checker_.check(im[i] == re[i] && im[i + 1] == -re[i + 1] && limits[0] <= re[i + 1] &&
-                           limits[1] >= re[i + 1]);
+        double generation = 0;
+        for (std::size_t i = 0; i < pairs.size(); i += 2) {
+            const double written = (sign * pairs[i + 1] - 4 * pairs[i]) / kGeneration;
+            check((i == 0 || pairs[i] == pairs[i - 2] + 1) && written >= generation && written == std::floor(written));
+            generation = written;
         }
-        reads_ += re.size() / 2;
+        reads += pairs.size() / 2;
     }
 
-    void readSamples(double after)
-    {
-        const bool imaginary = random_() % 2 == 0;
-        buffer_.GetSamplesAfter(after, 1, 0, false, 0,
-                                imaginary ? TimeBuffer::SamplePart::imaginary : TimeBuffer::SamplePart::real, samples_);
-        checker_.begin();
-        for (std::size_t i = 0; i + 1 < samples_.size(); i += 2) {
-            checker_.check(samples_[i] > after);
-            checker_.step(samples_[i], imaginary ? -samples_[i + 1] : samples_[i + 1], 0);
-        }
-        reads_ += samples_.size() / 2;
-    }
-
-    /// A window around an edge of the square wave, and what it holds by now.
-    void readTriggered(double now)
-    {
-        if (!std::isfinite(now))
-            return;
-        double start = 0, end = 0;
-        trigger_.getTriggerWindow(buffer_, false, 0, 0, 1, 0, now, 40, false, start, end);
-        for (const double event : trigger_.getPendingEvents())
-            checker_.check(event > 0 && event <= newest_.load());
-        if (std::isinf(start))
-            return checker_.check(start == end);
-        const double event = trigger_.getLastTriggerTime();
-        checker_.check(end - start == 40 && event == start + 20);
-        ++windows_;
-        readWindow(start, end, false);
-    }
-
-    TimeBuffer& buffer_;
-    std::atomic<double>& newest_; // time ever written
+    TimeBuffer buffer_;
     TimeDomainTriggerController trigger_;
-    std::mt19937 random_{2};
-    Checker checker_;
+    std::mt19937 writing_{1}, reading_{2};
+    double next_ = 1000, generation_ = 0;
+    std::atomic<double> newest_{0}; // time ever written
     std::vector<double> samples_;
-    std::size_t reads_ = 0;
-    std::size_t windows_ = 0;
 };
 
 TEST(TimeBufferThreadTest, ReadsBesideAWriterPairValuesWithTheirTimesWhateverBothChange)
 {
-    TimeBuffer buffer({200}, {2, 1}, {1, 1}, 2, BufferType::SingleRate, {HostComplexity::real, HostComplexity::complex},
-                      true);
-    std::atomic<double> newest{0};
-    Writer writer(buffer, newest);
-    Reader reader(buffer, newest);
+    SharedBuffer buffer;
     // Joins however this scope is left, and passes on what the writer throws.
-    std::future<void> done = std::async(std::launch::async, [&writer] {
+    std::future<void> done = std::async(std::launch::async, [&buffer] {
         for (int i = 0; i < 100000; ++i)
-            writer.step();
+            buffer.write();
     });
     while (done.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
-        reader.step();
+        buffer.read();
     done.get();
-    EXPECT_EQ(reader.failures(), 0U);
-    EXPECT_GT(reader.reads(), 0U);
-    EXPECT_GT(reader.windows(), 0U);
-    buffer.Clear();
-    EXPECT_TRUE(buffer.GetIsReady()) << "steps and times are level again";
+    EXPECT_EQ(buffer.failures, 0U);
+    EXPECT_GT(buffer.reads, 0U);
+    EXPECT_GT(buffer.windows, 0U);
+    EXPECT_TRUE(buffer.isLevelWhenCleared());
 }
 
 } // namespace

@@ -36,7 +36,7 @@ set(rows
     "apps/scope/display/.*|${standard}|${system}|${public}|${libraries}|${embedded}|\"(libraries|UsageError|Progress|(stream|display)/[A-Za-z]+)\\.h\""
     "apps/scope/trigger/.*|${standard}|${public}|${libraries}|${embedded}|\"(libraries|UsageError|Progress|(stream|display|trigger)/[A-Za-z]+)\\.h\""
     "apps/scope/.*|<.*>|\"((cli|commands|display|stream|trigger)/)?[A-Za-z]+\\.h\""
-    "examples/.*|${standard}|${public}|${embedded}|\"BareHost.h\"")
+    "examples/.*|${standard}|${public}|${embedded}|${libraries}|\"BareHost.h\"")
 
 set(complaints "")
 set(includes 0)

@@ -87,7 +87,7 @@ TEST(ScopesVisualInitSessionTest, OneSessionServesAllObjectsUntilItIsFinished)
     EXPECT_FALSE(host.session->tasks.at(4)->run(*host.session));
     first.removeAllTasks();
     const std::string flush = "feature FlushTaskMgrOnUELoadForTests ";
-    EXPECT_EQ(host.takeLog(), flush + "class half class half " + flush + "class half " + flush +
+    EXPECT_EQ(host.takeLog(), flush + "class half class half " + flush + "class half class half " + flush +
                                   "call0 -ExtMgr -VarnWidgets -ScopeExt -ScopesGfx2Phase1 call1 "
                                   "-ScopesVELTRAGraphics2Phase2 -ScopesVELTRATasks ");
     host.session->finished = true;

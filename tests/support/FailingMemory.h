@@ -12,11 +12,10 @@ enum class Shortage { ofOneAllocation, lasting };
 void allowAllocations(long count, Shortage shortage = Shortage::ofOneAllocation);
 /// Whether an allocation has failed since.
 bool memoryRanOut();
-/// How many bytes this thread has allocated in all, freed or not.
-std::size_t bytesAllocated();
-
 /// From now on allocations above `largest` bytes fail, and with operator new those past `most` in all.
 void limitBytes(std::size_t largest = -1, std::size_t most = -1);
+/// How many bytes this thread has allocated in all, freed or not.
+std::size_t bytesAllocated();
 
 /// Memory for so many allocations, for as long as this lives.
 struct MemoryLimit {

@@ -138,6 +138,10 @@ private:
             return;
         const auto expected = naive_.window(first, t, look, partial);
         EXPECT_TRUE(tracery::test::sameBits({got.first, got.second}, {expected.first, expected.second}));
+        if (expected.first > -inf) {
+            real_.getLastTriggerWindow(got.first, got.second);
+            EXPECT_TRUE(tracery::test::sameBits({got.first, got.second}, {expected.first, expected.second}));
+        }
         std::vector<std::pair<double, Fate>> consumed;
         for (const auto& event : real_.getConsumedEvents())
             consumed.emplace_back(event.time, event.fate), ++seen_[4 + static_cast<std::size_t>(event.fate)];
@@ -176,12 +180,20 @@ private:
             if (std::exchange(naive_.complexity, complexity) != complexity)
                 naive_.newSignal();
         }
-        if (chance(0.1)) {
-            const auto place = 3 - real_.getSourcePort();
-            real_.setSourcePort(place);
-            real_.setSourcePortChannel(place);
-            naive_.newSignal();
-        }
+        for (const bool channel : {false, true})
+            if (chance(0.05)) {
+                const auto place = static_cast<std::uint32_t>(random_() % 4);
+                const auto set = [&] { channel ? real_.setSourcePortChannel(place) : real_.setSourcePort(place); };
+                EXPECT_EQ(tracery::test::failure(set), place > 0 ? "none"
+                                                       : channel ? "InvalidChannelID"
+                                                                 : "InvalidPortID");
+                if (place > 0 && std::exchange(naive_.source[channel], place) != place)
+                    naive_.newSignal();
+            }
+        EXPECT_EQ(real_.getSourcePort(), naive_.source[0]);
+        EXPECT_EQ(real_.getSourcePortChannel(), naive_.source[1]);
+        if (chance(0.05))
+            real_.setStepBackTolerance(naive_.tolerance = number({0x1p-52, 0.5, 0}));
         if (chance(0.2)) {
             real_.setMode(naive_.mode = chance(0.1) ? ModeEnum::Off : kModes[random_() % 3]);
             naive_.arm(true);

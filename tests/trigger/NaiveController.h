@@ -68,7 +68,8 @@ struct Controller {
 
     ModeEnum mode = ModeEnum::Off;
     bool armed = true;
-    double position = 0.5, delay = 0;
+    double position = 0.5, delay = 0, tolerance = 0x1p-52;
+    std::uint32_t source[2] = {1, 1}; ///< port and channel
     ComplexityEnum complexity = ComplexityEnum::Scalar;
     Settings s{.autoLevel = true};
     std::unique_ptr<Detector> detector = kNewDetector[0](s);
@@ -98,7 +99,7 @@ struct Controller {
     }
     void stepTo(double now)
     {
-        if ((last - now) / std::abs(last) > 0x1p-52)
+        if ((last - now) / std::abs(last) > tolerance)
             reset();
         last = now;
     }
