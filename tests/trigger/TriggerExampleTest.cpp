@@ -69,33 +69,17 @@ TEST(EdgeTriggerTest, ACrossingAtNoFiniteTimeLeavesLaterOnesAlone)
     EXPECT_EQ(eventsOf(automatic, everySecond({1, 1, -1, 1}), low), Events{2.5});
 }
 
-TEST(TriggerBaseTest, AutoLevelFollowsTheWindowButNotOnAnEmptyBlock)
+TEST(TriggerBaseTest, ResetForgetsTheChoiceOfPartInEdgeAndTimeoutOnlyOnPurpose)
 {
-    // Extremes at which other orders of operations round otherwise.
-    const double extrema[] = {0.1, 0.7}, others[] = {1e308, 1.5e308};
-    auto edge = make<Edge>({.autoLevel = true, .level = 7});
-    EventQueue queue;
-    edge.updateEventQueue(static_cast<const double*>(nullptr), 0, extrema, 0, queue);
-    EXPECT_EQ(edge.getLevel(), 7.0);
-    eventsOf(edge, everySecond({0}), others);
-    EXPECT_EQ(edge.getLevel(), INFINITY);
-    eventsOf(edge, everySecond({0}), extrema);
-    edge.updateEventQueue(static_cast<const std::complex<double>*>(nullptr), 0, others, 0, queue);
-    EXPECT_EQ(edge.getLevel(), (0.1 + 0.7) * 0.5);
-
-    const auto expectTwo = [&]<class Detector>(Detector detector) {
-        eventsOf(detector, everySecond({0}), extrema);
-        EXPECT_EQ(detector.getLowerLevel(), 0.1 + (0.7 - 0.1) * 0.1);
-        EXPECT_EQ(detector.getUpperLevel(), 0.1 + (0.7 - 0.1) * 0.9);
+    const std::complex<double> samples[] = {{0, 0}, {0, 0}, {1, 2}, {1, 1}};
+    const auto timeAfterReset = [&](auto detector) {
+        detector.shouldProcessImagPart(true);
+        detector.reset();
+        return detector.interpTime(samples, 1, 1);
     };
-    const Settings automatic{.autoLevel = true};
-    expectTwo(make<PulseWidth>(automatic)), expectTwo(make<Runt>(automatic));
-    expectTwo(make<Transition>(automatic)), expectTwo(make<Window>(automatic));
-
-    auto timeout = make<Timeout>({.level = 7});
-    timeout.setAutoLevel(true);
-    eventsOf(timeout, everySecond({0}), extrema);
-    EXPECT_EQ(timeout.getLevel(), 7.0) << "the timeout detector has no auto level";
+    EXPECT_EQ(timeAfterReset(make<Edge>({})) + timeAfterReset(make<Timeout>({})), 1 + 1);
+    EXPECT_EQ(timeAfterReset(make<PulseWidth>({})) + timeAfterReset(make<Runt>({})), 2 + 2);
+    EXPECT_EQ(timeAfterReset(make<Transition>({})) + timeAfterReset(make<Window>({})), 2 + 2);
 }
 
 TEST(TriggerBaseTest, InterpolationReachesBackToTheCachedSample)
