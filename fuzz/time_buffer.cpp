@@ -105,7 +105,7 @@ void fuzz::runInput(Bytes& bytes)
     static Floor refusals("refusals", 2000), shortages("operations short of memory", 5000);
     static Floor apart("values that came later than their times", 2000), lost("readers that were late", 300);
     static Floor oneTime("blocks full of one time", 2000), patterns("patterns of NaN", 100),
-        pairs("pairs drawn", 100000);
+        pairs("pairs drawn", 20000);
     const std::size_t before = getNumberOfLiveArrays();
     if (bytes.flag()) {
         for (Any subject(bytes); !bytes.isEmpty();)

@@ -66,36 +66,11 @@ std::string refusal(Call&& call)
     return "none";
 }
 
-/// What shows of a buffer.
-inline Samples contents(SpectrumBuffer& buffer)
-{
-    Samples all{
-        static_cast<double>(buffer.getNumProcessedSamples()),  buffer.GetLastTime(),
-        static_cast<double>(buffer.getLastInputFrameLength()), static_cast<double>(buffer.getNumChannels()),
-        static_cast<double>(buffer.getSegmentLength()),        static_cast<double>(buffer.getNumUnprocessedSamples())};
-    const HostArrayPtr segments(buffer.getAvailableSegments()), histogram(buffer.getCCDFHistogram());
-    for (const Samples& part : {realOf(segments.get()), imagOf(segments.get()), realOf(histogram.get())})
-        all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
 inline void updateCCDF(SpectrumBuffer& buffer, const HostArray* power, int bins = 50, double resolution = 0.5)
 {
     HostArray* results[4] = {};
     buffer.updateCCDF(power, bins, resolution, results[0], results[1], results[2], results[3]);
     std::for_each(results, results + 4, destroyArray);
-}
-
-/// Two complex channels of which segments were handed out, and power statistics.
-inline std::unique_ptr<TestBuffer> usedBuffer()
-{
-    auto buffer = std::make_unique<TestBuffer>(8, 50, kComplex, 2);
-    buffer->AddValue(arrayOf({ramp(21), ramp(21, 50), ramp(21, 100), ramp(21, 150)}, 2).get(), 0, true);
-    updateCCDF(*buffer, matrix(2, 2, {1, 2, 3, 4}).get());
-    HostArray *time = nullptr, *value = nullptr;
-    buffer->GetTimeAndValue(0, time, value);
-    destroyArray(value);
-    return buffer;
 }
 
 } // namespace tracery::test

@@ -26,150 +26,139 @@ std::vector<double> timesOf(const TimeBuffer& buffer, std::uint64_t port = 0)
     return realOf(time);
 }
 
+/// All that takes a port: nothing before set-up, an error when there is no such port.
+std::vector<std::string> askOfPort(TimeBuffer& buffer, std::uint64_t port)
+{
+    const HostArrayPtr one = row({1});
+    const double* const values = getRealData(one.get());
+    HostArray *time = nullptr, *value = nullptr;
+    std::vector<double> pairs, block(8), limits(4);
+    TimeBuffer::ReadPosition position;
+    TimeBuffer::ReadSteps steps;
+    int first = 0, last = 0;
+    const std::function<void()> calls[] = {
+        [&] { buffer.AddTime(one.get(), port); },
+        [&] { buffer.AddTime(values, 1, port); },
+        [&] { buffer.AddValue(one.get(), port, true); },
+        [&] { buffer.AddValue(values, {1}, port, kReal); },
+        [&] { buffer.addTimeAndValue(one.get(), nullptr, port, true); },
+        [&] { buffer.SetMaxDimensions({-1}, port); },
+        [&] { buffer.SetSampleTimes(port, {}); },
+        [&] { EXPECT_TRUE(buffer.GetSampleTimes(port).empty()); },
+        [&] { EXPECT_TRUE(buffer.GetMaxDimensions(port).empty()); },
+        [&] { EXPECT_FALSE(buffer.GetIndexRange(port, 0, 1, false, first, last)); },
+        [&] { buffer.GetTimeAndValue(port, time, value); },
+        [&] { buffer.GetTimeAndValue(port, time, value, 0, 1, false); },
+        [&] { buffer.readAfter(port, position, steps); },
+        [&] { buffer.GetTimeAndValueInterleaved(port, value, limits, 0, 0, 1, 0, 0, 7, true, 1, -1, false, false); },
+        [&] { buffer.GetSamplesAfter(0, port, 0, false, 1, kPart, pairs); },
+        [&] { buffer.GetSamplesBetween(0, 9, port, 0, false, 1, kPart, block); },
+    };
+    std::vector<std::string> errors;
+    for (const auto& call : calls)
+        errors.push_back(failure(call));
+    EXPECT_TRUE(time == nullptr && value == nullptr);
+    return errors;
+}
+
 TEST(TimeBufferTest, BeforeSetUpNothingHappensWhateverTheArguments)
 {
     TimeBuffer buffer;
     for (const std::uint64_t ports : {0U, 2U}) {
-        buffer.AddTime(static_cast<const double*>(nullptr), 5, 77);
-        buffer.addTimeAndValue(nullptr, nullptr, 9, false);
-        buffer.AddValue(static_cast<const double*>(nullptr), {3}, 9, kReal);
+        EXPECT_EQ(askOfPort(buffer, 7), std::vector<std::string>(16, "none"));
         buffer.Clear(), buffer.ClearBackTo(0), buffer.clearUptoLastTime();
-        buffer.reserveCapacity(), buffer.SetMaxNumTimeSteps({});
-        buffer.SetMaxDimensions({-1}, 5);
-        buffer.SetMaxDimensions(nullptr);
-        buffer.SetSampleTimes(7, {}), buffer.setIsLinearInterpolation({1, 1, 1});
-        HostArray* pairs = nullptr;
-        std::vector<double> noLimits;
-        buffer.GetTimeAndValueInterleaved(3, pairs, noLimits, 0, 0, 1, 0, 0, 7, true, 1, -1, false, false);
-        EXPECT_EQ(pairs, nullptr);
-        EXPECT_TRUE(timesOf(buffer, 3).empty());
+        buffer.reserveCapacity(), buffer.SetMaxNumTimeSteps({}), buffer.SetMaxDimensions(nullptr);
+        buffer.setIsLinearInterpolation({1, 1, 1});
         EXPECT_FALSE(buffer.isInitialized() || buffer.GetIsReady() || buffer.GetIsFull());
         EXPECT_EQ(buffer.GetLastTime(), -INFINITY);
-        EXPECT_TRUE(buffer.GetSampleTimes(7).empty());
-        EXPECT_TRUE(buffer.GetMaxDimensions(7).empty());
         EXPECT_EQ(buffer.GetNPorts(), ports);
         // … and after it was set up: capacities and sample times stay readable.
         EXPECT_EQ(buffer.GetMaxNumTimeSteps(), Counts(ports, 4));
-        if (ports > 0) {
-            EXPECT_EQ(buffer.GetSampleTimes(1), (std::vector<double>{0.5, 0.25}));
-        }
+        EXPECT_TRUE(ports == 0 || buffer.GetSampleTimes(1) == (std::vector{0.5, 0.25}));
         buffer.ResetBuffer({4}, {1, 1}, {1, 1}, 2, BufferType::MultipleRate, {kReal, kReal}, true);
         buffer.addTimeAndValue(row({1}).get(), row({1}).get(), 1, true);
         buffer.SetSampleTimes(1, {0.5, 0.25});
+        EXPECT_EQ(askOfPort(buffer, 2), std::vector<std::string>(16, "InvalidPortID"));
         buffer.resetInitialized();
     }
     TimeBuffer portless({4}, {}, {}, 0, BufferType::SingleRate, {}, false);
     EXPECT_TRUE(portless.GetIsReady());
-    EXPECT_EQ(failure([&] { portless.AddTime(row({1}).get(), 0); }), "InvalidPortID");
 }
 
 TEST(TimeBufferTest, BadInputIsRefusedAndChangesNothing)
 {
+    using A = const HostArray*;
     TimeBuffer buffer({8}, {2, 2}, {1, 1}, 2, BufferType::MultipleRate, {kReal, kComplex}, false);
     TimeBuffer shared({9}, {1, 1}, 2), wide({4}, {2, 2}, 1);
     buffer.addTimeAndValue(row({1, 2}).get(), matrix(2, 2, {1, 2, 3, 4}).get(), 0, true);
+    const HostArrayPtr one = row({1}), flag(createLogicalScalar(true)), none = row({});
+
+    const auto setUp = [&](Counts capacities, Counts extents, Counts nDim, std::uint64_t ports, std::size_t flags) {
+        const std::vector<HostComplexity> complexity(flags, kComplex);
+        return failure(
+            [&] { buffer.ResetBuffer(capacities, extents, nDim, ports, BufferType::MultipleRate, complexity, true); });
+    };
+    EXPECT_EQ(setUp({5}, {2, 3, 4}, {1, 1}, 2, 2), "InvalidMaxDimensions");
+    EXPECT_EQ(setUp({5}, {2}, {1}, 2, 2), "InvalidMaxDimensions");
+    EXPECT_EQ(setUp({5, 6}, {2, 2, 2}, {1, 1, 1}, 3, 3), "InvalidMaxNumTimeStepsSize");
+    EXPECT_EQ(setUp({5}, {2, 2}, {1, 1}, 2, 1), "InvalidComplexityDimension");
+    EXPECT_EQ(failure([] { TimeBuffer({5}, {1, 1}, 0); }), "InvalidMaxDimensions");
+    EXPECT_EQ(failure([] { TimeBuffer({5}, {1, 1, 1}, 2); }), "InvalidMaxDimensions");
+    EXPECT_EQ(failure([] { TimeBuffer({5, 6}, {}, 1ULL << 50); }), "InvalidMaxNumTimeStepsSize");
+
+    const auto capacities = [&](const Counts& steps) { return failure([&] { shared.SetMaxNumTimeSteps(steps); }); };
+    EXPECT_EQ(capacities({9, 8, 7}), "InvalidMaxNumTimeStepsSize");
+    EXPECT_EQ(capacities({0}), "InvalidMaxNumTimeStepsValue");
+    EXPECT_EQ(capacities({1ULL << 61}), "InvalidMaxNumTimeStepsValue");
+    EXPECT_EQ(capacities({9, 8}), "InvalidMaxNumTimeStepsChange");
+    shared.SetToMaximumCapacity();
+    EXPECT_EQ(shared.GetMaxNumTimeSteps(), (Counts{20000, 20000}));
+
     constexpr int kLargest = std::numeric_limits<int>::max();
-    const HostArrayPtr one = row({1}), flag(createLogicalScalar(true)), text(createString("ab")), none = row({});
-    const HostArray* const null = nullptr;
-    const double* const noValues = nullptr;
-    std::vector<double> pairs, block(8), sampleTimes{1, 2, 3};
-    HostArray *time = nullptr, *value = nullptr;
-    TimeBuffer::ReadPosition position;
-    TimeBuffer::ReadSteps steps;
-    int first = 0, last = 0;
-    const auto reset = [&](Counts capacities, Counts extents, Counts nDim, std::uint64_t ports, std::size_t flags) {
-        return [=, &buffer] {
-            buffer.ResetBuffer(capacities, extents, nDim, ports, BufferType::MultipleRate,
-                               std::vector<HostComplexity>(flags, kComplex), true);
-        };
+    const auto extents = [](TimeBuffer& of, std::vector<int> list) {
+        return failure([&] { of.SetMaxDimensions(list, 0); });
     };
+    const auto allExtents = [&](const HostArrayPtr& matrix) {
+        return failure([&] { buffer.SetMaxDimensions(matrix.get()); });
+    };
+    EXPECT_EQ(extents(buffer, {2, 2}), "InvalidMaxDimensions");
+    EXPECT_EQ(extents(buffer, {-2}), "InvalidMaxDimensions");
+    EXPECT_EQ(extents(wide, {kLargest, kLargest}), "InvalidMaxNumTimeStepsValue");
+    EXPECT_EQ(allExtents(one), "InvalidMaxDimensions");
+    EXPECT_EQ(allExtents(matrix(2, 1, {2, NAN})), "InvalidMaxDimensions");
+    EXPECT_EQ(allExtents(matrix(2, 2, {5, 6, 1, 2})), "InvalidMaxDimensions");
+    EXPECT_EQ(allExtents(matrix(0, 2, {})) + allExtents(nullptr), "EmptyInputEmptyInput");
+
+    const auto add = [&](A times, A values) {
+        return failure([&] { buffer.addTimeAndValue(times, values, 0, true); });
+    };
+    EXPECT_EQ(add(nullptr, one.get()) + add(one.get(), nullptr), "EmptyInputEmptyInput");
+    EXPECT_EQ(add(flag.get(), one.get()), "AddTimeError");
+    EXPECT_EQ(add(one.get(), flag.get()), "AddValueDataTypeError");
+    EXPECT_EQ(add(none.get(), none.get()), "none") << "an empty array is no step";
+    EXPECT_EQ(failure([&] { buffer.AddTime(static_cast<const double*>(nullptr), 1, 0); }), "EmptyInput");
+    wide.AddTime(one.get(), 0);
+    EXPECT_EQ(failure([&] { wide.AddValue(static_cast<const double*>(nullptr), {4}, 0, kReal); }), "EmptyInput");
+
+    EXPECT_EQ(failure([&] { buffer.SetSampleTimes({1, 2, 3}); }), "InvalidSampleTimes");
+    EXPECT_EQ(failure([&] { buffer.SetSampleTimes(0, {1}); }), "InvalidSampleTimes");
+    for (const std::size_t flags : {1U, 3U})
+        EXPECT_EQ(failure([&] { buffer.setIsLinearInterpolation(std::vector<std::uint8_t>(flags)); }),
+                  "InvalidArgumentType");
+
     const auto drawn = [&](std::vector<double> limits, std::uint64_t channels, int samples) {
-        return [=, &buffer]() mutable {
-            HostArray* out = nullptr;
+        HostArray* out = nullptr;
+        return failure([&] {
             buffer.GetTimeAndValueInterleaved(0, out, limits, 0, 0, 9, 0, channels, 0, true, 1, samples, false, false);
-        };
+        });
     };
-    const struct {
-        const char* error;
-        std::vector<std::function<void()>> calls;
-    } cases[] = {
-        {"InvalidMaxDimensions",
-         {reset({5}, {2, 3, 4}, {1, 1}, 2, 2), reset({5}, {2}, {1}, 2, 2),
-          [] {
-              TimeBuffer({5}, {1, 1}, 0);
-          },
-          [] {
-              TimeBuffer({5}, {1, 1, 1}, 2);
-          },
-          [&] {
-              buffer.SetMaxDimensions({2, 2}, 0);
-          },
-          [&] { buffer.SetMaxDimensions({-2}, 0); }, [&] { buffer.SetMaxDimensions(one.get()); },
-          [&] {
-              buffer.SetMaxDimensions(matrix(2, 1, {2, NAN}).get());
-          },
-          [&] {
-              buffer.SetMaxDimensions(matrix(2, 2, {5, 6, 1, 2}).get());
-          }}},
-        {"InvalidMaxNumTimeStepsSize",
-         {reset({5, 6}, {2, 2, 2}, {1, 1, 1}, 3, 3),
-          [] {
-              TimeBuffer({5, 6}, {}, 1ULL << 50);
-          },
-          [&] {
-              shared.SetMaxNumTimeSteps({9, 8, 7});
-          }}},
-        {"InvalidMaxNumTimeStepsValue",
-         {[&] { buffer.SetMaxNumTimeSteps({1ULL << 61}); }, [&] { shared.SetMaxNumTimeSteps({0}); },
-          [&] {
-              wide.SetMaxDimensions({kLargest, kLargest}, 0);
-          }}},
-        {"InvalidMaxNumTimeStepsChange", {[&] {
-             shared.SetMaxNumTimeSteps({9, 8});
-         }}},
-        {"InvalidComplexityDimension", {reset({5}, {2, 2}, {1, 1}, 2, 1)}},
-        {"InvalidSampleTimes", {[&] { buffer.SetSampleTimes(sampleTimes); }, [&] { buffer.SetSampleTimes(0, {1}); }}},
-        {"InvalidArgumentType",
-         {[&] { buffer.setIsLinearInterpolation({1}); },
-          [&] {
-              buffer.setIsLinearInterpolation({1, 1, 1});
-          }}},
-        {"EmptyInput",
-         {[&] { buffer.SetMaxDimensions(null); }, [&] { buffer.SetMaxDimensions(matrix(0, 2, {}).get()); },
-          [&] { buffer.AddTime(noValues, 1, 0); }, [&] { buffer.AddTime(null, 0); },
-          [&] { buffer.AddValue(null, 0, true); }, [&] { buffer.addTimeAndValue(one.get(), nullptr, 0, true); },
-          [&] {
-              TimeBuffer ahead({4}, {1}, 1);
-              ahead.AddTime(one.get(), 0), ahead.AddValue(noValues, {1}, 0, kReal);
-          }}},
-        {"AddTimeError",
-         {[&] { buffer.AddTime(flag.get(), 0); }, [&] { buffer.addTimeAndValue(flag.get(), one.get(), 0, true); }}},
-        {"AddValueDataTypeError", {[&] { buffer.AddValue(text.get(), 0, true); }}},
-        {"InvalidLimits", {drawn({0, 0, 0}, 1, 1)}},
-        {"InvalidChannelID",
-         {drawn({0, 0, 0, 0}, 1, 0), drawn({0, 0, 0, 0}, 0, 1),
-          [&] { buffer.GetSamplesBetween(0, 9, 0, 2, false, 1.0, kPart, block); }}},
-        {"InvalidPortID",
-         {[&] { buffer.AddTime(one.get(), 2); }, [&] { buffer.AddTime(getRealData(one.get()), 1, 2); },
-          [&] { buffer.AddValue(one.get(), 2, true); }, [&] { buffer.AddValue(getRealData(one.get()), {1}, 2, kReal); },
-          [&] { buffer.addTimeAndValue(one.get(), one.get(), 2, true); }, [&] { buffer.SetMaxDimensions({1}, 2); },
-          [&] { buffer.SetSampleTimes(2, sampleTimes); }, [&] { buffer.GetSampleTimes(2); },
-          [&] { buffer.GetMaxDimensions(2); }, [&] { buffer.GetIndexRange(2, 0, 1, false, first, last); },
-          [&] { buffer.GetTimeAndValue(2, time, value); }, [&] { buffer.GetTimeAndValue(2, time, value, 0, 1, false); },
-          [&] { buffer.readAfter(2, position, steps); },
-          [&] { buffer.GetSamplesAfter(0, 2, 0, false, 1, kPart, pairs); },
-          [&] { buffer.GetSamplesBetween(0, 9, 2, 0, false, 1, kPart, block); }}},
-        {"none", // but an empty array is no step
-         {[&] { buffer.addTimeAndValue(none.get(), none.get(), 0, true); }, [&] { shared.SetToMaximumCapacity(); },
-          [&] { EXPECT_EQ(buffer.GetSamplesBetween(0, 9, 0, 1, false, 1, kPart, {}), 0U); }}},
-    };
-    for (const auto& c : cases)
-        for (const auto& call : c.calls)
-            EXPECT_EQ(failure(call), c.error) << "call " << &call - c.calls.data();
+    EXPECT_EQ(drawn({0, 0, 0}, 1, 1), "InvalidLimits");
+    EXPECT_EQ(drawn({0, 0, 0, 0}, 1, 0), "InvalidChannelID");
+    EXPECT_EQ(drawn({0, 0, 0, 0}, 0, 1), "InvalidChannelID");
+
     EXPECT_TRUE(sameBits(timesOf(buffer), {1, 2}));
     EXPECT_FALSE(buffer.getIsThreadSafe());
     EXPECT_EQ(buffer.GetMaxNumTimeSteps(), (Counts{8, 8}));
-    EXPECT_EQ(shared.GetMaxNumTimeSteps(), (Counts{20000, 20000}));
     Counts flat;
     TimeBuffer::TransposeMaxDimensions(matrix(2, 3, {1, 4, 2, 5, 3, 6}).get(), flat);
     EXPECT_EQ(flat, (Counts{1, 2, 3, 4, 5, 6}));
