@@ -103,6 +103,12 @@ bool onlyChunksFollow(const File& file, std::uint64_t offset, bool bigEndian)
 
 } // namespace
 
+std::optional<WavData> findWavData(const File& file)
+{
+    const std::optional<WavHeader> header = readHeader(file);
+    return header ? std::optional(WavData{header->dataStart, header->bigEndian}) : std::nullopt;
+}
+
 std::optional<Mend> mendWavLength(const File& file)
 {
     const std::optional<WavHeader> header = readHeader(file);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tracery/recordings/SampleLayout.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -68,6 +70,8 @@ public:
     /// maxSteps  1 or more
     /// throws  InputError for whatever is wrong with the data read
     virtual void read(Block& block, std::size_t maxSteps) = 0;
+    /// How the samples are stored; none when that is no matter of numbers of one kind. Reading gives the values it tells.
+    virtual std::optional<SampleLayout> layout() const { return std::nullopt; }
     /// Ends a reading that waits for more to come; reading on finds the end, or fails. thread  any
     virtual void stop() {}
 };
