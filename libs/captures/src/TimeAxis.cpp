@@ -117,24 +117,26 @@ RelativeTimes::RelativeTimes(const TimeAxis& axis, const Time& origin)
     : rate_(axis.rate), numerator_(static_cast<double>(axis.rate.numerator())),
       denominator_(static_cast<double>(axis.rate.denominator()))
 {
-    base_ = axis.lastUpTo(origin);
-    if (base_ > kFarthest || base_ < -kFarthest)
-        throw TimeError("an origin is too far from the steps");
-    // (start - origin) + base / rate: no later than the origin and less than a step from it.
+    const Wide nearest = placeOf(axis, origin).first;
+    base_ = nearest < kFarthest && nearest > -kFarthest ? static_cast<std::int64_t>(nearest) : 0;
+    // (start - origin) + base / rate, most often less than a step.
     const Duration ahead = axis.start - origin;
     const Wide numerator = rate_.numerator(), steps = static_cast<Wide>(base_) * rate_.denominator();
     const Wide whole = floorOf(steps, numerator), second = numerator * kFemtosPerSecond;
     const Wide parts = (steps - whole * numerator) * kFemtosPerSecond + ahead.femtos * numerator;
-    const Wide back = -(ahead.seconds + whole + parts / second), rest = parts % second;
-    seconds_ = narrow(-back, "the distance from an origin");
+    Wide seconds = ahead.seconds + whole + parts / second, rest = parts % second;
+    seconds_ = narrow(seconds, "the distance from an origin");
     partsHigh_ = static_cast<std::uint64_t>(rest >> 64);
     partsLow_ = static_cast<std::uint64_t>(rest);
-    const Wide borrowed = rest != 0 ? 1 : 0;
-    const auto [high, low] =
-        doubleSum(static_cast<UnsignedWide>(back - borrowed), static_cast<UnsignedWide>(borrowed * second - rest),
-                  static_cast<UnsignedWide>(second));
-    fraction_ = -high;
-    fractionRest_ = -low;
+    const bool before = seconds < 0;
+    if (before) {
+        seconds = -seconds - (rest != 0 ? 1 : 0);
+        rest = rest != 0 ? second - rest : 0;
+    }
+    const auto [high, low] = doubleSum(static_cast<UnsignedWide>(seconds), static_cast<UnsignedWide>(rest),
+                                       static_cast<UnsignedWide>(second));
+    fraction_ = before ? -high : high;
+    fractionRest_ = before ? -low : low;
 }
 
 /// Twice a double's digits tell the nearest one, but where they end half-way between two.

@@ -72,7 +72,7 @@ private:
     double exactly(std::int64_t step) const;
 
     Rate rate_;
-    std::int64_t base_ = 0; ///< the last step up to the origin
+    std::int64_t base_ = 0; ///< a step near the origin
     double numerator_, denominator_;
     double fraction_ = 0, fractionRest_ = 0;     ///< seconds from the origin to the base, to 106 digits
     std::int64_t seconds_ = 0;                   ///< the same exactly: whole seconds, rounded down, and parts …
