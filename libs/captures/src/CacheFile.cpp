@@ -133,8 +133,9 @@ void readRuns(Reader& reader, CacheIndex& index)
         std::vector<TimeRun>& runs = index.runs.emplace_back();
         std::int64_t next = chunk * kChunkSteps;
         for (const StoredRun& run : stored) {
-            if ((runs.empty() ? run.first != next : run.first < next) || run.first >= (chunk + 1) * kChunkSteps ||
-                run.femtos < 0 || run.femtos >= kFemtosPerSecond || run.unit < 1 || run.unit > kFemtosPerSecond)
+            if ((runs.empty() ? run.first != next : run.first < next) ||
+                run.first >= std::min((chunk + 1) * kChunkSteps, index.steps) || run.femtos < 0 ||
+                run.femtos >= kFemtosPerSecond || run.unit < 1 || run.unit > kFemtosPerSecond)
                 fail("its times make no sense");
             runs.push_back({run.first, {{{run.seconds, run.femtos}, run.utc != 0}, Rate(run.unit)}});
             next = run.first + 1;

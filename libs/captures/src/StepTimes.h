@@ -87,6 +87,8 @@ public:
     }
 
 private:
+    static constexpr std::int64_t kMostOffset = std::int64_t{1} << 62;
+
     void load(std::int64_t step)
     {
         const std::int64_t chunk = step / kChunkSteps;
@@ -97,6 +99,8 @@ private:
         end_ = 0; // until all is well
         offsets_.resize(static_cast<std::size_t>(std::min(behind, view_.end) - run.first));
         view_.readOffsets(run.first, offsets_.size(), offsets_.data());
+        if (std::ranges::any_of(offsets_, [](std::int64_t offset) { return offset < 0 || offset > kMostOffset; }))
+            throw TimeError("a step has no sensible time");
         times_.emplace(run.axis, origin_);
         axis_ = run.axis;
         first_ = run.first;

@@ -35,7 +35,7 @@ private:
     {
         const Duration distance = time - run_.axis.start;
         return distance.femtos % (kFemtosPerSecond / kUnits[unit_]) == 0 &&
-               distance.seconds < std::numeric_limits<std::int64_t>::max() / kUnits[unit_];
+               distance.seconds < (std::int64_t{1} << 62) / kUnits[unit_] - 1;
     }
 
     std::size_t unit_ = 0;

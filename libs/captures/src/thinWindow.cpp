@@ -165,8 +165,10 @@ private:
         const std::uint16_t* places = high ? entries.highAt : entries.lowAt;
         std::size_t entry = place.entry;
         for (int k = place.level; k > 0; --k)
-            entry = entry * kChildren + places[view_.table.first(static_cast<std::size_t>(k)) + entry];
-        return place.chunk * kChunkSteps + static_cast<std::int64_t>(entry) * block_ + places[entry];
+            entry = entry * kChildren + places[view_.table.first(static_cast<std::size_t>(k)) + entry] % kChildren;
+        const std::int64_t step =
+            place.chunk * kChunkSteps + static_cast<std::int64_t>(entry) * block_ + places[entry] % block_;
+        return std::min(step, window_.end - 1); // whatever a file says
     }
 
     auto entriesOf(std::int64_t chunk) const
