@@ -7,12 +7,12 @@ void ChunkTable::updateLine(std::byte* table, std::size_t line, const std::byte*
                             std::size_t now) const
 {
     constexpr std::size_t kMost = 4096;
-    const Entries<Held> all = entries<Held>(table, line);
-    const auto enter = [&all](std::size_t place, const auto& extremes) {
-        all.low[place] = extremes.low;
-        all.high[place] = extremes.high;
-        all.lowAt[place] = static_cast<std::uint16_t>(extremes.lowAt);
-        all.highAt[place] = static_cast<std::uint16_t>(extremes.highAt);
+    Entry<Held>* const all = entries<Held>(table, line);
+    const auto enter = [all](std::size_t place, const auto& extremes) {
+        all[place].low = extremes.low;
+        all[place].high = extremes.high;
+        all[place].lowAt = static_cast<std::uint16_t>(extremes.lowAt);
+        all[place].highAt = static_cast<std::uint16_t>(extremes.highAt);
     };
     alignas(16) Held numbers[kMost];
     const std::size_t blockSteps = format_->blockSteps;
@@ -24,7 +24,7 @@ void ChunkTable::updateLine(std::byte* table, std::size_t line, const std::byte*
             Extremes<Held> extremes;
             const std::size_t children = first_[level - 1] + whole - kChildren;
             for (std::size_t i = 0; i < kChildren; ++i)
-                extremes.fold(all.low[children + i], i, all.high[children + i], i);
+                extremes.fold(all[children + i].low, i, all[children + i].high, i);
             whole /= kChildren;
             enter(first_[level] + whole - 1, extremes);
         }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace tracery::captures {
 
@@ -71,12 +72,12 @@ public:
     void run()
     {
         expectColumns();
-        std::int64_t length = 1;
-        for (std::int64_t opening = window_.first; opening < window_.end;) {
-            const std::int64_t next = columnEnd(opening, length);
-            length = next - opening;
+        std::int64_t opening = window_.first;
+        for (std::int64_t next = columnEnd(opening, 1); opening < window_.end;) {
+            const std::int64_t after = columnEnd(next, next - opening);
+            fetchEntries(after);
             thinColumn(opening, next);
-            opening = next;
+            opening = std::exchange(next, after);
         }
     }
 
@@ -84,13 +85,33 @@ private:
     /// The step that opens the column after the one that `opening` opens.
     std::int64_t columnEnd(std::int64_t opening, std::int64_t lastLength)
     {
-        start_ = times_(opening);
+        if (opening >= window_.end)
+            return window_.end;
         return times_.first(opening + 1, window_.end, opening + lastLength,
-                            [this](double time) { return (time - start_) * window_.columnsPerSecond >= 0.5; });
+                            [start = times_(opening), ratio = window_.columnsPerSecond](double time) {
+                                return (time - start) * ratio >= 0.5;
+                            });
+    }
+
+    /// Has the entries around a step on their way from memory when they are looked at.
+    void fetchEntries(std::int64_t step) const
+    {
+        if (step >= window_.end)
+            return;
+        const std::int64_t chunk = step / kChunkSteps;
+        const auto* const entries = entriesOf(chunk);
+        for (std::size_t k = 0; k < view_.table.levels(); ++k) {
+            const auto entry = static_cast<std::size_t>((step - chunk * kChunkSteps) / view_.table.span(k));
+            const auto* const group = entries + view_.table.first(k) + entry / kChildren * kChildren;
+            constexpr std::size_t kLine = 64;
+            for (std::size_t at = 0; at < kChildren * sizeof *group; at += kLine)
+                __builtin_prefetch(reinterpret_cast<const char*>(group) + at);
+        }
     }
 
     void thinColumn(std::int64_t opening, std::int64_t next)
     {
+        start_ = times_(opening);
         put(start_, valueAt(opening));
         std::int64_t first = opening + 1;
         for (; first < next && times_(first) == start_; ++first) // as they are
@@ -143,7 +164,7 @@ private:
             }
             const auto k = static_cast<std::size_t>(level);
             const std::int64_t span = view_.table.span(k);
-            const auto entries = entriesOf(chunk);
+            const auto* const entries = entriesOf(chunk);
             const auto stop = std::min((end - chunk * kChunkSteps) / span, kChunkSteps / span);
             auto entry = static_cast<std::size_t>(offset / span);
             // Up to where larger ones begin.
@@ -151,7 +172,7 @@ private:
             for (; entry < most; ++entry) {
                 const std::size_t at = view_.table.first(k) + entry;
                 const Place place{chunk, entry, level, 0};
-                best_.fold(entries.low[at], place, entries.high[at], place);
+                best_.fold(entries[at].low, place, entries[at].high, place);
             }
             first = chunk * kChunkSteps + static_cast<std::int64_t>(entry) * span;
         }
@@ -161,17 +182,19 @@ private:
     {
         if (place.level < 0)
             return place.step;
-        const auto entries = entriesOf(place.chunk);
-        const std::uint16_t* places = high ? entries.highAt : entries.lowAt;
+        const auto* const entries = entriesOf(place.chunk);
+        const auto placeIn = [&](std::size_t at) -> std::size_t {
+            return high ? entries[at].highAt : entries[at].lowAt;
+        };
         std::size_t entry = place.entry;
         for (int k = place.level; k > 0; --k)
-            entry = entry * kChildren + places[view_.table.first(static_cast<std::size_t>(k)) + entry] % kChildren;
-        const std::int64_t step =
-            place.chunk * kChunkSteps + static_cast<std::int64_t>(entry) * block_ + places[entry] % block_;
+            entry = entry * kChildren + placeIn(view_.table.first(static_cast<std::size_t>(k)) + entry) % kChildren;
+        const std::int64_t step = place.chunk * kChunkSteps + static_cast<std::int64_t>(entry) * block_ +
+                                  static_cast<std::int64_t>(placeIn(entry)) % block_;
         return std::min(step, window_.end - 1); // whatever a file says
     }
 
-    auto entriesOf(std::int64_t chunk) const
+    const ChunkTable::Entry<Held>* entriesOf(std::int64_t chunk) const
     {
         return view_.table.template entries<Held>(view_.overview(chunk), window_.line);
     }
