@@ -155,7 +155,7 @@ bool StepFormat::store(std::size_t line, const double* values, std::size_t value
         return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
     };
     const SampleType type = layout.type;
-    const auto [least, greatest] = boundsOf(type);
+    const Bounds bounds = boundsOf(type);
     const bool plain = isPlain();
     const std::size_t size = bytesOf(type);
     return withNumber(type, [&](auto kind) {
@@ -165,7 +165,7 @@ bool StepFormat::store(std::size_t line, const double* values, std::size_t value
             const double value = values[i * valueStride];
             double number = plain ? value : (value - layout.offset) / layout.scale * layout.divisor + layout.bias;
             if constexpr (std::is_integral_v<Number>)
-                number = std::isnan(number) ? 0 : std::clamp(std::nearbyint(number), least, greatest);
+                number = std::isnan(number) ? 0 : std::clamp(std::nearbyint(number), bounds.least, bounds.greatest);
             const auto kept = static_cast<Number>(number);
             all = all && same(plain ? static_cast<double>(kept) : valueOf(static_cast<double>(kept)), value);
             std::byte* at = steps + i * stepBytes;
