@@ -70,11 +70,11 @@ void Capture::read(const Stretch& stretch, double* into) const
     const std::size_t line = lineOf(*view, stretch.channel, stretch.part);
     if (stretch.count == 0)
         return;
-    if (stretch.stride < 1 ||
-        static_cast<std::int64_t>(stretch.count - 1) > (view->end - stretch.first) / stretch.stride)
+    requireSteps(*view, stretch.first, 1);
+    const auto between = static_cast<std::uint64_t>(stretch.count - 1);
+    if (stretch.stride < 1 || between > static_cast<std::uint64_t>(view->end - 1 - stretch.first) /
+                                            static_cast<std::uint64_t>(stretch.stride))
         throw std::out_of_range("a stretch is longer than the capture");
-    const std::int64_t steps = static_cast<std::int64_t>(stretch.count - 1) * stretch.stride + 1;
-    requireSteps(*view, stretch.first, steps);
     const std::int64_t atOnce = std::max<std::int64_t>(kStepsAtOnce / stretch.stride, 1); // samples
     std::vector<std::byte> bytes;
     for (std::size_t done = 0; done < stretch.count;) {

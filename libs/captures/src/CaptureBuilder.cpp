@@ -76,7 +76,7 @@ private:
     void put(const std::byte* bytes, std::size_t size)
     {
         if (!file_.write(bytes, size))
-            file_.keep(); // says why it cannot
+            writing([this] { file_.keep(); }); // says why it cannot
     }
 
     const StepFormat& format_;

@@ -1,6 +1,7 @@
 #include "FileSource.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 namespace tracery::captures {
@@ -76,9 +77,11 @@ private:
             file_->read(positionOf(chunk) + inChunk * before + static_cast<std::uint64_t>(start - chunk) * size, bytes);
             const std::size_t hash =
                 static_cast<std::size_t>(index_.ownTimes ? 2 * piece : piece) + (before != 0 ? 1 : 0);
-            if (static_cast<std::uint32_t>(hashOf(bytes)) != index_.hashes[hash])
+            if (static_cast<std::uint32_t>(hashOf(bytes)) != index_.hashes[hash]) {
+                std::remove(file_->path().c_str()); // so that the next to open the recording builds it anew
                 throw recordings::InputError(file_->path(), "step " + std::to_string(first),
-                                             "the cache file is damaged here: remove it");
+                                             "the cache file is damaged here, and was removed");
+            }
             const std::int64_t most = std::min(stop, behind);
             const auto some = static_cast<std::size_t>(most - first) * size;
             std::memcpy(into, bytes.data() + static_cast<std::size_t>(first - start) * size, some);

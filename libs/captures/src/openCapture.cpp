@@ -173,7 +173,7 @@ private:
             else
                 file = std::make_unique<StepFile>(cache_); // whose time is another now
             return makeFileSource(info_, axis_, std::move(kept), std::move(file));
-        } catch (const std::exception& error) {
+        } catch (const std::runtime_error& error) {
             const std::string why = error.what();
             notice(path_ + ": its overview is built anew: " + cache_ + ": " +
                    (why.starts_with(cache_) ? why.substr(cache_.size() + 2) : why));
@@ -200,42 +200,43 @@ private:
     {
         if (!cache_.empty()) {
             try {
-                fs::create_directories(options_.cacheFolder);
+                writing([this] { fs::create_directories(options_.cacheFolder); });
                 Capture capture = decodeTo(cache_);
-                makeRoom();
+                writing([this] { makeRoom(); });
                 return capture;
-            } catch (const InputError&) {
-                throw;
-            } catch (const TimeError&) { // not of the cache
-                throw;
-            } catch (const std::runtime_error& error) {
+            } catch (const CannotWrite& error) {
                 notice(path_ + ": its samples are not kept: " + error.what());
                 recording_ = recordings::openRecording(path_, options_.recording);
             }
         }
-        // In a file without a name.
+        // In a file that loses its name when it is open.
         std::string name = (fs::temp_directory_path() / "tracery-XXXXXX").string();
         const int descriptor = mkstemp(name.data());
         if (descriptor < 0)
-            throw InputError(path_, "", "its samples can be decoded to no file");
+            throw InputError(path_, "", "its samples can be decoded nowhere");
         close(descriptor);
         const basics::TemporaryPath temporary(name);
-        return decodeTo(name);
+        try {
+            return decodeTo(name);
+        } catch (const CannotWrite& error) {
+            throw InputError(path_, "", std::string("its samples can be decoded nowhere: ") + error.what());
+        }
     }
 
     Capture decodeTo(const std::string& target)
     {
         CacheIndex index = wanted_;
-        basics::WholeFile file(target);
+        std::optional<basics::WholeFile> file;
+        writing([&] { file.emplace(target); });
         try {
-            buildDecoded(*recording_, options_.start, file, index, options_.progress);
+            buildDecoded(*recording_, options_.start, *file, index, options_.progress);
         } catch (const NoSuchNumber&) { // what is told of it is not so
             recording_ = recordings::openRecording(path_, options_.recording);
             wanted_.layout = SampleLayout{};
             return decodeTo(target);
         }
         samples_->check();
-        file.keep();
+        writing([&] { file->keep(); });
         return make(std::move(index), std::make_unique<StepFile>(target));
     }
 
