@@ -161,6 +161,11 @@ TEST_F(CaptureFiles, HoldWhatReadersRead)
     std::vector<std::string> files{writeTable("table.csv", 70000)};
     for (const auto& sound : kSounds)
         files.push_back(writeSound(sound.name, sound.format, 70000, 1 + static_cast<int>(files.size() % 3)));
+    std::string wide; // more bytes a step than are handled as one chunk
+    for (int row = 0; row < 1500; ++row)
+        for (int column = 0; column < 300; ++column)
+            wide += std::to_string(column == 0 ? row : row * column % 7) + (column < 299 ? ',' : '\n');
+    files.push_back(write("wide.csv", wide));
     for (const char* type : {"cf32_be", "ri16_le", "cu8", "ru32_be", "ci8"}) {
         std::string data(80000, '\0');
         std::mt19937 random(9);

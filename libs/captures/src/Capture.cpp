@@ -10,7 +10,7 @@ namespace tracery::captures {
 
 namespace {
 
-constexpr std::int64_t kStepsAtOnce = 16384;
+constexpr std::size_t kBytesAtOnce = 1 << 18;
 
 std::size_t lineOf(const CaptureView& view, std::size_t channel, Part part)
 {
@@ -75,14 +75,15 @@ void Capture::read(const Stretch& stretch, double* into) const
     if (stretch.stride < 1 || between > static_cast<std::uint64_t>(view->end - 1 - stretch.first) /
                                             static_cast<std::uint64_t>(stretch.stride))
         throw std::out_of_range("a stretch is longer than the capture");
-    const std::int64_t atOnce = std::max<std::int64_t>(kStepsAtOnce / stretch.stride, 1); // samples
+    const auto stride = static_cast<std::size_t>(stretch.stride);
+    const std::size_t atOnce = std::max<std::size_t>(kBytesAtOnce / view->format.stepBytes / stride, 1); // samples
     std::vector<std::byte> bytes;
     for (std::size_t done = 0; done < stretch.count;) {
-        const auto samples = std::min(static_cast<std::size_t>(atOnce), stretch.count - done);
-        const auto count = (samples - 1) * static_cast<std::size_t>(stretch.stride) + 1;
+        const auto samples = std::min(atOnce, stretch.count - done);
+        const auto count = (samples - 1) * stride + 1;
         bytes.resize(count * view->format.stepBytes);
         view->read(stretch.first + static_cast<std::int64_t>(done) * stretch.stride, count, bytes.data());
-        view->format.values(line, bytes.data(), samples, static_cast<std::size_t>(stretch.stride), into + done);
+        view->format.values(line, bytes.data(), samples, stride, into + done);
         done += samples;
     }
     view->check();

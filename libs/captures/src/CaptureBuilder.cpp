@@ -1,7 +1,7 @@
 #include "CaptureBuilder.h"
 
 #include <algorithm>
-#include <cstring>
+#include <utility>
 
 namespace tracery::captures {
 
@@ -9,23 +9,22 @@ namespace {
 
 constexpr auto kSteps = static_cast<std::size_t>(kChunkSteps);
 
-void hashPieces(const std::byte* bytes, std::size_t steps, std::size_t size, std::vector<std::uint32_t>& hashes,
-                std::size_t from, std::size_t pace)
+/// Steps that are handled at once: whole blocks, and whole chunks unless they are large.
+std::size_t pieceOf(const StepFormat& format)
 {
-    for (std::size_t first = 0; first < steps; first += static_cast<std::size_t>(kPieceSteps), from += pace) {
-        const std::size_t count = std::min(static_cast<std::size_t>(kPieceSteps), steps - first);
-        hashes[from] = static_cast<std::uint32_t>(hashOf({bytes + first * size, count * size}));
-    }
+    constexpr std::size_t kBytes = 1 << 20;
+    return std::clamp(kBytes / format.stepBytes / format.blockSteps * format.blockSteps, format.blockSteps, kSteps);
 }
 
-/// The chunk that is being filled.
+/// The chunk that is being filled: its steps go to the file piece by piece, and then their offsets.
 class Filling {
 public:
     Filling(const StepFormat& format, basics::WholeFile& file, CacheIndex& index)
-        : format_(format), table_(format), file_(file), index_(index), steps_(kSteps * format.stepBytes)
+        : format_(format), table_(format), file_(file), index_(index), steps_(pieceOf(format) * format.stepBytes)
     {}
 
-    std::size_t room() const { return kSteps - count_; }
+    /// Steps that can be added at once.
+    std::size_t room() const { return std::min(pieceOf(format_), kSteps - written_) - count_; }
 
     void add(const recordings::Block& block, const Time& start)
     {
@@ -39,7 +38,7 @@ public:
                 throw NoSuchNumber{};
         }
         if (index_.ownTimes) {
-            if (count_ == 0)
+            if (offsets_.empty())
                 index_.runs.emplace_back();
             for (std::size_t i = 0; i < count; ++i)
                 offsets_.push_back(runs_.enter(index_.steps + static_cast<std::int64_t>(i),
@@ -48,31 +47,55 @@ public:
         count_ += count;
         index_.steps += static_cast<std::int64_t>(count);
         if (room() == 0)
-            write();
+            writePiece();
+        if (written_ == kSteps)
+            endChunk();
     }
 
-    void write()
+    void finish()
     {
-        if (count_ == 0)
-            return;
-        const std::size_t tables = index_.tables.size();
-        index_.tables.resize(tables + table_.bytes());
-        table_.update(index_.tables.data() + tables, steps_.data(), 0, count_);
-        const std::size_t pieces = (count_ + kPieceSteps - 1) / kPieceSteps, pace = index_.ownTimes ? 2 : 1;
-        const std::size_t hashes = index_.hashes.size();
-        index_.hashes.resize(hashes + pieces * pace);
-        hashPieces(steps_.data(), count_, format_.stepBytes, index_.hashes, hashes, pace);
-        put(steps_.data(), count_ * format_.stepBytes);
-        if (index_.ownTimes) {
-            const auto bytes = std::as_bytes(std::span(offsets_));
-            hashPieces(bytes.data(), count_, sizeof(std::int64_t), index_.hashes, hashes + 1, pace);
-            put(bytes.data(), bytes.size());
-        }
-        count_ = 0;
-        offsets_.clear();
+        writePiece();
+        endChunk();
     }
 
 private:
+    void writePiece()
+    {
+        if (count_ == 0)
+            return;
+        if (written_ == 0) {
+            firstHash_ = index_.hashes.size();
+            index_.tables.resize(index_.tables.size() + table_.bytes());
+        }
+        std::byte* const table = index_.tables.data() + index_.tables.size() - table_.bytes();
+        table_.update(table, steps_.data(), written_, written_ + count_);
+        enterHashes(steps_.data(), count_, format_.stepBytes, written_, 0);
+        put(steps_.data(), count_ * format_.stepBytes);
+        written_ += std::exchange(count_, 0);
+    }
+
+    void endChunk()
+    {
+        const auto bytes = std::as_bytes(std::span(offsets_));
+        enterHashes(bytes.data(), offsets_.size(), sizeof(std::int64_t), 0, 1);
+        put(bytes.data(), bytes.size());
+        offsets_.clear();
+        written_ = 0;
+    }
+
+    /// Of steps from `first` of the chunk on, `size` bytes each; those of offsets come behind those of steps.
+    void enterHashes(const std::byte* bytes, std::size_t steps, std::size_t size, std::size_t first, std::size_t behind)
+    {
+        constexpr auto kPiece = static_cast<std::size_t>(kPieceSteps);
+        const std::size_t pace = index_.ownTimes ? 2 : 1;
+        for (std::size_t done = 0; done < steps; done += kPiece) {
+            const std::size_t place = firstHash_ + (first + done) / kPiece * pace + behind;
+            index_.hashes.resize(std::max(index_.hashes.size(), place + pace - behind));
+            index_.hashes[place] =
+                static_cast<std::uint32_t>(hashOf({bytes + done * size, std::min(kPiece, steps - done) * size}));
+        }
+    }
+
     void put(const std::byte* bytes, std::size_t size)
     {
         if (!file_.write(bytes, size))
@@ -83,10 +106,11 @@ private:
     const ChunkTable table_;
     basics::WholeFile& file_;
     CacheIndex& index_;
-    std::vector<std::byte> steps_;
-    std::vector<std::int64_t> offsets_;
+    std::vector<std::byte> steps_;      ///< of a piece
+    std::vector<std::int64_t> offsets_; ///< of the chunk
     TimeRuns runs_;
-    std::size_t count_ = 0;
+    std::size_t count_ = 0, written_ = 0; ///< steps in the piece, and of the chunk before it
+    std::size_t firstHash_ = 0;           ///< of the chunk
 };
 
 } // namespace
@@ -96,15 +120,18 @@ void buildInPlace(const StepFile& file, CacheIndex& index, const std::function<v
     const StepFormat format(index.layout, index.channels, index.complex);
     const ChunkTable table(format);
     index.tables.resize(static_cast<std::size_t>(index.chunks()) * table.bytes());
-    std::vector<std::byte> steps(kSteps * format.stepBytes);
-    for (std::int64_t chunk = 0; chunk < index.chunks(); ++chunk) {
-        const std::int64_t first = chunk * kChunkSteps;
-        const auto count = static_cast<std::size_t>(std::min(kChunkSteps, index.steps - first));
+    std::vector<std::byte> steps(pieceOf(format) * format.stepBytes);
+    for (std::int64_t first = 0; first < index.steps;) {
+        const std::int64_t chunk = first / kChunkSteps, end = std::min((chunk + 1) * kChunkSteps, index.steps);
+        const auto before = static_cast<std::size_t>(first % kChunkSteps);
+        const std::size_t count = std::min(static_cast<std::size_t>(end - first), pieceOf(format));
         file.read(index.layout.position + static_cast<std::uint64_t>(first) * format.stepBytes,
                   std::span(steps).first(count * format.stepBytes));
-        table.update(index.tables.data() + static_cast<std::size_t>(chunk) * table.bytes(), steps.data(), 0, count);
+        table.update(index.tables.data() + static_cast<std::size_t>(chunk) * table.bytes(), steps.data(), before,
+                     before + count);
+        first += static_cast<std::int64_t>(count);
         if (progress)
-            progress(static_cast<double>(chunk + 1) / static_cast<double>(index.chunks()));
+            progress(static_cast<double>(first) / static_cast<double>(index.steps));
     }
     file.check();
 }
@@ -129,7 +156,7 @@ void buildDecoded(recordings::Recording& recording, const Time& start, basics::W
         if (progress && done <= 1)
             progress(done);
     }
-    filling.write();
+    filling.finish();
     if (index.ownTimes)
         written += static_cast<std::uint64_t>(index.steps) * sizeof(std::int64_t);
     writeIndex(file, written, index);

@@ -17,7 +17,8 @@ void ChunkTable::updateLine(std::byte* table, std::size_t line, const std::byte*
     alignas(16) Held numbers[kMost];
     const std::size_t blockSteps = format_->blockSteps;
     for (std::size_t block = before / blockSteps; block < now / blockSteps; ++block) {
-        heldOf(*format_, line, steps + block * blockSteps * format_->stepBytes, blockSteps, numbers);
+        heldOf(*format_, line, steps + (block - before / blockSteps) * blockSteps * format_->stepBytes, blockSteps,
+               numbers);
         enter(block, extremesOf(numbers, blockSteps));
         std::size_t whole = block + 1; // of this level
         for (std::size_t level = 1; level < levels_ && whole % kChildren == 0; ++level) {

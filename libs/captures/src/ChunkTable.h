@@ -56,6 +56,7 @@ public:
     }
 
     /// Enters what has become whole when a chunk that had `before` steps has `now`.
+    /// steps  from the first of the block on that step `before` is in
     void update(std::byte* table, const std::byte* steps, std::size_t before, std::size_t now) const;
 
 private:

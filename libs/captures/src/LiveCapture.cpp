@@ -112,7 +112,8 @@ public:
             Chunk& chunk = *newest_;
             std::byte* const steps = chunk.steps.get() + offset * format.stepBytes;
             fill(done, here, steps);
-            table_.update(chunk.overview.get(), chunk.steps.get(), offset, offset + here);
+            const std::byte* const block = steps - offset % format.blockSteps * format.stepBytes;
+            table_.update(chunk.overview.get(), block, offset, offset + here);
             std::shared_ptr<const std::vector<TimeRun>> runs = axis ? nullptr : enterTimes(times.subspan(done, here));
             publish(here, std::move(runs));
             done += here;

@@ -31,7 +31,9 @@ private:
     void load(std::int64_t step)
     {
         const std::int64_t start = std::max(step / block_ * block_, view_.begin);
-        ahead_ = start == behind_ ? std::min(2 * ahead_, kMostAhead) : 1;
+        const bool more =
+            start == behind_ && 2 * ahead_ * block_ * static_cast<std::int64_t>(view_.format.stepBytes) <= kMostBytes;
+        ahead_ = start == behind_ ? (more ? 2 * ahead_ : ahead_) : 1;
         const std::int64_t stop = std::min((start / block_ + ahead_) * block_, std::max(end_, step + 1));
         const auto count = static_cast<std::size_t>(stop - start);
         numbers_.clear();
@@ -43,7 +45,7 @@ private:
         behind_ = stop;
     }
 
-    static constexpr std::int64_t kMostAhead = 64;
+    static constexpr std::int64_t kMostBytes = 1 << 16;
 
     const CaptureView& view_;
     std::size_t line_;
