@@ -5,9 +5,10 @@ set(boost "<boost/[a-z_./]+>")
 set(seam "<tracery/(export|host/[A-Za-z]+)\\.h>")
 set(public "<tracery/(host/)?[A-Za-z]+\\.h>")
 set(embedded "<tracery/embedded/[A-Za-z]+\\.h>")
-set(libraries "<tracery/(basics|recordings|figures|measures)/[A-Za-z]+\\.h>")
+set(libraries "<tracery/(basics|recordings|captures|figures|measures)/[A-Za-z]+\\.h>")
 set(own "\"[A-Za-z]+\\.h\"")
 set(basics "<tracery/basics/[A-Za-z]+\\.h>")
+set(captures "<tracery/captures/[A-Za-z]+\\.h>")
 set(recordings "<tracery/recordings/[A-Za-z]+\\.h>")
 
 # A row: files (the first row that matches counts), then what they may include.
@@ -28,6 +29,8 @@ set(rows
     "libs/basics/src/.*|${standard}|${system}|${basics}|<fast_float/.*>|${own}"
     "libs/recordings/include/.*|${standard}|${public}|${basics}|${recordings}"
     "libs/recordings/src/.*|${standard}|${system}|${public}|${basics}|${recordings}|<(sndfile.h|fast_float/.*|nlohmann/.*)>|${own}"
+    "libs/captures/include/.*|${standard}|${public}|${basics}|${recordings}|${captures}"
+    "libs/captures/src/.*|${standard}|${system}|${public}|${basics}|${recordings}|${captures}|${own}"
     "libs/figures/include/.*|${standard}|${basics}|<tracery/figures/[A-Za-z]+\\.h>"
     "libs/figures/src/.*|${standard}|${basics}|<tracery/figures/[A-Za-z]+\\.h>|<cairo.*>|${own}"
     "libs/measures/include/.*|${standard}|${public}|${basics}|${recordings}|<tracery/measures/[A-Za-z]+\\.h>"

@@ -44,12 +44,37 @@ struct Entry {
     std::string_view name;
     std::size_t size;
     void (*decode)(const char*, std::size_t, std::span<double>);
+    SampleType type;
+    bool bigEndian;
+    double middle, greatest; ///< of the scale
 };
+
+template <class Number>
+constexpr SampleType typeOf()
+{
+    constexpr bool kSigned = std::is_signed_v<Number>;
+    if constexpr (std::is_floating_point_v<Number>)
+        return sizeof(Number) == 4 ? SampleType::F32 : SampleType::F64;
+    else if constexpr (sizeof(Number) == 1)
+        return kSigned ? SampleType::I8 : SampleType::U8;
+    else if constexpr (sizeof(Number) == 2)
+        return kSigned ? SampleType::I16 : SampleType::U16;
+    else
+        return kSigned ? SampleType::I32 : SampleType::U32;
+}
 
 template <class Number, std::endian order = std::endian::native>
 constexpr Entry entry(std::string_view name)
 {
-    return {name, sizeof(Number), &decodeText<Number, order>};
+    constexpr auto kGreatest = static_cast<double>(std::numeric_limits<Number>::max());
+    constexpr bool kFloat = std::is_floating_point_v<Number>, kSigned = std::is_signed_v<Number>;
+    return {name,
+            sizeof(Number),
+            &decodeText<Number, order>,
+            typeOf<Number>(),
+            order != std::endian::little && sizeof(Number) > 1,
+            kSigned ? 0 : kGreatest / 2,
+            kFloat ? 1 : (kSigned ? kGreatest + 1 : kGreatest / 2)};
 }
 
 constexpr std::array kEntries{
@@ -78,7 +103,12 @@ std::optional<SampleFormat> sampleFormat(std::string_view name)
     const auto found = std::ranges::find(kEntries, name.substr(1), &Entry::name);
     if (found == kEntries.end())
         return std::nullopt;
-    return SampleFormat{name.starts_with('c'), found->size, found->decode};
+    SampleLayout layout;
+    layout.type = found->type;
+    layout.bigEndian = found->bigEndian;
+    layout.bias = found->middle;
+    layout.divisor = found->greatest;
+    return SampleFormat{name.starts_with('c'), found->size, found->decode, layout};
 }
 
 } // namespace tracery::recordings

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tracery/recordings/SampleLayout.h>
+
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -13,6 +15,8 @@ struct SampleFormat {
     std::size_t numberSize = 0; ///< bytes of one number
     /// Fills `out` with the numbers that begin `stride` bytes apart at `bytes`, integers scaled to [-1, 1].
     void (*decode)(const char* bytes, std::size_t stride, std::span<double> out) = nullptr;
+
+    SampleLayout layout; ///< of the numbers: type, byte order and scale
 
     std::size_t sampleSize() const { return complex ? 2 * numberSize : numberSize; }
 };

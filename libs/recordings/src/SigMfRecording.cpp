@@ -41,6 +41,14 @@ SigMfRecording::SigMfRecording(const std::string& path, const std::string& base,
     describe(std::move(info));
 }
 
+std::optional<SampleLayout> SigMfRecording::layout() const
+{
+    SampleLayout layout = meta_.format.layout;
+    layout.path = data_.path();
+    layout.position = meta_.headerBytes;
+    return layout;
+}
+
 void SigMfRecording::readValues(std::uint64_t first, std::size_t count, Block& block)
 {
     const std::size_t channels = info().channels.size();

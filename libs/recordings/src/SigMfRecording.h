@@ -13,6 +13,8 @@ public:
     /// throws  InputError: one of the two files is missing, damaged, or does not fit the other
     SigMfRecording(const std::string& path, const std::string& base, const OpenOptions& options);
 
+    std::optional<SampleLayout> layout() const override;
+
 private:
     void readValues(std::uint64_t first, std::size_t count, Block& block) override;
 

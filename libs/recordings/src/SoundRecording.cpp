@@ -1,7 +1,5 @@
 #include "SoundRecording.h"
 
-#include "WavLength.h"
-
 #include <tracery/basics/Text.h>
 
 #include <fcntl.h>
@@ -77,6 +75,18 @@ private:
 };
 std::mutex QuietDecoder::mutex_;
 
+struct Stored {
+    int format;
+    SampleType type;
+    double bias, divisor;
+};
+constexpr Stored kStored[] = {
+    {SF_FORMAT_PCM_S8, SampleType::I8, 0, 0x1p7},   {SF_FORMAT_PCM_U8, SampleType::U8, 128, 0x1p7},
+    {SF_FORMAT_PCM_16, SampleType::I16, 0, 0x1p15}, {SF_FORMAT_PCM_24, SampleType::I24, 0, 0x1p23},
+    {SF_FORMAT_PCM_32, SampleType::I32, 0, 0x1p31}, {SF_FORMAT_FLOAT, SampleType::F32, 0, 1},
+    {SF_FORMAT_DOUBLE, SampleType::F64, 0, 1},
+};
+
 std::string formatName(int format)
 {
     SF_FORMAT_INFO info{};
@@ -114,6 +124,7 @@ std::string reason(SNDFILE* file)
 SoundRecording::SoundRecording(const std::string& path, const OpenOptions& options) : path_(path)
 {
     File file(path);
+    wav_ = findWavData(file);
     if (std::optional<Mend> mend = mendWavLength(file))
         mended_.emplace(std::move(file), *std::move(mend));
     open();
@@ -126,6 +137,24 @@ SoundRecording::SoundRecording(const std::string& path, const OpenOptions& optio
     info.rate = chooseRate(path, format_.samplerate, options);
     info.steps = format_.frames == SF_COUNT_MAX ? countFrames() : static_cast<std::uint64_t>(format_.frames);
     describe(std::move(info));
+}
+
+std::optional<SampleLayout> SoundRecording::layout() const
+{
+    for (const Stored& each : kStored)
+        if (each.format == (format_.format & SF_FORMAT_SUBMASK)) {
+            SampleLayout layout;
+            layout.type = each.type;
+            layout.bias = each.bias;
+            layout.divisor = each.divisor;
+            if (wav_) {
+                layout.path = path_;
+                layout.position = wav_->start;
+                layout.bigEndian = wav_->bigEndian;
+            }
+            return layout;
+        }
+    return std::nullopt;
 }
 
 void SoundRecording::open()

@@ -2,6 +2,7 @@
 
 #include "EvenRecording.h"
 #include "MendedFile.h"
+#include "WavLength.h"
 
 #include <sndfile.h>
 
@@ -15,6 +16,8 @@ class SoundRecording final : public EvenRecording {
 public:
     /// throws  InputError: of a format that libsndfile does not know, damaged, cut short
     SoundRecording(const std::string& path, const OpenOptions& options);
+
+    std::optional<SampleLayout> layout() const override;
 
 private:
     struct Close {
@@ -31,6 +34,7 @@ private:
 
     std::string path_;
     std::optional<MendedFile> mended_; ///< shown to libsndfile in place of the file when its header needs it
+    std::optional<WavData> wav_;
     SF_INFO format_{};
     std::unique_ptr<SNDFILE, Close> file_;
     std::uint64_t frame_ = 0; ///< next one to decode

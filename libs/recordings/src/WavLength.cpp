@@ -141,6 +141,12 @@ Mend headFor(const File& file, const WavHeader& header, std::uint64_t dataLength
 
 } // namespace
 
+std::optional<WavData> findWavData(const File& file)
+{
+    const std::optional<WavHeader> header = readHeader(file);
+    return header ? std::optional(WavData{header->dataStart, header->bigEndian()}) : std::nullopt;
+}
+
 std::optional<Mend> mendWavLength(const File& file)
 {
     const std::optional<WavHeader> header = readHeader(file);

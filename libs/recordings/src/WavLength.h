@@ -14,4 +14,12 @@ namespace tracery::recordings {
 /// where it should, and for too many samples behind a big-endian head
 std::optional<Mend> mendWavLength(const File& file);
 
+/// Where the samples of a WAV file begin, and whether their bytes run from the highest to the lowest; none for all other
+/// files.
+struct WavData {
+    std::uint64_t start = 0;
+    bool bigEndian = false;
+};
+std::optional<WavData> findWavData(const File& file);
+
 } // namespace tracery::recordings

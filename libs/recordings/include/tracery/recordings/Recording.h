@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tracery/recordings/SampleLayout.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -78,6 +80,8 @@ public:
     /// Place value, in seconds, of the last digit that times near `time` are written with, as far as they have been read;
     /// 0 for times that are not written.
     virtual double lastDigit(double /*time*/) const { return 0; }
+    /// How the samples are stored; none when that is no matter of numbers of one kind. Reading gives the values it tells.
+    virtual std::optional<SampleLayout> layout() const { return std::nullopt; }
     /// Ends a reading that waits for more to come; reading on finds the end, or fails. thread  any
     virtual void stop() {}
 };
