@@ -24,8 +24,9 @@ Ports::Ports(const Counts& capacities, const Counts& maxDimensions, const Counts
     if (maxDimensions.size() != numExtents)
         throw Error(errors::InvalidMaxDimensions);
 
-    maxNumTimeSteps = capacities.size() == 1 ? Counts(nPorts, capacities[0])
-                                             : Counts(capacities.begin(), capacities.begin() + nPorts);
+    maxNumTimeSteps = capacities.size() == 1
+                          ? Counts(nPorts, capacities[0])
+                          : Counts(capacities.begin(), capacities.begin() + static_cast<std::ptrdiff_t>(nPorts));
     sharedTime = oneTimeForAll && std::adjacent_find(maxNumTimeSteps.begin(), maxNumTimeSteps.end(),
                                                      std::not_equal_to<>()) == maxNumTimeSteps.end();
     ports.reserve(nPorts);

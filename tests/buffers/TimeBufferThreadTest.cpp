@@ -178,4 +178,19 @@ TEST(TimeBufferThreadTest, ReadsBesideAWriterPairValuesWithTheirTimesWhateverBot
     EXPECT_TRUE(buffer.isLevelWhenCleared());
 }
 
+TEST(TimeBufferThreadTest, TimesWithTheirValuesAreWrittenInTurnsToAnyBuffer)
+{
+    constexpr std::uint64_t kSteps = 20000;
+    TimeBuffer buffer({2 * kSteps}, {1}, {1}, 1, BufferType::MultipleRate, {HostComplexity::real}, false);
+    const auto write = [&buffer] {
+        const HostArrayPtr one = row({1});
+        for (std::uint64_t i = 0; i < kSteps; ++i)
+            buffer.addTimeAndValue(one.get(), one.get(), 0, false);
+    };
+    std::future<void> beside = std::async(std::launch::async, write);
+    write();
+    beside.get();
+    EXPECT_TRUE(buffer.GetIsReady() && buffer.GetIsFull());
+}
+
 } // namespace

@@ -46,6 +46,9 @@ TEST(TimeBufferFaultTest, MemoryIsTakenAsValuesComeOrAheadWhenItIsAskedFor)
     addsWithoutMemory();
     buffer.clearUptoLastTime();
     addsWithoutMemory();
+    buffer.SetMaxDimensions({3}, 0);
+    addsWithoutMemory();
+    buffer.Clear();
     EXPECT_GE(bytesOf([&] { buffer.SetMaxNumTimeSteps({kSteps + 1}); }), kAllBytes);
     buffer.ResetBuffer({100}, {3}, {1}, 1, BufferType::SingleRate, {kReal}, false);
     EXPECT_GT(bytesOf(add), 0U) << "a new set-up holds nothing";

@@ -20,7 +20,7 @@ thread_local long allocationsLeft = -1;
 thread_local Shortage shortageToCome = Shortage::ofOneAllocation;
 thread_local bool ranOut = false;
 thread_local std::size_t bytesSoFar = 0;
-std::atomic<std::size_t> largestAllowed = -1, mostAllowed = -1, held = 0;
+std::atomic<std::size_t> largestAllowed = ~std::size_t{0}, mostAllowed = ~std::size_t{0}, held = 0;
 
 /// throws  std::bad_alloc when this allocation is to fail
 void countAllocation(std::size_t bytes)

@@ -13,7 +13,7 @@ void allowAllocations(long count, Shortage shortage = Shortage::ofOneAllocation)
 /// Whether an allocation has failed since.
 bool memoryRanOut();
 /// From now on allocations above `largest` bytes fail, and with operator new those past `most` in all.
-void limitBytes(std::size_t largest = -1, std::size_t most = -1);
+void limitBytes(std::size_t largest = ~std::size_t{0}, std::size_t most = ~std::size_t{0});
 /// How many bytes this thread has allocated in all, freed or not.
 std::size_t bytesAllocated();
 

@@ -88,13 +88,14 @@ private:
                 addStep(buffer_, port, clock_, {{re, im}, {im, re}});
                 continue;
             }
+            const double time = !fromBuffer_ && chance(0.01) ? NAN : clock_;
             if (inBlocks_) {
-                pairs.insert(pairs.end(), {clock_, re});
+                pairs.insert(pairs.end(), {time, re});
                 continue;
             }
             const double t = chance(0.001) ? now() : clock_, look = span();
-            real_.processSample(clock_, re, t, look);
-            naive_.takeSample(clock_, re, t, look);
+            real_.processSample(time, re, t, look);
+            naive_.takeSample(time, re, t, look);
         }
         if (!pairs.empty()) {
             const double t = now(), look = span();
