@@ -6,6 +6,8 @@
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Publish.h>
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -60,6 +62,32 @@ struct FailingHost : test::TestHost {
     }
     int callsLeft = -1;
 };
+
+/// In its life the system gives no threads: their stacks would be too large.
+struct NoThreads {
+    NoThreads() { pthread_getattr_default_np(&before), stacks(std::size_t{1} << 50); }
+    ~NoThreads() { pthread_setattr_default_np(&before); }
+    static void stacks(std::size_t size)
+    {
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        EXPECT_EQ(pthread_attr_setstacksize(&attributes, size) | pthread_setattr_default_np(&attributes), 0);
+        pthread_attr_destroy(&attributes);
+    }
+    pthread_attr_t before;
+};
+
+TEST(ModuleTest, WithoutAThreadForATimerWhatNeedsOneIsRefusedAndCanBeTriedAgain)
+{
+    EmbeddedHost host;
+    host.loadModule(TRACERY_LIBRARY);
+    for (const bool threads : {false, true}) {
+        const std::optional<NoThreads> none = threads ? std::nullopt : std::optional<NoThreads>(std::in_place);
+        EXPECT_EQ(failure([&] { host.construct("tracery.OneShotTimer"); }), threads ? "none" : "NoThread");
+        EXPECT_EQ(failure([&] { host.construct("tracery.SpectrumBuffer"); }),
+                  threads ? "InvalidNumberOfArguments" : "NoThread");
+    }
+}
 
 const bool usesSLAAtFirst = timeScopeBlockUsesSLA();
 
