@@ -351,6 +351,14 @@ TEST(ModuleTest, ACopyOfTheLibraryElsewhereWorks)
     }
 }
 
+/// Runs when the variables of all libraries are gone.
+void (*atTheVeryEnd)() = nullptr;
+[[gnu::destructor]] void runAtTheVeryEnd()
+{
+    if (atTheVeryEnd != nullptr)
+        atTheVeryEnd();
+}
+
 /// Each order ends the process; leaks and uses of what is gone make the exit status another one.
 TEST(ModuleDeathTest, TheProcessEndsCleanlyInEveryOrder)
 {
@@ -383,6 +391,15 @@ TEST(ModuleDeathTest, TheProcessEndsCleanlyInEveryOrder)
             VTTerminate_tracery();
             VTInitialize_tracery();
             DrawScheduler::getInstance()->TaskComplete(true);
+        },
+        [] { // a host without memory that goes last
+            static test::TestHost& last = *new test::TestHost;
+            last.whenAsked = [](const std::string&) { throw std::bad_alloc(); };
+            Host::attach(last);
+            atTheVeryEnd = [] {
+                if (failure(&VTInitialize_tracery) != "OutOfMemory")
+                    std::_Exit(1);
+            };
         },
     };
     for (const auto& order : orders)
