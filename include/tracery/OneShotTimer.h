@@ -15,7 +15,7 @@ namespace tracery {
 class TRACERY_EXPORT OneShotTimer final : public Timer {
 public:
     /// Its time is not up, and a period of 0 seconds begins; start it (after setTimeout) before its flag means anything.
-    /// throws  boost::thread_resource_error when the thread cannot be made
+    /// throws  NoThread when the system gives no thread
     OneShotTimer();
     /// Ends the thread, also within a period.
     ~OneShotTimer() override;

@@ -255,16 +255,16 @@ public:
         std::vector<double> real;  ///< all of a step's values, step after step
         std::vector<double> imag;  ///< of complex ports; else empty
     };
-    /// Where a reader of a port is; a new one is at the oldest step stored.
+    /// Where a reader of a port is; a new one is at the oldest step stored when it first reads.
     struct ReadPosition {
         std::uint64_t steps = 0;     ///< how many of the port's steps lie before it
-        std::uint64_t clearings = 0; ///< how often the buffer had been cleared or given another shape
+        std::uint64_t clearings = 0; ///< number of the buffer's clearing that last took steps of the port; 0 if new
     };
     /// The read of all channels for readers that go on step by step, whatever the times: replaces `steps` by all that was
     /// written to the port since the reading that `position` comes from, steps of one time and steps a spacing of doubles
-    /// apart among them, reusing its memory. Moves `position` on. Of a port that was cleared since, in part or all, the
-    /// reading begins anew with the oldest step stored. Only for callers in C++.
-    /// Returns how many steps were dropped for want of room before they could be read.
+    /// apart among them, reusing its memory. Moves `position` on. Of a port that was set up or given another shape since, or
+    /// that lost steps to a clearing, the reading begins anew with the oldest step stored. Only for callers in C++.
+    /// Returns how many steps were dropped for want of room before they could be read; 0 when it begins, also anew.
     /// throws  InvalidPortID, AddValueError, GetComplexDataError; without memory `position` stays
     std::uint64_t readAfter(std::uint64_t port, ReadPosition& position, ReadSteps& steps) const;
 

@@ -79,7 +79,8 @@ public:
     std::uint32_t getSourcePort() const { return static_cast<std::uint32_t>(sourcePort_ + 1); }
     void setSourcePortChannel(std::uint32_t channel);
     std::uint32_t getSourcePortChannel() const { return sourcePortChannel_ + 1; }
-    /// Which real quantity of the channel is triggered on; a change resets the detector, and drops waiting samples likewise.
+    /// Which real quantity of the channel is triggered on; a change resets the detector, and drops waiting samples
+    /// likewise.
     void setComplexity(TDTC::ComplexityEnum complexity);
     TDTC::ComplexityEnum getComplexity() const { return complexity_; }
 

@@ -101,8 +101,18 @@ public:
         } catch (...) {
             for (; !added.empty(); added.pop_back())
                 undoing([&] { package.removeClass(added.back()); });
+            forgetRemoved();
             throw;
         }
+    }
+    /// A class that comes by one of their names is another's.
+    void forgetRemoved() noexcept
+    {
+        for (std::size_t i = had_.size(); i-- > 0;)
+            undoing([&] {
+                if (objects_.findClass(had_[i]) == nullptr)
+                    had_.erase(had_.begin() + static_cast<std::ptrdiff_t>(i));
+            });
     }
     /// Whether the host has classes of the library's own package.
     bool hasOwn() const
@@ -180,6 +190,7 @@ void publishClasses(hostobj::ObjectSystem& objects)
             if (registrar->hasOwn())
                 giveUpOwnPackage(objects);
         });
+        registrar->forgetRemoved();
         throw;
     }
     registrar->finish();

@@ -37,11 +37,12 @@ void PortRings::follow(TimeLine::Drop drop) noexcept
     dropValuesWithoutTimes();
 }
 
-void PortRings::keepNewest(std::uint64_t newest) noexcept
+void PortRings::keepNewest() noexcept
 {
     forEachLine([&](ValueLine& line) {
-        line.steps = line.steps == newest ? 1 : 0;
-        line.ring.keepNewest(line.steps * layout_.elements());
+        const bool came = line.steps == times_->steps;
+        line.steps = times_->steps - (came ? 0 : 1);
+        line.ring.keepNewest(came ? layout_.elements() : 0);
     });
 }
 

@@ -79,8 +79,8 @@ public:
     }
     /// Drops the values of newest times that are gone.
     void follow(TimeLine::Drop drop) noexcept;
-    /// Drops all values but that of the newest time, which was step number `newest`, if it has come.
-    void keepNewest(std::uint64_t newest) noexcept;
+    /// Drops all values but that of the newest time, if it has come.
+    void keepNewest() noexcept;
 
     /// Whether values are level with their times.
     bool isLevel() const;

@@ -101,6 +101,7 @@ void Ports::reshape(const std::map<std::uint64_t, Counts>& extentsOfPorts)
             continue;
         if (line == nullptr || !sharedTime) {
             line = std::make_shared<TimeLine>(maxNumTimeSteps[k]);
+            line->clearings = clearings + k + 1;
             if (held)
                 line->ring.hold();
         }
@@ -121,23 +122,32 @@ void Ports::reshape(const std::map<std::uint64_t, Counts>& extentsOfPorts)
             std::swap(ports[k], *fresh[k]);
     pattern = std::move(newPattern);
     hasNaNPattern = false;
-    ++clearings;
+    clearings += numPorts;
+}
+
+void Ports::beginAt(std::uint64_t clearing) noexcept
+{
+    clearings = clearing;
+    forEachTimeLine([clearing](TimeLine& line, std::span<Port>) { line.clearings = clearing; });
 }
 
 void Ports::clear() noexcept
 {
-    ++clearings;
-    forEachTimeLine([](TimeLine& line, std::span<Port>) { line.steps = 0; });
-    for (Port& port : ports)
-        port.rings.forEachLine([](PortRings::ValueLine& line) { line.steps = 0; });
+    forEachTimeLine([this](TimeLine& line, std::span<Port> portsOfLine) {
+        if (!line.ring.empty())
+            noteClearing(line);
+        for (Port& port : portsOfLine)
+            port.rings.forEachLine([&line](PortRings::ValueLine& values) { values.steps = line.steps; });
+    });
     forEachRing([](Ring& ring) { ring.clear(); });
 }
 
 void Ports::clearBackTo(double time) noexcept
 {
-    ++clearings;
-    forEachTimeLine([time](TimeLine& line, std::span<Port> portsOfLine) {
+    forEachTimeLine([this, time](TimeLine& line, std::span<Port> portsOfLine) {
         const TimeLine::Drop drop = line.dropAfter(time);
+        if (drop.newest > 0)
+            noteClearing(line);
         for (Port& port : portsOfLine)
             port.rings.follow(drop);
     });
@@ -146,15 +156,15 @@ void Ports::clearBackTo(double time) noexcept
 
 void Ports::clearUptoLastTime() noexcept
 {
-    ++clearings;
-    forEachTimeLine([](TimeLine& line, std::span<Port> portsOfLine) {
+    forEachTimeLine([this](TimeLine& line, std::span<Port> portsOfLine) {
         // A port with exactly two times keeps both on purpose: displays start from such a pair.
         if (line.ring.empty() || line.ring.size() == 2)
             return;
+        if (line.ring.size() > 1)
+            noteClearing(line);
         line.ring.keepNewest(1);
         for (Port& port : portsOfLine)
-            port.rings.keepNewest(line.steps);
-        line.steps = 1;
+            port.rings.keepNewest();
     });
     forEachRing([](Ring& ring) { ring.giveBack(); });
 }

@@ -60,6 +60,8 @@ struct Ports {
     void reshape(const std::map<std::uint64_t, Counts>& extentsOfPorts);
     /// Drops all steps.
     void clear() noexcept;
+    /// Numbers clearings from `clearing` on, which is the set-up.
+    void beginAt(std::uint64_t clearing) noexcept;
     /// Drops the steps newer than `time`; all but the newest. Port by port.
     void clearBackTo(double time) noexcept;
     void clearUptoLastTime() noexcept;
@@ -82,11 +84,13 @@ struct Ports {
     bool held = false; ///< all rings are
     bool hasNaNPattern = false;
     DataPattern pattern{0};
-    std::uint64_t clearings = 0; ///< how often steps were dropped other than for want of room
+    std::uint64_t clearings = 0; ///< how often a time line lost steps other than for want of room, or was new
 
 private:
     /// A fresh detector, as wide as the steps of all ports together.
     static DataPattern patternFor(const Counts& elementsPerStep);
+    /// Tells readers of the line's ports to begin anew.
+    void noteClearing(TimeLine& line) noexcept { line.clearings = ++clearings; }
     template <class Use>
     void forWrittenTimeLines(Port& port, Use&& use);
     void appendTimes(Port& port, const double* times, std::uint64_t count) noexcept;

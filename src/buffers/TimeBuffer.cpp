@@ -62,7 +62,7 @@ void TimeBuffer::ResetBuffer(const Counts& maxNumTimeSteps, const Counts& maxDim
     Ports fresh(maxNumTimeSteps, maxDimensions, nDim, nPorts, type, complexity, isThreadSafe);
     state_->onBuffer(
         [&](Ports& all) {
-            fresh.clearings = all.clearings + (all.initialized ? 1 : 0);
+            fresh.beginAt(all.clearings + 1);
             std::swap(all, fresh);
             state_->threadSafe = isThreadSafe;
         },
@@ -72,7 +72,6 @@ void TimeBuffer::ResetBuffer(const Counts& maxNumTimeSteps, const Counts& maxDim
 void TimeBuffer::resetInitialized()
 {
     state_->whenSetUp([](Ports& all) {
-        ++all.clearings;
         all.initialized = false;
         all.ports.clear();
     });

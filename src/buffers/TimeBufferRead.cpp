@@ -105,13 +105,13 @@ std::uint64_t TimeBuffer::readAfter(std::uint64_t port, ReadPosition& position, 
                     part->clear();
         }
     } guard{steps};
-    return state_->onPort(port, [&](const Ports& all, const Port& one) -> std::uint64_t {
+    return state_->onPort(port, [&](const Ports&, const Port& one) -> std::uint64_t {
         if (!one.rings.readable())
             return 0;
         const StepsView view = one.rings.view();
         const std::uint64_t written = one.rings.times().steps, stored = one.rings.times().ring.size();
-        const std::uint64_t oldest = written - stored;
-        const bool goesOn = position.clearings == all.clearings && position.steps <= written;
+        const std::uint64_t oldest = written - stored, clearings = one.rings.times().clearings;
+        const bool goesOn = position.clearings == clearings && position.steps <= written;
         const std::uint64_t from = goesOn ? std::max(position.steps, oldest) : oldest;
         const auto copyPart = [&](const Ring::View& ring, std::uint64_t width, std::vector<double>& out) {
             copyRing(ring, (from - oldest) * width, (written - from) * width, out);
@@ -124,7 +124,7 @@ std::uint64_t TimeBuffer::readAfter(std::uint64_t port, ReadPosition& position, 
             steps.imag.clear();
         guard.kept = true;
         const std::uint64_t lost = goesOn ? from - position.steps : 0;
-        position = {written, all.clearings};
+        position = {written, clearings};
         return lost;
     });
 }

@@ -49,7 +49,8 @@ struct TimeLine {
     Drop dropAfter(double time) noexcept;
 
     Ring ring;
-    std::uint64_t steps = 0; ///< ever written, less those cleared; not capped by the capacity
+    std::uint64_t steps = 0;     ///< ever written, less the newest that were cleared; not capped by the capacity
+    std::uint64_t clearings = 0; ///< number of the clearing that last took stored steps, or of the set-up
 };
 
 } // namespace tracery

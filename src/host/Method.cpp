@@ -6,7 +6,8 @@
 namespace tracery::binding {
 
 namespace {
-const Error noMemory(errors::OutOfMemory);
+// Never destroyed: a host may go later than the variables of this library.
+const Error& noMemory = *new Error(errors::OutOfMemory);
 } // namespace
 
 const Error& outOfMemory() noexcept { return noMemory; }

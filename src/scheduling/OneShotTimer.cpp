@@ -1,4 +1,5 @@
 #include <tracery/OneShotTimer.h>
+#include <tracery/host/Error.h>
 
 #include <boost/chrono/system_clocks.hpp>
 #include <boost/thread/condition_variable.hpp>
@@ -22,7 +23,11 @@ constexpr double kLongestTimeoutSeconds = 100.0 * 365 * 86400; // the clock's na
 /// that it is no longer the current one, and leaves the flag of the new one alone.
 class OneShotTimer::Waiter {
 public:
-    Waiter() : thread_([this] { run(); }) {}
+    Waiter()
+    try : thread_([this] { run(); }) {
+    } catch (const boost::thread_resource_error& error) {
+        throw Error(errors::NoThread, error.what());
+    }
     ~Waiter()
     {
         {

@@ -41,7 +41,7 @@ struct PortModel {
     std::vector<Step> steps;
     std::uint64_t pending[2] = {}; ///< the newest times, stored or not, that a part's values have not come for
     std::uint64_t unread = 0;      ///< written since readAfter, dropped again or not
-    bool cleared = false;          ///< since readAfter
+    bool cleared = true;           ///< since readAfter, or new
     TimeBuffer::ReadPosition position;
 
     std::uint64_t width() const { return productOf(maxExtents); }

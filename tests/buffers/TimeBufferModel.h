@@ -59,7 +59,6 @@ private:
         for (PortModel& port : ports) {
             port.complex = chance(0.4);
             port.capacity = unequal ? below(10) : common;
-            port.cleared = !ports_.empty();
             port.maxExtents.resize(below(4));
             for (auto& extent : port.maxExtents)
                 extent = chance(0.02) ? 0 : below(chance(0.2) ? 12 : 4) + 1;
@@ -252,8 +251,9 @@ private:
             choice < 64 ? buffer_.Clear() : choice < 71 ? buffer_.ClearBackTo(to) : buffer_.clearUptoLastTime();
         });
         for (PortModel& port : ports_) {
-            port.cleared = true;
+            const std::size_t before = port.steps.size();
             choice < 64 ? port.clear() : choice < 71 ? port.clearBackTo(to) : port.clearUptoLastTime();
+            port.cleared = port.cleared || port.steps.size() < before;
         }
     }
 
@@ -293,9 +293,9 @@ private:
         attempt("none", [&] { all ? buffer_.SetMaxDimensions(array.get()) : buffer_.SetMaxDimensions(ofOne, k); });
         for (std::size_t i = 0; i < ports_.size(); ++i) {
             PortModel& port = ports_[i];
-            port.cleared = true;
             if (!all && !shared_ && i != k)
                 continue;
+            port.cleared = true;
             port.clear();
             if (port.maxExtents != extents[i])
                 port.arrayDims.clear();

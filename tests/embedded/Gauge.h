@@ -74,6 +74,14 @@ struct GaugeMethodInfo final : COSMethodInfo {
         return COSMethodSignature::createMethodSignature(isStatic ? nullptr : COSDataType::fromString("object"),
                                                          {kNumber, kNumber}, {{"level", kNumber}}, 1);
     }
+    std::vector<COSMethodSignaturePtr> getSignatures() const override
+    {
+        std::vector<COSMethodSignaturePtr> all{getSignature()};
+        if (isStatic) // with an object, its level takes the number's place
+            all.push_back(
+                COSMethodSignature::createMethodSignature(COSDataType::fromString("object"), {}, {{"level", kNumber}}));
+        return all;
+    }
     Access getAccess() const override { return access; }
     bool isAbstract() const override { return body == nullptr; }
     HostOutputs invoke(HostInputs inputs, std::size_t) const override { return body(inputs); }
@@ -106,7 +114,10 @@ struct GaugeClassInfo final : COSClassInfo {
                 return HostOutputs();
             }));
             method("onChange", protected_, false, [](HostInputs) { return outputs(number(7)); });
-            method("twice", public_, true, [](HostInputs in) { return outputs(number(2 * numberIn(in[0]))); });
+            method("twice", public_, true, [](HostInputs in) {
+                return outputs(
+                    number(2 * (isDouble(in[0]) ? numberIn(in[0]) : gaugeOf(omGetArrayElement(in[0], 0)).level)));
+            });
             return;
         }
         c.superclass("handle");

@@ -30,8 +30,9 @@ lab.Gauge < lab.Base
   constructor
     [level double scalar] = Gauge(double scalar, [double scalar])
   methods
-    protected      [level double scalar] = onChange(double scalar, [double scalar])
-    public static  [level double scalar] = twice(double scalar, [double scalar])
+    protected  [level double scalar] = onChange(double scalar, [double scalar])
+    public     [level double scalar] = twice(double scalar, [double scalar])
+    public     [level double scalar] = twice()
 lab.Base < handle, abstract, hidden
   properties
     Level    double scalar             read-write                    3022  "The Level"

@@ -37,6 +37,7 @@ TEST_F(ObjectsTest, ConstructionMakesTheLibraryObjectAndThenCallsTheConstructor)
     EXPECT_STREQ(gauge->className(), "lab.Gauge");
     EXPECT_TRUE(gauge->isA("lab.Base") && gauge->isA("handle") && !gauge->isA("lab"));
     EXPECT_EQ(numberIn(host->callStatic("lab.Gauge", "twice", inputs).at(0).get()), 10);
+    EXPECT_EQ(numberIn(host->call(gauge, "twice").at(0).get()), 10);
     EXPECT_EQ(host->objects().objectOfHandle(host->handleOf(gauge)), gauge);
     const HostObjectRef wrapped = host->objects().wrapPayload("lab.Base", std::make_unique<GaugePayload>(nullptr));
     ++census.made;

@@ -6,6 +6,8 @@
 #include <tracery/embedded/EmbeddedHost.h>
 #include <tracery/host/Publish.h>
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -61,6 +63,32 @@ struct FailingHost : test::TestHost {
     int callsLeft = -1;
 };
 
+/// In its life the system gives no threads: their stacks would be too large.
+struct NoThreads {
+    NoThreads() { pthread_getattr_default_np(&before), stacks(std::size_t{1} << 50); }
+    ~NoThreads() { pthread_setattr_default_np(&before); }
+    static void stacks(std::size_t size)
+    {
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        EXPECT_EQ(pthread_attr_setstacksize(&attributes, size) | pthread_setattr_default_np(&attributes), 0);
+        pthread_attr_destroy(&attributes);
+    }
+    pthread_attr_t before;
+};
+
+TEST(ModuleTest, WithoutAThreadForATimerWhatNeedsOneIsRefusedAndCanBeTriedAgain)
+{
+    EmbeddedHost host;
+    host.loadModule(TRACERY_LIBRARY);
+    for (const bool threads : {false, true}) {
+        const std::optional<NoThreads> none = threads ? std::nullopt : std::optional<NoThreads>(std::in_place);
+        EXPECT_EQ(failure([&] { host.construct("tracery.OneShotTimer"); }), threads ? "none" : "NoThread");
+        EXPECT_EQ(failure([&] { host.construct("tracery.SpectrumBuffer"); }),
+                  threads ? "InvalidNumberOfArguments" : "NoThread");
+    }
+}
+
 const bool usesSLAAtFirst = timeScopeBlockUsesSLA();
 
 TEST(ModuleTest, EachStepIsTakenOnceInItsOrder)
@@ -105,6 +133,12 @@ TEST(ModuleTest, WhatAHostFailsAtArrivesAsItIsAndIsTriedAgain)
                     longest = std::max(longest, calls + 1);
                 if (!keeps && host.featureNames.empty()) {
                     EXPECT_TRUE(host.classes.empty() || host.classes.size() == 10) << first << ' ' << second;
+                    for (const char* foreign : {"AbstractLinePlotter", "TimeBuffer"})
+                        if (host.classes.empty()) {
+                            host.classes = {foreign};
+                            EXPECT_EQ(failure(&VTInitialize_tracery), "DuplicateClass") << first << ' ' << second;
+                            host.classes.clear();
+                        }
                 }
             }
             for (int i = 0; i < 2; ++i)
@@ -317,6 +351,14 @@ TEST(ModuleTest, ACopyOfTheLibraryElsewhereWorks)
     }
 }
 
+/// Runs when the variables of all libraries are gone.
+void (*atTheVeryEnd)() = nullptr;
+[[gnu::destructor]] void runAtTheVeryEnd()
+{
+    if (atTheVeryEnd != nullptr)
+        atTheVeryEnd();
+}
+
 /// Each order ends the process; leaks and uses of what is gone make the exit status another one.
 TEST(ModuleDeathTest, TheProcessEndsCleanlyInEveryOrder)
 {
@@ -349,6 +391,15 @@ TEST(ModuleDeathTest, TheProcessEndsCleanlyInEveryOrder)
             VTTerminate_tracery();
             VTInitialize_tracery();
             DrawScheduler::getInstance()->TaskComplete(true);
+        },
+        [] { // a host without memory that goes last
+            static test::TestHost& last = *new test::TestHost;
+            last.whenAsked = [](const std::string&) { throw std::bad_alloc(); };
+            Host::attach(last);
+            atTheVeryEnd = [] {
+                if (failure(&VTInitialize_tracery) != "OutOfMemory")
+                    std::_Exit(1);
+            };
         },
     };
     for (const auto& order : orders)

@@ -147,8 +147,13 @@ bool hasBody(const COSMethodInfo& method) { return !method.isAbstract() && !meth
 
 bool isStatic(const COSMethodInfo& method)
 {
-    const COSMethodSignaturePtr signature = method.getSignature();
-    return signature != nullptr && signature->getObject() == nullptr;
+    return std::ranges::any_of(method.getSignatures(), [](const auto& way) { return way->getObject() == nullptr; });
+}
+
+bool takesObject(const COSMethodInfo& method)
+{
+    const auto ways = method.getSignatures();
+    return ways.empty() || std::ranges::any_of(ways, [](const auto& way) { return way->getObject() != nullptr; });
 }
 
 } // namespace tracery::embedded

@@ -79,7 +79,9 @@ private:
 
 /// Whether the method can be called: it is not left to subclasses.
 bool hasBody(const hostobj::COSMethodInfo& method);
-/// Whether the method is called without an object.
+/// Whether the method can be called without an object, and with one: it may have signatures of both kinds. Without any
+/// it takes an object.
 bool isStatic(const hostobj::COSMethodInfo& method);
+bool takesObject(const hostobj::COSMethodInfo& method);
 
 } // namespace tracery::embedded

@@ -149,7 +149,7 @@ HostOutputs Objects::call(HostObjectRef object, const std::string& method, HostI
         return {};
     const auto own = table_->require(object);
     const auto found = requireMethod(own->getClass(), method, caller);
-    return isStatic(*found) ? found->invoke(further, wanted) : invokeOn(own, *found, further, wanted);
+    return takesObject(*found) ? invokeOn(own, *found, further, wanted) : found->invoke(further, wanted);
 }
 
 HostOutputs Objects::callStatic(const std::string& dottedClass, const std::string& method, HostInputs inputs,

@@ -44,7 +44,7 @@ MethodListing listMethod(const std::string& name, const COSMethodInfo& method, b
     listing.access = method.getAccess();
     listing.isAbstract = method.isAbstract();
     listing.isOptional = method.isOptional();
-    listing.isStatic = isStatic(method);
+    listing.isStatic = !takesObject(method);
     listing.description = method.getDescription();
     if (isPublished)
         for (const COSMethodSignaturePtr& signature : method.getSignatures())

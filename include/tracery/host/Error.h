@@ -80,6 +80,7 @@ inline constexpr ErrorKind InvalidSubscript{kComponent, "InvalidSubscript", "the
 inline constexpr ErrorKind InvalidTypeString{kComponent, "InvalidTypeString", "there is no type of this text"};
 inline constexpr ErrorKind NoHost{kComponent, "NoHost", "no host is attached"};
 inline constexpr ErrorKind NoPlotter{kComponent, "NoPlotter", "the controller has no plotter"};
+inline constexpr ErrorKind NoThread{kComponent, "NoThread", "the system gave no thread"};
 inline constexpr ErrorKind OutOfMemory{kComponent, "OutOfMemory", "not enough memory"};
 inline constexpr ErrorKind ReadOnlyProperty{kComponent, "ReadOnlyProperty", "the property cannot be set"};
 inline constexpr ErrorKind TooLong{kComponent, "TooLong", "more elements than can be kept"};

@@ -122,8 +122,8 @@ TRACERY_EXPORT const std::uint8_t* getLogicals(const HostArray* array);
 /// The characters of a char array (getNumberOfElements of them, not terminated), or null.
 TRACERY_EXPORT const char* getChars(const HostArray* array);
 /// Installs `data` (from allocateMemory, at least one double an element) as the real part; the array owns it from
-/// then on, and frees what it replaces. Null leaves the array without real data. Throws InvalidArray for an array of another class, and `data`
-/// then stays with the caller.
+/// then on, and frees what it replaces. Null leaves the array without real data. Throws InvalidArray for an array of
+/// another class, and `data` then stays with the caller.
 TRACERY_EXPORT void setRealData(HostArray* array, double* data);
 /// The same for the imaginary part; the array becomes complex, or real again when `data` is null.
 TRACERY_EXPORT void setImagData(HostArray* array, double* data);

@@ -64,8 +64,8 @@ extern "C" {
 /// throws  DuplicateClass when the host has the classes from elsewhere, and what the host reports
 TRACERY_EXPORT void VTInitialize_tracery();
 /// Once a host, after VTInitialize_tracery: takes leave of the package "tracery" in the name of the host's public
-/// client; when that fails, the next call tries again. A draw scheduler that listened to this host goes on with another that uses the module, or is shut down.
-/// Without a host attached it is shut down unless one that lives uses it.
+/// client; when that fails, the next call tries again. A draw scheduler that listened to this host goes on with another that
+/// uses the module, or is shut down. Without a host attached it is shut down unless one that lives uses it.
 TRACERY_EXPORT void VTTerminate_tracery();
 /// The function of the table is SetScopeRefreshRateImpl.
 TRACERY_EXPORT const tracery::ModuleTable* QueryVTFcnTable_tracery();
