@@ -3,6 +3,7 @@
 #include "cli/commandLine.h"
 #include "cli/options.h"
 #include "commands/measureCommands.h"
+#include "commands/output.h"
 
 #include <cmath>
 #include <memory>
@@ -28,6 +29,13 @@ void addMeasure(CLI::App& command, MeasureOptions& options, const std::string& e
         "How much time to measure [default: to the recording's end]");
     addPicture(command, options);
     addRate(command, options.rate);
+}
+
+void check(const CLI::App& command, const MeasureOptions& options)
+{
+    requirePositive(options.stretch.span, "--span");
+    if (isTable(options.output))
+        requireNone(command, {"--size", "--theme", "--title"}, "for a table: " + options.output);
 }
 
 Reader segment(std::optional<std::uint32_t>& samples)
@@ -103,8 +111,8 @@ void addSpectrum(CLI::App& app)
         "How far a peak must stand out of its surroundings [default: as far as noise does in one spectrum of a "
         "hundred, "
         "6 dB at least]");
-    spectrum->callback([options] {
-        requirePositive(options->stretch.span, "--span");
+    spectrum->callback([options, spectrum] {
+        check(*spectrum, *options);
         runSpectrum(*options);
     });
 }
@@ -130,8 +138,8 @@ void addCcdf(CLI::App& app)
         "Width of a bin of the curve [default: 0.1]");
     add(*ccdf, "--bins", "N", wholeNumber(options->bins, "--bins", 1, 100000),
         "How many bins the curve has, from the peak down [default: 1000]");
-    ccdf->callback([options] {
-        requirePositive(options->stretch.span, "--span");
+    ccdf->callback([options, ccdf] {
+        check(*ccdf, *options);
         runCcdf(*options);
     });
 }
