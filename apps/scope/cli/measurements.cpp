@@ -71,7 +71,8 @@ void addSpectrum(CLI::App& app)
         "half\n"
         "the rate, one of IQ samples around the file's centre frequency. With --scale power a sine shows its mean\n"
         "square, with psd noise shows its density. Segments with missing values are left out. Peaks are interpolated\n"
-        "between the bins: the level of a sine is true to 0.01 dB with every window. What does not stand out of the\n"
+        "between the bins: the level of a sine is true to 0.01 dB with every window, six bins\n"
+        "from others and from the ends of a real signal's spectrum. What does not stand out of the\n"
         "bins around it by --prominence is no peak.\n"
         "Examples:\n  tracery-scope spectrum guitar.wav --peaks 8\n"
         "  tracery-scope spectrum radio.sigmf-meta --segment 4096 --unit dBFS -o radio.svg\n"
@@ -111,6 +112,14 @@ void addSpectrum(CLI::App& app)
         "How far a peak must stand out of its surroundings [default: as far as noise does in one spectrum of a "
         "hundred, "
         "6 dB at least]");
+    add(
+        *spectrum, "--range", "DB",
+        [options = options.get()](const std::string& text) {
+            quantity(options->range, "--range")(text);
+            if (!(options->range >= 0 && options->range <= 300))
+                throw UsageError("--range: expected 0 to 300 dB, found '" + text + "'");
+        },
+        "How far below the strongest a peak may be; the rounding of samples is below [default: 100]");
     spectrum->callback([options, spectrum] {
         check(*spectrum, *options);
         runSpectrum(*options);

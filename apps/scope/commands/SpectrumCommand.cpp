@@ -142,6 +142,7 @@ std::vector<Curve> makeCurves(const SpectrumEstimate& estimate, const std::vecto
                        .complex = complex,
                        .prominence = options.prominence ? std::pow(10, *options.prominence / 10)
                                                         : std::max(kLeastProminence, noise),
+                       .range = std::pow(10, -options.range / 10),
                        .most = options.peaks});
         for (double& each : power)
             each = levelOf(each, options.unit, complex);
