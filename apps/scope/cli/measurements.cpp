@@ -3,6 +3,7 @@
 #include "cli/commandLine.h"
 #include "cli/options.h"
 #include "commands/measureCommands.h"
+#include "commands/output.h"
 
 #include <cmath>
 #include <memory>
@@ -28,6 +29,13 @@ void addMeasure(CLI::App& command, MeasureOptions& options, const std::string& e
         "How much time to measure [default: to the recording's end]");
     addPicture(command, options);
     addRate(command, options.rate);
+}
+
+void check(const CLI::App& command, const MeasureOptions& options)
+{
+    requirePositive(options.stretch.span, "--span");
+    if (isTable(options.output))
+        requireNone(command, {"--size", "--theme", "--title"}, "for a table: " + options.output);
 }
 
 Reader segment(std::optional<std::uint32_t>& samples)
@@ -63,7 +71,8 @@ void addSpectrum(CLI::App& app)
         "half\n"
         "the rate, one of IQ samples around the file's centre frequency. With --scale power a sine shows its mean\n"
         "square, with psd noise shows its density. Segments with missing values are left out. Peaks are interpolated\n"
-        "between the bins: the level of a sine is true to 0.01 dB with every window. What does not stand out of the\n"
+        "between the bins: the level of a sine is true to 0.01 dB with every window, six bins\n"
+        "from others and from the ends of a real signal's spectrum. What does not stand out of the\n"
         "bins around it by --prominence is no peak.\n"
         "Examples:\n  tracery-scope spectrum guitar.wav --peaks 8\n"
         "  tracery-scope spectrum radio.sigmf-meta --segment 4096 --unit dBFS -o radio.svg\n"
@@ -103,8 +112,16 @@ void addSpectrum(CLI::App& app)
         "How far a peak must stand out of its surroundings [default: as far as noise does in one spectrum of a "
         "hundred, "
         "6 dB at least]");
-    spectrum->callback([options] {
-        requirePositive(options->stretch.span, "--span");
+    add(
+        *spectrum, "--range", "DB",
+        [options = options.get()](const std::string& text) {
+            quantity(options->range, "--range")(text);
+            if (!(options->range >= 0 && options->range <= 300))
+                throw UsageError("--range: expected 0 to 300 dB, found '" + text + "'");
+        },
+        "How far below the strongest a peak may be; the rounding of samples is below [default: 100]");
+    spectrum->callback([options, spectrum] {
+        check(*spectrum, *options);
         runSpectrum(*options);
     });
 }
@@ -130,8 +147,8 @@ void addCcdf(CLI::App& app)
         "Width of a bin of the curve [default: 0.1]");
     add(*ccdf, "--bins", "N", wholeNumber(options->bins, "--bins", 1, 100000),
         "How many bins the curve has, from the peak down [default: 1000]");
-    ccdf->callback([options] {
-        requirePositive(options->stretch.span, "--span");
+    ccdf->callback([options, ccdf] {
+        check(*ccdf, *options);
         runCcdf(*options);
     });
 }

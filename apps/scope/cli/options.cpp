@@ -95,4 +95,11 @@ void addPicture(CLI::App& command, PictureOptions& options)
     command.add_option("--title", options.title, "Heading [default: the file's name]");
 }
 
+void requireNone(const CLI::App& command, std::initializer_list<const char*> options, const std::string& where)
+{
+    for (const char* option : options)
+        if (command.get_option(option)->count() > 0)
+            throw UsageError(std::string(option) + " does nothing " + where);
+}
+
 } // namespace scope::cli

@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <limits>
 #include <optional>
 #include <string>
@@ -77,5 +78,7 @@ void addRate(CLI::App& command, std::optional<double>& rate);
 void addChannels(CLI::App& command, std::vector<std::string>& channels, const std::string& text);
 /// --size, --theme and --title.
 void addPicture(CLI::App& command, PictureOptions& options);
+/// Refuses the first of these options that was given: it does nothing, for what `where` says.
+void requireNone(const CLI::App& command, std::initializer_list<const char*> options, const std::string& where);
 
 } // namespace scope::cli

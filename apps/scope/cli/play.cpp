@@ -28,9 +28,8 @@ void check(const CLI::App& play, const Arguments& arguments)
         throw UsageError("--format and --columns are of standard input, FILE -");
     if (given("--columns") && options.format == "csv")
         throw UsageError("--columns is of raw samples: say --format f64, f32 or s16");
-    for (const char* option : {"--size", "--theme"})
-        if (options.folder.empty() && given(option))
-            throw UsageError(std::string(option) + " does nothing without --out-dir");
+    if (options.folder.empty())
+        requireNone(play, {"--size", "--theme"}, "without --out-dir");
 }
 
 } // namespace

@@ -40,17 +40,17 @@ std::vector<std::size_t> check(const PowerStatistics& statistics, const std::vec
     for (std::size_t i = 0; i < channels.size(); ++i)
         faults.push_back(faultOf(statistics.channel(i)));
     std::vector<std::size_t> live = liveChannels(channels, faults);
-    std::string list;
+    ShortList list(", ");
     bool tooLarge = false;
     for (const std::size_t i : live)
         if (const PowerStatistics::Channel& totals = statistics.channel(i); totals.leftOut > 0) {
-            list += (list.empty() ? "" : ", ") + channels[i].label + " " + std::to_string(totals.leftOut) + " of " +
-                    std::to_string(totals.leftOut + totals.samples);
+            list.add(channels[i].label + " " + std::to_string(totals.leftOut) + " of " +
+                     std::to_string(totals.leftOut + totals.samples));
             tooLarge |= totals.tooLarge;
         }
     if (!list.empty())
         std::fprintf(stderr, "tracery-scope: samples left out, missing%s infinite%s: %s\n", tooLarge ? "," : " or",
-                     tooLarge ? " or too large to square" : "", list.c_str());
+                     tooLarge ? " or too large to square" : "", list.text().c_str());
     return live;
 }
 
@@ -140,6 +140,7 @@ void runCcdf(const CcdfOptions& options)
     const Output output = chooseOutput(options.output, {options.file}, "-ccdf.png", Output::Kinds::PicturesAndTables,
                                        options.width, options.height);
     const std::vector<ChosenChannel> channels = chooseChannels(recordings, options.channels);
+    requireMeasurable(channels.size(), static_cast<std::size_t>(options.bins), "--bins");
     std::vector<std::size_t> numbers;
     for (const ChosenChannel& chosen : channels)
         numbers.push_back(chosen.channel);

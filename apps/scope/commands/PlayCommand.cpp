@@ -81,6 +81,7 @@ FrameWriter::Sink makeSink(const PlayOptions& options, TextScreen& screen)
 {
     if (options.folder.empty())
         return [&screen](const Figure& figure, std::uint64_t) { screen.show(figure); };
+    requirePictureSize(framePath(options.folder, 1), options.width, options.height);
     std::error_code error;
     std::filesystem::create_directories(options.folder, error);
     if (!std::filesystem::is_directory(options.folder))

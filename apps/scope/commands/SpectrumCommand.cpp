@@ -104,17 +104,17 @@ std::vector<std::size_t> check(const SpectrumEstimate& estimate, const std::vect
             faults[i] = kTooSmall;
     }
     std::vector<std::size_t> live = liveChannels(channels, faults);
-    std::string list;
+    ShortList list(", ");
     bool tooLarge = false;
     for (const std::size_t i : live)
         if (estimate.leftOut(i) > 0) {
-            list += (list.empty() ? "" : ", ") + channels[i].label + " " + std::to_string(estimate.leftOut(i)) +
-                    " of " + std::to_string(estimate.averages(i) + estimate.leftOut(i));
+            list.add(channels[i].label + " " + std::to_string(estimate.leftOut(i)) + " of " +
+                     std::to_string(estimate.averages(i) + estimate.leftOut(i)));
             tooLarge |= estimate.tooLarge(i);
         }
     if (!list.empty())
         std::fprintf(stderr, "tracery-scope: segments left out for missing%s infinite%s values: %s\n",
-                     tooLarge ? "," : " or", tooLarge ? " or too large" : "", list.c_str());
+                     tooLarge ? "," : " or", tooLarge ? " or too large" : "", list.text().c_str());
     return live;
 }
 
@@ -142,6 +142,7 @@ std::vector<Curve> makeCurves(const SpectrumEstimate& estimate, const std::vecto
                        .complex = complex,
                        .prominence = options.prominence ? std::pow(10, *options.prominence / 10)
                                                         : std::max(kLeastProminence, noise),
+                       .range = std::pow(10, -options.range / 10),
                        .most = options.peaks});
         for (double& each : power)
             each = levelOf(each, options.unit, complex);
@@ -214,7 +215,9 @@ void printPeaks(std::FILE* out, const std::vector<Curve>& curves, const Spectrum
     const bool linear = options.unit == LevelUnit::Linear;
     const int decimals = std::max(0, -lastDigit(binWidth));
     for (const Curve& curve : curves) {
-        if (!curve.peaks.empty())
+        if (options.peaks > 0 && curve.peaks.empty())
+            std::fprintf(out, "%s: no peaks\n", curve.label.c_str());
+        else if (options.peaks > 0)
             std::fprintf(out, "%s: peaks (Hz, %s)\n", curve.label.c_str(),
                          curve.unit.empty() ? "power" : curve.unit.c_str());
         for (std::size_t i = 0; i < curve.peaks.size(); ++i)
@@ -235,12 +238,14 @@ void runSpectrum(const SpectrumOptions& options)
     const std::vector<ChosenChannel> channels = chooseChannels(recordings, options.channels);
     const Sampling sampling = measureSampling(recording, options.stretch);
 
+    const std::uint32_t segment = chooseSegment(options, info.path, sampling.steps);
+    requireMeasurable(channels.size(), segment, "--segment");
     SpectrumSettings settings{.width = info.channels.size(),
                               .channels = {},
                               .complex = info.complex,
                               .rate = sampling.rate,
                               .centerFrequency = info.centerFrequency.value_or(0),
-                              .segment = chooseSegment(options, info.path, sampling.steps),
+                              .segment = segment,
                               .overlapPercent = options.overlapPercent,
                               .window = options.window};
     for (const ChosenChannel& chosen : channels)

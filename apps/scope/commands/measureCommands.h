@@ -31,6 +31,7 @@ struct SpectrumOptions : MeasureOptions {
     SpectrumScale scale = SpectrumScale::Power;
     LevelUnit unit = LevelUnit::Decibel;
     std::size_t peaks = 5;
+    double range = 100;               ///< of peaks, dB below the strongest bin
     std::optional<double> prominence; ///< of peaks, dB; none: what noise does not reach
 };
 

@@ -15,6 +15,14 @@ namespace scope {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+std::string extensionOf(const std::string& path) { return lowerCase(fs::path(path).extension().string()); }
+
+} // namespace
+
+bool isTable(const std::string& path) { return extensionOf(path) == ".csv"; }
+
 Output chooseOutput(const std::string& path, const std::vector<std::string>& files, const std::string& ending,
                     Output::Kinds kinds, int width, int height)
 {
@@ -23,9 +31,9 @@ Output chooseOutput(const std::string& path, const std::vector<std::string>& fil
         output.path = (files[0] == kStandardStream ? "stdin" : fs::path(files[0]).stem().string()) + ending;
     else if (path == kStandardStream)
         output.path += ending.substr(ending.rfind('.'));
-    const std::string extension = lowerCase(fs::path(output.path).extension().string());
+    const std::string extension = extensionOf(output.path);
     if (kinds == Output::Kinds::PicturesAndTables) {
-        output.isTable = extension == ".csv";
+        output.isTable = isTable(output.path);
         if (!output.isTable && extension != ".png" && extension != ".svg")
             throw UsageError(output.path + ": the name of a picture must end in .png or .svg, that of a table in .csv");
     }

@@ -25,6 +25,9 @@ struct Output {
 Output chooseOutput(const std::string& path, const std::vector<std::string>& files, const std::string& ending,
                     Output::Kinds kinds, int width, int height);
 
+/// Whether a file of this name is a table.
+bool isTable(const std::string& path);
+
 /// Prints where the result is, unless that is standard output.
 void announce(const std::string& path);
 

@@ -87,9 +87,8 @@ void requireSize(const Format& format, const std::string& name, int width, int h
                                  std::to_string(kMaxPixels) + " pixels wide and high, not " + std::to_string(width) +
                                  " × " + std::to_string(height));
     if (width * height > format.mostPixels)
-        throw std::runtime_error(name + ": a picture of pixels has at most " + std::to_string(kMostPixels) +
-                                 " of them, not " + std::to_string(width) + " × " + std::to_string(height) +
-                                 ": make it smaller, or an .svg");
+        throw std::runtime_error(name + ": a picture of pixels, a .png, has at most " + std::to_string(kMostPixels) +
+                                 " of them, not " + std::to_string(width) + " × " + std::to_string(height));
 }
 
 const Format& formatFor(const std::string& path, int width, int height)
@@ -111,6 +110,8 @@ std::string draw(const Figure& figure, const Format& format, const std::string& 
 }
 
 } // namespace
+
+void requirePictureSize(const std::string& path, int width, int height) { formatFor(path, width, height); }
 
 void requireWritablePicture(const std::string& path, int width, int height)
 {

@@ -1,6 +1,6 @@
-#include <tracery/measures/peaks.h>
-
 #include "SineShape.h"
+
+#include <tracery/measures/peaks.h>
 
 #include <algorithm>
 #include <array>
@@ -12,8 +12,8 @@ namespace tracery::measures {
 
 namespace {
 
-constexpr double kRise = 4;         // 6 dB
-constexpr double kRounding = 1e-30; // of the strongest bin's power
+constexpr double kRise = 4;     // 6 dB
+constexpr double kAlike = 0.06; // shares of the strongest bin
 constexpr std::size_t kFewBins = 8;
 constexpr std::size_t kSurroundings = 32; // bins on either side
 constexpr double kLeastLeaking = 8;       // side lobes are 13 dB below their sine at least
@@ -88,16 +88,28 @@ std::vector<double> dipsBeside(std::span<const double> power, std::span<const do
 
 std::vector<std::size_t> peakBins(std::span<const double> power, const PeakSearch& search)
 {
-    const std::vector<double> dips = dipsBeside(power, power);
-    const std::vector<double> floors = dipsBeside(power, floorOf(power));
-    const double least = kRounding * *std::max_element(power.begin(), power.end());
-    std::vector<std::size_t> bins;
-    for (std::size_t k = 1; k + 1 < power.size(); ++k) {
-        const double here = power[k];
-        if (here > power[k - 1] && here >= power[k + 1] && here > least && here >= kRise * dips[k] &&
-            here >= search.prominence * floors[k])
-            bins.push_back(k);
+    // The whole circle of bins, negative frequencies as well, cut at the weakest: so what lies at an end has two sides.
+    const std::size_t count = search.complex ? power.size() : search.segment;
+    const auto weakest = static_cast<std::size_t>(std::ranges::min_element(power) - power.begin());
+    std::vector<double> circle(count);
+    for (std::size_t i = 0; i < count; ++i)
+        circle[i] = powerAt(power, static_cast<std::ptrdiff_t>((i + weakest) % count), search);
+    const std::vector<double> dips = dipsBeside(circle, circle);
+    const std::vector<double> floors = dipsBeside(circle, floorOf(circle));
+    const double least = search.range * *std::ranges::max_element(power);
+    std::vector<bool> found(power.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const double here = circle[i];
+        if (here > circle[(i + count - 1) % count] && here >= circle[(i + 1) % count] && here > least &&
+            here >= kRise * dips[i] && here >= search.prominence * floors[i]) {
+            const std::size_t bin = (i + weakest) % count;
+            found[bin < power.size() ? bin : count - bin] = true;
+        }
     }
+    std::vector<std::size_t> bins;
+    for (std::size_t k = 0; k < power.size(); ++k)
+        if (found[k])
+            bins.push_back(k);
     std::ranges::stable_sort(bins, std::greater<>(), [&](std::size_t k) { return power[k]; });
     return bins;
 }
@@ -115,6 +127,10 @@ std::vector<SpectrumPeak> findPeaks(std::span<const double> frequencies, std::sp
         even.back() *= search.segment % 2 == 0 ? 2 : 1;
     }
     const SineShape shape(search.window, search.segment, search.complex);
+    const auto likeConstant = [&](const SineShape::Bins& bins, double away) {
+        const double share = shape.powerAt(away, {0, 1}) / shape.powerAt(0, {0, 1});
+        return std::abs(bins[static_cast<std::size_t>(away) + 2] / bins[2] - share) < kAlike;
+    };
     const double width = frequencies[1] - frequencies[0];
     std::vector<SineShape::Sine> sines;
     std::vector<SpectrumPeak> peaks;
@@ -131,8 +147,16 @@ std::vector<SpectrumPeak> findPeaks(std::span<const double> frequencies, std::sp
         SineShape::Bins around{};
         for (std::size_t i = 0; i < around.size(); ++i)
             around[i] = powerAt(even, static_cast<std::ptrdiff_t>(k + i) - 2, search);
+        const bool end = !search.complex && (k == 0 || 2 * k == search.segment);
+        if (end && likeConstant(around, 1) && likeConstant(around, 2)) { // does not turn within a segment
+            sines.push_back({bin, even[k] / 2});
+            if (k > 0)
+                peaks.push_back({frequencies[k], power[k]});
+            continue;
+        }
         sines.push_back(shape.fit(bin, around));
-        peaks.push_back({frequencies[k] + (sines.back().bin - bin) * width, sines.back().power});
+        const double found = search.complex ? sines.back().bin : std::abs(sines.back().bin);
+        peaks.push_back({frequencies[k] + (found - bin) * width, sines.back().power});
         if (peaks.size() == search.most)
             last = even[k];
     }

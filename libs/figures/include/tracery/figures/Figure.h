@@ -80,6 +80,8 @@ Limits comfortableLimits(double low, double high);
 /// Tells early, before a long reading, what writeFigure would refuse: the ending, the size, a place that cannot be
 /// written. throws  as writeFigure
 void requireWritablePicture(const std::string& path, int width, int height);
+/// The ending and the size alone. throws  as writeFigure
+void requirePictureSize(const std::string& path, int width, int height);
 
 /// Draws the figure to a .png or .svg file, chosen by the ending, or to standard output, "-.png" or "-.svg". The file appears whole or not at all. The
 /// same figure gives the same bytes.
