@@ -124,10 +124,11 @@ TEST_F(PictureTest, TicksOfRangesOfEverySizeAreOrderedInsideAndToldApartByTheirL
     const std::vector<std::string> units = {"", "V", "s", "dB", "°"};
     for (int i = 0; i < 20000; ++i) {
         const std::string& unit = units[random() % units.size()];
-        const bool usual = i % 2 == 0;
-        const double span = std::pow(10.0, usual ? uniform(-12, 12) : uniform(-250, 290));
-        const double low = span * uniform(-1.5, 0.5) * std::pow(10.0, usual ? uniform(0, 12) : 0);
-        const double high = low + span;
+        const bool usual = i % 2 == 0; // as far from zero as doubles tell apart
+        const double reach = std::pow(10.0, usual ? uniform(-12, 12) : uniform(-250, 290));
+        const double low = reach * uniform(-1.5, 0.5) * std::pow(10.0, usual ? uniform(0, 14.5) : 0);
+        const double high = low + std::max(reach, narrowestSpan(low, low) * 1.01);
+        const double span = high - low;
         const int wished = static_cast<int>(uniform(1, 14));
         const Axis axis = makeAxis({low, high}, wished, unit);
         SCOPED_TRACE(testing::Message() << low << " to " << high << ' ' << unit << " in " << wished << ": "

@@ -155,10 +155,11 @@ TEST_F(InputTest, WavFilesCutShortAreRefused)
 TEST_F(InputTest, WavFilesWhoseLengthWasNeverFilledInAreReadToTheirEnd)
 {
     writeSound("stream.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 100);
-    for (const char fill : {'\0', '\xFF'}) {
+    for (const std::uint32_t length :
+         {0U, 0x7FFFF000U, 0x7FFFFFDBU, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFDBU, 0xFFFFFFFEU, 0xFFFFFFFFU}) {
         std::string bytes = read("stream.wav");
-        bytes.replace(40, 4, 4, fill);
-        EXPECT_EQ(rest(*openRecording(write("open.wav", bytes), {})).steps(), 100U);
+        std::memcpy(bytes.data() + 40, &length, sizeof length);
+        EXPECT_EQ(rest(*openRecording(write("open.wav", bytes), {})).steps(), 100U) << length;
     }
 }
 
@@ -183,6 +184,8 @@ TEST_F(InputTest, WavFilesLongerThanTheirLengthFieldAreReadToTheEnd)
                              head.substr(12, 24) + "data" + length(~0U);
     for (const Case& each :
          {Case{head.substr(0, 40) + length(0), kBytes, ""}, Case{head.substr(0, 40) + length(~0U), kBytes, ""},
+          Case{head.substr(0, 40) + length(0x7FFFF000), kBytes / 2, ""},
+          Case{head.substr(0, 40) + length(0x7FFFF000), 0x7FFFF000, chunk},
           Case{head.substr(0, 40) + length(kBytes), kBytes, ""},
           Case{head.substr(0, 40) + length(kBytes), kBytes, chunk},
           Case{head.substr(0, 40) + length(kBytes), kBytes + kWrap, chunk}, Case{rf64, kBytes, ""},
@@ -290,8 +293,7 @@ TEST_F(InputTest, WhatIsWrongWithASigMfPairIsToldWithTheFile)
     EXPECT_EQ(failureOf(R"("core:datatype": "cu8", "core:sample_rate": "4")", "ab"),
               "x.sigmf-meta: core:sample_rate: expected a number, found \"4\"");
     EXPECT_EQ(failureOf(R"("core:sample_rate": 4)", "ab"), "x.sigmf-meta: core:datatype is missing");
-    EXPECT_EQ(failureOf(R"("core:datatype": "cu8")", "ab"),
-              "x: gives neither times nor a rate");
+    EXPECT_EQ(failureOf(R"("core:datatype": "cu8")", "ab"), "x: gives neither times nor a rate");
     EXPECT_TRUE(failureOf("\n\"core:datatype\": ,", "ab").starts_with("x.sigmf-meta: line 2, column 18: not JSON: "));
 
     write("x.sigmf-meta", "[]");
@@ -317,6 +319,12 @@ TEST_F(InputTest, FilesThatAreNoRecordingsAreToldInOneLine)
     EXPECT_TRUE(failure("text.doc").starts_with("text.doc: unknown format; expected WAV, FLAC")) << failure("text.doc");
     write("head.wav", std::string("RIFF\x04\0\0\0WAVE", 12));
     EXPECT_TRUE(failure("head.wav").starts_with("head.wav: cannot be decoded: ")) << failure("head.wav");
+    std::string noise(20000, '\0');
+    std::ranges::generate(noise, [random = std::mt19937(1)]() mutable { return static_cast<char>(random()); });
+    for (const std::string& tag : {std::string(), std::string("ID3\3\0\0\0\0\0\0", 10)}) {
+        write("noise.mp3", tag + noise);
+        EXPECT_EQ(failure("noise.mp3"), "noise.mp3: cannot be decoded: damaged, or of a kind that is not read");
+    }
     writeSound("none.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 0);
     EXPECT_EQ(failure("none.wav"), "none.wav: holds no samples");
 }

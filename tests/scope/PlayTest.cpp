@@ -5,6 +5,7 @@
 #include "display/TextFrame.h"
 #include "recordings/RecordingFiles.h"
 #include "scope/Program.h"
+#include "trigger/TriggeredWindow.h"
 
 #include <unistd.h>
 
@@ -175,6 +176,16 @@ TEST(TextFrameTest, ShowsSpikesOfBothWaysGapsAndRanges)
     EXPECT_NE(rows[0].find("(2 of 3 lines)"), std::string::npos) << rows[0];
     EXPECT_EQ(rows[1], "a  -4 … 4     ▅▅▅▅█▅▅ ▅▅▅▅▁▅▅▅");
     EXPECT_EQ(rows[2], "sparse  0 … 7 ▁▁▂▂▃▃▄▄▅▅▆▆▇▇██");
+    for (const auto& [xMin, span, heading] : {std::tuple{0.0, 10.0, "T  0 s … 10 s"},
+                                              {1760000000.00123, 0.5e-3, "T  1760000000.00123 s … 1760000000.00173 s"},
+                                              {1760000000.0, 2.0, "T  1760000000 s … 1760000002 s"}}) {
+        figure.xMin = xMin;
+        figure.xMax = xMin + span;
+        EXPECT_EQ(drawText(figure, 60, 9)[0], heading);
+    }
+    figure.xMax = figure.xMin + 20e-6;
+    markTrigger(figure, {{}, 1760000000.00123, {}, {}, false}, {});
+    EXPECT_EQ(figure.xLabel, "Time from trigger at 1760000000.00123 s");
 }
 
 } // namespace

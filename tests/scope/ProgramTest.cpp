@@ -2,9 +2,9 @@
 
 #include "scope/Program.h"
 
-#include <sys/resource.h>
-
 #include <tracery/basics/Text.h>
+
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
@@ -51,6 +51,10 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
     for (unsigned i = 0; i < 5000; ++i)
         sound += static_cast<char>(i * i * 2654435761U >> 24);
     write("broken.mp3", sound);
+    std::string today = "time,v\n"; // where times are 0.24 µs apart
+    for (int i = 0; i < 1000; ++i)
+        today += "1760000000.000" + std::to_string(1000 + i).substr(1) + "," + std::to_string(i / 10 % 2) + "\n";
+    write("today.csv", today);
     write("escape.csv", "time,v\x1b[2J\n0,1\n");
     fs::create_directory(folder_ / "folder.csv");
     fs::create_symlink("/dev/null", folder_ / "null.csv");
@@ -114,6 +118,12 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"view good.csv --overrun jump -o o.png", "--overrun: expected one of wrap, scroll"},
         {"view good.csv --overrun wrap --until -1 -o o.png", "--until: expected a time after the start, 0 s"},
         {"view good.csv --overrun wrap --span 1e-17 -o o.png", "is too short to tell times apart"},
+        {"view today.csv --span 1n -o o.png", "a span of 1 ns is too short to tell times apart at 1760000000 s"},
+        {"view today.csv --from 1.76G --span 2u -o o.png", "a span of 2 µs is too short to tell times apart"},
+        {"view today.csv --overrun scroll --span 2u -o o.png", "a span of 2 µs is too short to tell times apart"},
+        {"view today.csv --trigger edge --level 0.5 --span 1n -o o.png", "a span of 1 ns is too short to tell times"},
+        {"events today.csv --level auto --span 1n", "a span of 1 ns is too short to tell times apart"},
+        {"play today.csv --span 1n", "a span of 1 ns is too short to tell times apart"},
         {"view good.csv --until 1 -o o.png", "--until does nothing without --overrun"},
         {"view good.csv --overrun wrap --trigger edge -o o.png", "--overrun streams without a trigger"},
         {"view good.csv --overrun wrap --from 2 -o o.png", "no samples at or after 2 s"},
@@ -160,7 +170,8 @@ TEST_F(ProgramTest, SaysWhatIsWrongInOneLineAndLeavesNoPicture)
         {"play - --format s16 --rate 1k --columns 2 <half.raw",
          "standard input: byte 3: ends within a step of 4 bytes"},
         {"play - --format s16 --rate 1k </dev/null", "standard input: holds no samples"},
-        {"play - --format s16 <half.raw", "standard input: gives neither times nor a rate: say the steps per second with --rate"},
+        {"play - --format s16 <half.raw",
+         "standard input: gives neither times nor a rate: say the steps per second with --rate"},
         {"play - </dev/null", "standard input: holds no rows"},
         {"play - <text.csv", "standard input: line 3, column 2"},
         {"play - --trigger edge --level 50% <good.csv", "the range of standard input is not known"},

@@ -52,6 +52,8 @@ Window firstWindow(Recording& recording, const PlayOptions& options)
     const double span = options.span.value_or(std::isinf(range.last) ? 1 : (range.last - range.first) / 10);
     if (!(span > 0))
         throw UsageError("the recording has a single time: say with --span how much time a window shows");
+    requireResolution(span, from, std::isinf(range.last) ? from : range.last,
+                      options.trigger ? TimeAxis::FromEvent : TimeAxis::OfTimes);
     return {from, from + span};
 }
 

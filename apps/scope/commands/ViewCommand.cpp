@@ -36,17 +36,21 @@ Window chooseWindow(Recordings& recordings, const ViewOptions& options)
 {
     if (options.span && !(*options.span > 0))
         throw UsageError("--span must be positive");
-    if (options.from && options.span)
-        return {*options.from, *options.from + *options.span};
+    if (options.span) {
+        const double from = options.from ? *options.from : wholeRange(recordings).first;
+        requireResolution(*options.span, from, from + *options.span, TimeAxis::OfTimes);
+        return {from, from + *options.span};
+    }
     const TimeRange all = wholeRange(recordings);
     const double from = options.from.value_or(all.first);
-    double to = options.span ? from + *options.span : all.last;
-    if (!options.span && options.from && from > all.last)
+    if (from > all.last)
         throw UsageError(nothingAfter(from, all));
-    if (to > from)
-        return {from, to};
-    const double around = std::max(1e-6, std::abs(from) * 1e-9); // a single step, or several at one time
-    return {from - around, from + around};
+    const double least = narrowestSpan(from, all.last);
+    if (all.last - from >= least)
+        return {from, all.last};
+    // Few steps, or one, or several at one time.
+    const double around = all.last > from ? least : std::max(1e-6, std::abs(from) * 1e-9);
+    return {from - around, all.last + around};
 }
 
 /// What streams past a display whose window follows it.
@@ -61,15 +65,6 @@ Window chooseStretch(Recordings& recordings, const ViewOptions& options)
                          formatQuantity(*options.until, "s"));
     const double to = std::min(options.until.value_or(all.last), all.last);
     return {from, to > from ? to : from + std::max(1e-6, std::abs(from) * 1e-9)};
-}
-
-/// throws  UsageError when doubles cannot tell the window's ends apart
-void requireResolution(const Window& stretch, double span)
-{
-    const double latest = std::max(std::abs(stretch.from), std::abs(stretch.to));
-    if (!(latest + span > latest))
-        throw UsageError("a span of " + formatQuantity(span, "s") + " is too short to tell times apart at " +
-                         formatQuantity(latest, "s"));
 }
 
 TriggeredWindow findWindow(const Recordings& recordings, const ViewOptions& options)
@@ -124,8 +119,10 @@ void runView(const ViewOptions& options)
                            : options.overrun ? chooseStretch(recordings, options)
                                              : chooseWindow(recordings, options);
     const double whole = stretch.to - stretch.from;
-    const double span = options.overrun ? options.span.value_or(whole / 10) : whole;
-    requireResolution(stretch, span);
+    const double least = narrowestSpan(stretch.from, stretch.to);
+    const double span = options.overrun ? options.span.value_or(std::max(whole / 10, least)) : whole;
+    if (!triggered)
+        requireResolution(span, stretch.from, stretch.to, TimeAxis::OfTimes);
 
     std::vector<DisplayLine> lines =
         chooseLines(recordings, options.channels, triggered ? std::optional(triggered->source) : std::nullopt);

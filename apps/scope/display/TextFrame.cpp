@@ -127,8 +127,9 @@ std::vector<std::string> drawText(const Figure& figure, std::size_t columns, std
             rows.push_back(std::move(row));
         }
     labels = std::min(labels, columns - std::min(columns, kFewestColumns + 1));
-    std::string heading = cleanText(figure.title) + "  " + formatQuantity(figure.xMin, "s", 6) + " … " +
-                          formatQuantity(figure.xMax, "s", 6);
+    const double span = figure.xMax - figure.xMin;
+    std::string heading =
+        cleanText(figure.title) + "  " + formatTime(figure.xMin, span, 6) + " … " + formatTime(figure.xMax, span, 6);
     if (figure.xLabel != "Time")
         heading += "  " + figure.xLabel;
     if (rows.size() < lines)

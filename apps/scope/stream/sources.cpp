@@ -5,8 +5,11 @@
 #include "stream/StandardInput.h"
 
 #include <tracery/basics/quantity.h>
+#include <tracery/figures/Figure.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <limits>
 
@@ -111,12 +114,22 @@ SignalRange rangeForLevels(const std::vector<std::string>& files, const Recordin
     return range;
 }
 
+void requireResolution(double span, double from, double to, TimeAxis axis)
+{
+    const double latest = std::max(std::abs(from), std::abs(to));
+    const double spacing = std::nextafter(latest, std::numeric_limits<double>::infinity()) - latest;
+    if (!(span >= (axis == TimeAxis::OfTimes ? narrowestSpan(from, to) : spacing)))
+        throw UsageError("a span of " + formatQuantity(span, "s") + " is too short to tell times apart at " +
+                         formatQuantity(latest, "s"));
+}
+
 std::unique_ptr<TriggerScan> makeScan(const std::vector<std::string>& files, std::optional<double> rate,
                                       const TriggerSource& source, const TriggerSettings& settings, double from,
                                       double span, std::size_t blockSteps)
 {
     if (!(span > 0))
         throw UsageError("the recording has a single time: say with --span how much time a window shows");
+    requireResolution(span, from, source.range.last, TimeAxis::FromEvent);
     const auto recording = openInput(files[source.port], {rate});
     if (from > source.range.last)
         throw UsageError(recording->info().path + ": " + nothingAfter(from, source.range));

@@ -39,6 +39,12 @@ std::vector<ChosenChannel> chooseChannels(const Recordings& recordings, const st
 /// Says that a recording ends before a time.
 std::string nothingAfter(double time, const TimeRange& range);
 
+/// Where windows of a span are shown: an axis of times needs some of them, while one that counts from an event does not.
+enum class TimeAxis { OfTimes, FromEvent };
+
+/// throws  UsageError when a window of the span, anywhere from one time to another, is too short to tell its times apart
+void requireResolution(double span, double from, double to, TimeAxis axis);
+
 /// Where the trigger signal is.
 struct TriggerSource {
     std::size_t port = 0; ///< which recording

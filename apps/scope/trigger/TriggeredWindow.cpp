@@ -25,7 +25,7 @@ std::vector<Marker> levelsOf(const tracery::TimeDomainTriggerController& control
 void markTrigger(Figure& figure, const TriggeredWindow& triggered, const std::vector<DisplayLine>& lines)
 {
     figure.xLabel = (triggered.freeRun ? "Free run, no event; time from " : "Time from trigger at ") +
-                    formatQuantity(triggered.event, "s", 9);
+                    formatTime(triggered.event, figure.xMax - figure.xMin, 9);
     figure.xMin -= triggered.event;
     figure.xMax -= triggered.event;
     figure.positions.push_back({0, triggered.freeRun ? "" : "T"});

@@ -72,6 +72,15 @@ std::string formatQuantity(double value, std::string_view unit, int digits)
     return format<double>(value, unit, digits, "%.*g");
 }
 
+std::string formatTime(double time, double span, int digits)
+{
+    constexpr double kDigitsInSpan = 4, kAllDigits = 16;
+    const double needed = kDigitsInSpan + std::floor(std::log10(std::abs(time) / span));
+    if (needed >= kAllDigits)
+        return formatExactly(time, "s");
+    return formatQuantity(time, "s", needed > digits ? static_cast<int>(needed) : digits);
+}
+
 std::string formatExactly(double value, std::string_view unit)
 {
     char shortest[32];

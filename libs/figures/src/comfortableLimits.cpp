@@ -8,17 +8,20 @@ namespace tracery::figures {
 
 namespace {
 
-constexpr double kFarthest = 1e300;        // so that a span and its pixels cannot overflow
-constexpr double kNarrowest = 1e-280;      // so that the step between ticks stays a normal number
-constexpr double kNarrowestSpacings = 256; // in units of the spacing of doubles at the limits
+constexpr double kFarthest = 1e300;       // so that a span and its pixels cannot overflow
+constexpr double kNarrowest = 1e-280;     // so that the step between ticks stays a normal number
+constexpr double kNarrowestSpacings = 8;  // of an axis, in units of the spacing of doubles at the limits
+constexpr double kConstantSpacings = 256; // what varies less is constant but for rounding
 
-double narrowestSpan(double low, double high)
+double spacings(double count, double low, double high)
 {
     const double magnitude = std::max(std::abs(low), std::abs(high));
-    return std::max(kNarrowest, magnitude * (kNarrowestSpacings * std::numeric_limits<double>::epsilon()));
+    return std::max(kNarrowest, magnitude * (count * std::numeric_limits<double>::epsilon()));
 }
 
 } // namespace
+
+double narrowestSpan(double low, double high) { return spacings(kNarrowestSpacings, low, high); }
 
 Limits usableLimits(double low, double high)
 {
@@ -47,7 +50,7 @@ Limits comfortableLimits(double low, double high)
         return {0, 1};
     low = std::clamp(low, -kFarthest, kFarthest);
     high = std::clamp(high, -kFarthest, kFarthest);
-    if (high - low < narrowestSpan(low, high)) {
+    if (high - low < spacings(kConstantSpacings, low, high)) {
         const double reach = low == 0 ? 1 : std::max(std::abs(low) / 10, kNarrowest);
         return {low - reach, high + reach};
     }

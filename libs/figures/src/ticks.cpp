@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <span>
 
 namespace tracery::figures {
@@ -163,15 +164,27 @@ Axis ruledAxis(const Limits& limits, int wished, const Unit& unit)
     const double span = limits.high - limits.low;
     const LongUnit* const longer = unit.scaling == Scaling::Seconds ? longUnit(span) : nullptr;
     const double scale = longer != nullptr ? longer->seconds : 1;
-    const double smallest = span / scale / wished;
+    // No step is near what doubles tell apart, though the narrowest axis has two.
+    const double spacing =
+        1.5 * std::max(std::abs(limits.low), std::abs(limits.high)) * std::numeric_limits<double>::epsilon();
+    const double smallest = std::max(span / wished, spacing) / scale;
     const Step step = longer != nullptr ? longStep(*longer, smallest) : plainStep(unit, smallest);
 
     // A limit that misses a round number by its last bits still gets its tick.
     constexpr double kSlack = 1e-9;
     const double stepValue = valueOf(step);
-    const auto first = std::llround(std::ceil(limits.low / scale / stepValue - kSlack));
-    const auto last = std::llround(std::floor(limits.high / scale / stepValue + kSlack));
-    Axis axis{.ticks = {}, .divisions = step.divisions, .step = stepValue * scale, .unit = {}, .offset = {}};
+    const auto at = [&](std::int64_t number) { return valueOf(number * step.mantissa, step.exponent) * scale; };
+    const double slack = kSlack * stepValue * scale;
+    // Quotients as large as doubles count to are off by up to one.
+    auto first = std::llround(std::floor(limits.low / scale / stepValue - kSlack));
+    auto last = std::llround(std::ceil(limits.high / scale / stepValue + kSlack));
+    while (at(first) < limits.low - slack)
+        ++first;
+    while (at(last) > limits.high + slack)
+        --last;
+    const bool divisible = stepValue * scale / step.divisions >= spacing;
+    Axis axis{
+        .ticks = {}, .divisions = divisible ? step.divisions : 1, .step = stepValue * scale, .unit = {}, .offset = {}};
     if (first > last)
         return axis;
     const std::int64_t low = first * step.mantissa;

@@ -115,8 +115,9 @@ std::string reason(SNDFILE* file)
         text.erase(0, kPrefix.size());
     if (text.ends_with('.'))
         text.pop_back();
-    return "cannot be decoded: " +
-           (text == "Unspecified internal error" ? "damaged, or of a kind that is not read" : text);
+    // It says so of broken MPEG, though the file is there: it was opened before.
+    const bool saysNothing = text == "Unspecified internal error" || text.starts_with("File does not exist");
+    return "cannot be decoded: " + (saysNothing ? "damaged, or of a kind that is not read" : text);
 }
 
 } // namespace

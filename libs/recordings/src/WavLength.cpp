@@ -105,13 +105,29 @@ bool onlyChunksFollow(const File& file, std::uint64_t offset, bool bigEndian)
     return offset <= file.size() + 1; // the byte that evens out the last one may be left out
 }
 
+bool onlyChunksFollowSamples(const File& file, const WavHeader& header, std::uint64_t length)
+{
+    return onlyChunksFollow(file, header.dataStart + length + length % 2, header.bigEndian());
+}
+
+/// Whether the length only stands for one that was never filled in. Writers to pipes put there 0, all bits, or what
+/// keeps the file, or whole blocks of it, below 2 or 4 GiB; that may be a true length, too, which then fits the file.
+bool isLeftOpen(const File& file, const WavHeader& header)
+{
+    const std::uint64_t length = header.dataLength;
+    if (length == 0 || length == (header.longLength ? kAllBits64 : kAllBits32))
+        return true;
+    constexpr std::uint64_t kMostBelow = 4096;
+    const auto isJustBelow = [length](std::uint64_t most) { return length <= most && most - length <= kMostBelow; };
+    return !header.longLength && (isJustBelow(kWrap / 2) || isJustBelow(kWrap)) &&
+           !onlyChunksFollowSamples(file, header, length);
+}
+
 /// How long the samples are of which the header tells the lower bits alone: to the last place from which on nothing but
 /// chunks follow, or to the end of the file.
 std::uint64_t unwrapLength(const File& file, const WavHeader& header, std::uint64_t present)
 {
-    const auto fits = [&](std::uint64_t length) {
-        return onlyChunksFollow(file, header.dataStart + length + length % 2, header.bigEndian());
-    };
+    const auto fits = [&](std::uint64_t length) { return onlyChunksFollowSamples(file, header, length); };
     if (present < kWrap || header.longLength || header.dataLength > present - kWrap || fits(header.dataLength))
         return header.dataLength;
     for (std::uint64_t length = present - (present - header.dataLength) % kWrap; length >= kWrap; length -= kWrap)
@@ -153,8 +169,7 @@ std::optional<Mend> mendWavLength(const File& file)
     if (!header)
         return std::nullopt;
     const std::uint64_t present = file.size() - header->dataStart;
-    const bool filledIn =
-        header->dataLength != 0 && header->dataLength != (header->longLength ? kAllBits64 : kAllBits32);
+    const bool filledIn = !isLeftOpen(file, *header);
     if (filledIn && header->dataLength > present)
         throw InputError(file.path(), "byte " + std::to_string(file.size()),
                          "the file ends here; its header promises " + std::to_string(header->dataLength) +

@@ -46,7 +46,7 @@ struct Panel {
                                 ///< below
 };
 
-/// A picture: panels above each other over one x axis. Limits without extent are widened, others that are
+/// A picture: panels above each other over one x axis. Limits closer than narrowestSpan are widened, others that are
 /// unusable (NaN, reversed) count as 0 to 1.
 struct Figure {
     std::string title;
@@ -76,6 +76,9 @@ using Limits = basics::Interval;
 /// Limits that hold [low, high] with a margin of 5 to 10 %, rounded outward to short numbers. Widened when
 /// both are equal; 0 to 1 for an empty (reversed) range and for ends that are not finite.
 Limits comfortableLimits(double low, double high);
+
+/// The narrowest span of an axis about these limits: in a narrower one doubles hardly tell ticks apart.
+double narrowestSpan(double low, double high);
 
 /// Tells early, before a long reading, what writeFigure would refuse: the ending, the size, a place that cannot be
 /// written. throws  as writeFigure
