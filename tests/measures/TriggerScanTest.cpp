@@ -83,7 +83,7 @@ TEST(TriggerScanTest, FindsExactlyThePlantedEventsAtAnyBlockSize)
         for (const std::size_t block : {1UL, 7UL, 1024UL, 1000000UL}) {
             SCOPED_TRACE(static_cast<int>(plant.type) * 10000000 + static_cast<int>(block));
             TriggerScan scan(reader(signalOf(plant, steps), block), 0, 0, 0.5);
-            configure(scan.controller(), settingsFor(plant), {0, 1, 1});
+            configure(scan.controller(), settingsFor(plant), {{0, 1}, 1});
             std::size_t cell = 5;
             std::size_t misplaced = 0;
             const TriggerTotals totals = scan.run(
@@ -114,7 +114,7 @@ TEST(TriggerScanTest, FindsThemAlsoWhereBlocksPartSamplesOfOneTime)
             TriggerSettings settings = settingsFor(kPlants[0]);
             if (autoLevel)
                 settings.level.reset();
-            configure(scan.controller(), settings, {0, 1, 1});
+            configure(scan.controller(), settings, {{0, 1}, 1});
             std::vector<double> events;
             scan.run([&](const TriggerEvent& event) { return events.push_back(event.time), true; }, [](double) {});
             std::size_t misplaced = 0, cell = 5;
@@ -135,7 +135,7 @@ TEST(TriggerScanTest, TotalsReconcileAndOnceShowsOneWindow)
         TriggerScan scan(reader(signalOf(edge, 200000), 100), 0, 0, 2);
         TriggerSettings settings = settingsFor(edge);
         settings.mode = mode;
-        configure(scan.controller(), settings, {0, 1, 1});
+        configure(scan.controller(), settings, {{0, 1}, 1});
         std::uint64_t seen = 0;
         const TriggerTotals totals = scan.run([&](const TriggerEvent&) { return ++seen > 0; }, [](double) {});
         EXPECT_EQ(seen, totals.found() + totals.freeRuns);
@@ -155,7 +155,7 @@ TEST(TriggerScanTest, SaysWhyNothingIsShown)
         TriggerSettings settings = settingsFor(plant);
         change(settings);
         TriggerScan scan(reader(signalOf(plant, 20000), 1024), 0, 0, span);
-        configure(scan.controller(), settings, {0, 1, 1});
+        configure(scan.controller(), settings, {{0, 1}, 1});
         const TriggerTotals totals = scan.run([](const TriggerEvent&) { return true; }, [](double) {});
         const SignalRange range = measureRange(reader(signalOf(plant, 20000), 1024), 0, settings.part);
         return explainNothingShown(settings, scan.controller(), totals, range, span);

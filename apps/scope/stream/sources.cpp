@@ -107,7 +107,7 @@ SignalRange rangeForLevels(const std::vector<std::string>& files, const Recordin
     if (settings.part == tracery::TDTC::ComplexityEnum::Imaginary && !recording.info().complex)
         throw UsageError(recording.info().path + ": the trigger channel is real: it has no imaginary part");
     if (!settings.needsRange())
-        return {0, 1, 0};
+        return {{0, 1}, 0};
     const SignalRange range = measureRange(openBatches(files, rate, source, from), source.channel, settings.part);
     if (range.finite == 0)
         throw UsageError("nothing triggers: the trigger channel has only gaps: no number in it");
