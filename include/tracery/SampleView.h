@@ -24,6 +24,8 @@ inline SampleView realPartOf(std::span<const std::complex<double>> samples)
 /// The imaginary parts.
 inline SampleView imagPartOf(std::span<const std::complex<double>> samples)
 {
+    if (samples.empty()) // of which there may be no first one
+        return {nullptr, 0, 2};
     return {reinterpret_cast<const double*>(samples.data()) + 1, samples.size(), 2};
 }
 
