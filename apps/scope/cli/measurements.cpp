@@ -72,7 +72,7 @@ void addSpectrum(CLI::App& app)
         "the rate, one of IQ samples around the file's centre frequency. With --scale power a sine shows its mean\n"
         "square, with psd noise shows its density. Segments with missing values are left out. Peaks are interpolated\n"
         "between the bins: the level of a sine is true to 0.01 dB with every window, six bins\n"
-        "from others and from the ends of a real signal's spectrum. What does not stand out of the\n"
+        "from others and 2.5 bins from the ends of a real signal's spectrum. What does not stand out of the\n"
         "bins around it by --prominence is no peak.\n"
         "Examples:\n  tracery-scope spectrum guitar.wav --peaks 8\n"
         "  tracery-scope spectrum radio.sigmf-meta --segment 4096 --unit dBFS -o radio.svg\n"

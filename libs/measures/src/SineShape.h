@@ -22,8 +22,8 @@ public:
         double power; ///< in the bins' scale
     };
     /// The sine that gives the bin `peak`, counted from 0 Hz, and those around it their powers. Exact for a single sine
-    /// that is 2.5 bins from the ends of a one-sided spectrum or more. Of what is no sine, a hill of noise, it is the sine that
-    /// is as lopsided.
+    /// that is 2.5 bins from the ends of a one-sided spectrum or more. Of what is no sine, a hill of noise, it is the sine
+    /// that is as lopsided.
     Sine fit(double peak, const Bins& bins) const;
 
     /// What a sine gives a bin, whatever its phase.
